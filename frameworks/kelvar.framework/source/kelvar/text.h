@@ -1,0 +1,23 @@
+// Between the host's texts and the C++ library's.
+#ifndef KELVAR_TEXT_H
+#define KELVAR_TEXT_H
+
+#include <string_view>
+
+#include "kelvar/filename.h"
+#include "kelvar/string.h"
+
+namespace kelvar {
+
+inline String Text(std::string_view text) { return String::FromUtf8(text.data(), int64_t(text.size())); }
+
+// Valid while `text` lives unchanged.
+inline std::string_view View(const String& text) {
+  int64_t size = 0;
+  const char* utf8 = text.GetUtf8(&size);
+  return {utf8, size_t(size)};
+}
+
+}  // namespace kelvar
+
+#endif
