@@ -43,11 +43,12 @@ Table ResolveGroup(const HostTables* host, int32_t number, const char* name, con
       std::memcpy(&found, reinterpret_cast<const char*>(offered) + entry.offset, sizeof found);
     if (found) continue;
     missing += missing.empty() ? "" : "; ";
-    missing += "wanted '" + std::string(entry.name) + "' at byte " + std::to_string(entry.offset) + " of group " +
-               std::to_string(number) + " (" + name + "), offered ";
-    missing += !offered                                                   ? "no such group"
-               : offered->size < entry.offset + sizeof(void*) ? "a group of " + std::to_string(offered->size) + " bytes"
-                                                              : "a null word";
+    missing += "wanted '" + std::string(entry.name) + "' at byte " + std::to_string(entry.offset) +
+               " of group " + std::to_string(number) + " (" + name + "), offered ";
+    missing += !offered ? "no such group"
+               : offered->size < entry.offset + sizeof(void*)
+                   ? "a group of " + std::to_string(offered->size) + " bytes"
+                   : "a null word";
   }
   return table;
 }

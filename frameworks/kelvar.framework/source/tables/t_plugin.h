@@ -46,7 +46,7 @@ typedef struct PluginRecord {
 typedef struct CommandRecord {
   PluginRecord base;
   const HostString* help;
-  int32_t (*Execute)(void* self, BaseDocument* document); /* 1 on success */
+  int32_t (*Execute)(void* self, BaseDocument* document);  /* 1 on success */
   int32_t (*GetState)(void* self, BaseDocument* document); /* bit 0 enabled, bit 1 checked */
 } CommandRecord;
 

@@ -31,11 +31,7 @@ enum SpecialPath {
   SPECIALPATH_PREFS_PYTHON_LOCAL_LIBS = 3
 };
 
-enum PathHandle {
-  PATHHANDLE_OVERWRITE = 0,
-  PATHHANDLE_APPEND_AT_END = 1,
-  PATHHANDLE_INSERT_AT_BEGINNING = 2
-};
+enum PathHandle { PATHHANDLE_OVERWRITE = 0, PATHHANDLE_APPEND_AT_END = 1, PATHHANDLE_INSERT_AT_BEGINNING = 2 };
 
 typedef struct CPythonLibraryInterface {
   TavorHead head;

@@ -32,11 +32,11 @@ typedef struct ModuleLibraryTable {
   /* word 6: runs a script file like RunText, with `__file__` set. Any thread; waits. */
   int32_t (*ExecuteScriptFile)(const HostFilename* file);
 
-  void* reservedServices[9];    /* words 7 to 15 */
-  void* scriptScope[32];        /* words 16 to 47: operations of a script scope */
-  void* conversion[48];         /* words 48 to 95: host values to Python objects and back */
-  void* dynamicRegistry[16];    /* words 96 to 111: dynamic modules and classes */
-  void* reserved[64];           /* words 112 to 175 */
+  void* reservedServices[9]; /* words 7 to 15 */
+  void* scriptScope[32];     /* words 16 to 47: operations of a script scope */
+  void* conversion[48];      /* words 48 to 95: host values to Python objects and back */
+  void* dynamicRegistry[16]; /* words 96 to 111: dynamic modules and classes */
+  void* reserved[64];        /* words 112 to 175 */
 } ModuleLibraryTable;
 
 #ifdef __cplusplus
