@@ -1,0 +1,9 @@
+// The Python field. It is not registered yet.
+
+#include "cxgfx/fields.h"
+
+namespace qlx {
+
+void RegisterPythonField() {}
+
+}  // namespace qlx

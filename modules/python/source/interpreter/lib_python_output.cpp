@@ -1,0 +1,114 @@
+// What happens to a pending Python error.
+
+#include "interpreter/lib_python_output.h"
+
+#include <Python.h>
+
+#include "kelvar/general.h"
+
+namespace qlx {
+namespace {
+
+std::string TextOf(PyObject* object) {
+  PyObject* text = object ? PyObject_Str(object) : nullptr;
+  PyObject* bytes = text ? PyUnicode_AsEncodedString(text, "utf-8", "backslashreplace") : nullptr;
+  std::string result = bytes ? std::string(PyBytes_AS_STRING(bytes), size_t(PyBytes_GET_SIZE(bytes))) : "";
+  Py_XDECREF(bytes);
+  Py_XDECREF(text);
+  PyErr_Clear();
+  return result;
+}
+
+// The pending error, taken away and normalised.
+struct Taken {
+  PyObject* type = nullptr;
+  PyObject* value = nullptr;
+  PyObject* traceback = nullptr;
+
+  Taken() {
+    PyErr_Fetch(&type, &value, &traceback);
+    if (!type) return;
+    PyErr_NormalizeException(&type, &value, &traceback);
+    if (value && traceback) PyException_SetTraceback(value, traceback);
+  }
+  ~Taken() {
+    Py_XDECREF(type);
+    Py_XDECREF(value);
+    Py_XDECREF(traceback);
+  }
+  Taken(const Taken&) = delete;
+  Taken& operator=(const Taken&) = delete;
+
+  std::string Line() const {
+    if (!type) return "";
+    const std::string name = PyType_Check(type) ? reinterpret_cast<PyTypeObject*>(type)->tp_name : "error";
+    const std::string text = TextOf(value);
+    return text.empty() ? name : name + ": " + text;
+  }
+};
+
+}  // namespace
+
+void PrintBridgeError() {
+  if (!PyErr_Occurred()) return;
+  if (PyErr_ExceptionMatches(PyExc_SystemExit)) {
+    kelvar::SpecialEventAdd(HOST_EVENT_QUIT, 0, 0);
+    return;
+  }
+  PyErr_Print();
+}
+
+void PrintAndClearError() {
+  PrintBridgeError();
+  PyErr_Clear();
+}
+
+std::string TakePendingErrorText() { return Taken().Line(); }
+
+std::string TakePendingTraceback() {
+  const Taken error;
+  if (!error.type) return "";
+  PyObject* module = PyImport_ImportModule("traceback");
+  PyObject* lines = module ? PyObject_CallMethod(module, "format_exception", "OOO", error.type, error.value,
+                                                 error.traceback ? error.traceback : Py_None)
+                           : nullptr;
+  PyObject* nothing = lines ? PyUnicode_FromString("") : nullptr;
+  PyObject* joined = nothing ? PyUnicode_Join(nothing, lines) : nullptr;
+  std::string text = joined ? TextOf(joined) : "";
+  PyErr_Clear();
+  Py_XDECREF(joined);
+  Py_XDECREF(nothing);
+  Py_XDECREF(lines);
+  Py_XDECREF(module);
+  return text.empty() ? error.Line() : text;
+}
+
+bool TakeSystemExit(int& code) {
+  if (!PyErr_Occurred() || !PyErr_ExceptionMatches(PyExc_SystemExit)) return false;
+  const Taken error;
+  PyObject* value = error.value ? PyObject_GetAttrString(error.value, "code") : nullptr;
+  PyErr_Clear();
+  if (!value || value == Py_None) {
+    code = 0;
+  } else if (PyLong_Check(value)) {
+    // As the interpreter does: too large a number becomes -1, of which the low byte counts.
+    code = int(PyLong_AsLong(value));
+  } else {
+    code = 1;
+    PyObject* stream = PySys_GetObject("stderr");
+    if (stream && stream != Py_None) PyFile_WriteObject(value, stream, Py_PRINT_RAW);
+    PySys_WriteStderr("\n");
+  }
+  PyErr_Clear();
+  Py_XDECREF(value);
+  return true;
+}
+
+void ResetExceptHook() {
+  if (PySys_GetObject("last_traceback")) PySys_SetObject("last_traceback", nullptr);
+  PyObject* original = PySys_GetObject("__excepthook__");
+  if (original && PySys_GetObject("excepthook") != original) PySys_SetObject("excepthook", original);
+  PyErr_Clear();
+}
+
+}  // namespace qlx

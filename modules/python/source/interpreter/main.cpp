@@ -1,0 +1,218 @@
+// The module's entry point: action codes, entry count, the start and the end.
+
+#include "interpreter/main.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "cxgfx/fields.h"
+#include "interpreter/lib_python.h"
+#include "interpreter/lib_python_spinlock.h"
+#include "interpreter/messages.h"
+#include "interpreter/modulelibrary.h"
+#include "kelvar/general.h"
+#include "kelvar/text.h"
+#include "kit/i_dynamic.h"
+#include "nodes/nodes.h"
+#include "plugins/plugins.h"
+#include "threading/threads.h"
+
+#define QLX_EXPORT extern "C" __attribute__((visibility("default")))
+
+namespace {
+
+void YieldNothing(CpuYieldRecord*, void*) {}
+
+}  // namespace
+
+QLX_EXPORT TavorRecord g_tavor;
+TavorRecord g_tavor = {};
+
+QLX_EXPORT CpuYieldDelegate g_CpuYieldDelegate;
+CpuYieldDelegate g_CpuYieldDelegate = YieldNothing;
+
+namespace qlx {
+namespace {
+
+int32_t g_entryCount = 0;
+HostTables* g_hostTables = nullptr;
+HostFilename* g_modulePath = nullptr;
+LanguageInfo* g_languageInfo = nullptr;
+GeResource* g_resource = nullptr;
+Filename g_resourcePath;
+
+constexpr int32_t kRefused = -3;
+
+HostResult BringUpEntry() {
+  return boundary::Guard([] { return VmBringUp().ToHost(); });
+}
+
+void ShutdownEntry() {
+  boundary::Guard([] { VmShutdown(); });
+}
+
+// Names what the host lacks, on the way that is left for it.
+void ReportRefusal(const std::string& missing) {
+  const std::string text = "qlx: the host does not offer what the module needs: " + missing;
+  if (tables::general.DiagnosticOutput != standin::general::DiagnosticOutput &&
+      tables::string.FromUtf8 != standin::string::FromUtf8)
+    kelvar::DiagnosticOutput(kelvar::Text(text));
+  else
+    std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+int32_t OpenEntry(HostTables* host, const HostFilename* modulePath) {
+  if (++g_entryCount != 1) return 1;
+  g_hostTables = host;
+  if (!modulePath || !host || host->version < HOST_VERSION_MINIMUM) return kRefused;
+  const std::string missing = tables::Resolve(host);
+  if (!missing.empty()) {
+    ReportRefusal(missing);
+    return kRefused;
+  }
+  static const ModuleInitialization pair = {sizeof(ModuleInitialization), 0, BringUpEntry, ShutdownEntry};
+  if (!kelvar::RegisterModuleInitialization(&pair)) {
+    ReportRefusal("it does not take the module's initialisation pair");
+    return kRefused;
+  }
+  g_modulePath = static_cast<HostFilename*>(kelvar::Alloc(sizeof(HostFilename)));
+  if (!g_modulePath) return 1;
+  tables::filename.Construct(g_modulePath);
+  tables::filename.CopyFrom(g_modulePath, modulePath);
+  return 1;
+}
+
+void PluginEnd() {
+  delete g_languageInfo;
+  g_languageInfo = nullptr;
+  FreeModuleRegistry();
+}
+
+void FreeResource() {
+  if (!g_resource) return;
+  g_resource->Close();
+  g_resource = nullptr;
+  g_resourcePath = {};
+}
+
+int32_t CloseEntry() {
+  if (--g_entryCount != 0) return 1;
+  PluginEnd();
+  FreeResource();
+  if (g_modulePath) {
+    tables::filename.Destroy(g_modulePath);
+    kelvar::Free(g_modulePath);
+    g_modulePath = nullptr;
+  }
+  return 1;
+}
+
+// A start-up script that fails has told why: the start goes on. False only when there is no
+// path to look at.
+bool RunStartupScriptOf(SpecialPath which) {
+  Filename file = LibraryRef()->GetSpecialPath(which);
+  if (!file.Content()) return true;
+  if (tavor::Error error = file.Append(kelvar::Text("python_init.py"))) {
+    LogError(error);
+    return false;
+  }
+  if (!kelvar::HostFileExists(file, false) && !kelvar::HostFileExists(file, true)) return true;
+  if (tavor::Error error = RunStartupScript(file)) LogError(error);
+  return true;
+}
+
+// Everything that needs the interpreter, with its lock held.
+bool StartUnderLock() {
+  CPythonLibrary* library = LibraryRef();
+  if (tavor::Error error = library->InitTypes()) LogError(error);
+  RegisterDynamicModules();
+  RegisterScriptCommands();
+  RegisterSourceProtector();
+  RegisterScriptManager();
+  RegisterPythonTag();
+  RegisterPythonEffector();
+  RegisterPythonGraphNode();
+  RegisterPythonGenerator();
+  if (tavor::Error error = library->InitBuiltinModules()) {
+    LogError(error);
+    return false;
+  }
+  return true;
+}
+
+bool StartPython() {
+  PublishModuleLibrary();
+  CreateModuleRegistry();
+  RegisterThreadNode();
+  const int32_t state = LibraryRef()->CPyGilState_Ensure();
+  if (state < 0) return true;
+  const bool started = StartUnderLock();
+  LibraryRef()->CPyGilState_Release(state);
+  return started;
+}
+
+bool PluginStart() {
+  if (!g_languageInfo) return false;
+  if (LibraryRef() && !StartPython()) return false;
+  RegisterPythonField();
+  RegisterPythonFieldLayer();
+  kelvar::GePluginMessage(kMessagePythonReady, nullptr);
+  if (!IsPythonPresent()) return true;
+  return RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_GLOBAL_LIBS) &&
+         RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_LOCAL_LIBS);
+}
+
+}  // namespace
+
+LanguageInfo* GetLanguageInfo() { return g_languageInfo; }
+GeResource* GetModuleResource() { return g_resource; }
+
+bool InitModule() {
+  if (!g_modulePath || !OpenModuleResource()) return false;
+  delete g_languageInfo;
+  g_languageInfo = new (std::nothrow) LanguageInfo;
+  if (!g_languageInfo) return false;
+  g_languageInfo->language = kelvar::GetDefaultLanguage();
+  const std::string_view language = kelvar::View(g_languageInfo->language);
+  const size_t dash = language.find('-');
+  if (dash != std::string_view::npos) g_languageInfo->country = kelvar::Text(language.substr(dash + 1));
+  // Answers that the host remembers of an earlier hook are void.
+  const int32_t count = g_hostTables->groupCount;
+  HostGroup* group = count > HOST_GROUP_STRING ? g_hostTables->group[HOST_GROUP_STRING] : nullptr;
+  if (group) reinterpret_cast<HostStringGroup*>(group)->symbolCache = nullptr;
+  GeResource::SetSymbolHook(TestResourceSymbol);
+  return true;
+}
+
+bool OpenModuleResource() {
+  if (g_resource) return true;
+  Filename folder = reinterpret_cast<const Filename*>(g_modulePath)->GetDirectory();
+  if (folder.Append(kelvar::Text("qlx.res"))) return false;
+  g_resource = GeResource::Open(folder);
+  if (g_resource) g_resourcePath = folder;
+  return g_resource != nullptr;
+}
+
+}  // namespace qlx
+
+QLX_EXPORT int32_t qlx_main(int32_t action, void* p1, void* p2, void* p3) {
+  return boundary::Guard(
+      [&]() -> int32_t {
+        switch (action) {
+          case QLX_ACTION_OPEN:
+            return qlx::OpenEntry(static_cast<HostTables*>(p1), static_cast<const HostFilename*>(p3));
+          case QLX_ACTION_PLUGIN_START:
+            return qlx::PluginStart();
+          case QLX_ACTION_CLOSE:
+            return qlx::CloseEntry();
+          case QLX_ACTION_IDENTIFY:
+            return 5;
+          case QLX_ACTION_MESSAGE:
+            return qlx::PluginMessage(int32_t(reinterpret_cast<intptr_t>(p1)), p2) ? 1 : -1;
+          default:
+            return -1;
+        }
+      },
+      int32_t(-1));
+}

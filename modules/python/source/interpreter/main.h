@@ -1,0 +1,29 @@
+// What the entry point keeps for the rest of the module.
+#ifndef INTERPRETER_MAIN_H
+#define INTERPRETER_MAIN_H
+
+#include "kelvar/resource.h"
+#include "kelvar/string.h"
+
+namespace qlx {
+
+// There from message 1 until the module is closed.
+struct LanguageInfo {
+  String language;  // as the host names it, such as "en-US"
+  String country;   // the part behind the first "-"
+  bool hasPainterLibrary = false;
+  bool trackLeaks = false;
+};
+
+// Null before message 1 succeeded, and after the close.
+LanguageInfo* GetLanguageInfo();
+
+// The module's texts; null while message 1 has not opened them.
+GeResource* GetModuleResource();
+
+// The host's test of a name in a resource file.
+int32_t TestResourceSymbol(const HostString* name);
+
+}  // namespace qlx
+
+#endif

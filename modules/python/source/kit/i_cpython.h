@@ -1,0 +1,45 @@
+// Everything that differs between the interpreter versions. Nothing else tests the version.
+#ifndef KIT_I_CPYTHON_H
+#define KIT_I_CPYTHON_H
+
+#include <Python.h>
+
+#include <string>
+#include <vector>
+
+namespace qlx {
+
+// What the interpreter is started with; the names follow the options of `python`.
+struct StartSettings {
+  bool useEnvironment = true;   // not -E
+  bool userSite = true;         // not -s
+  bool importSite = true;       // not -S
+  bool writeBytecode = true;    // not -B
+  bool isolated = false;        // -I
+  bool unbuffered = false;      // -u
+  bool quiet = false;           // -q
+  bool inspect = false;         // -i
+  int optimize = 0;             // -O, -OO
+  int verbose = 0;              // -v
+  int bytesWarning = 0;         // -b, -bb
+  bool debugParser = false;     // -d
+  bool signalHandlers = false;  // SIGINT becomes KeyboardInterrupt
+  std::string program;          // the interpreter's executable, from which it finds its home
+};
+
+// Starts the interpreter; the calling thread holds the lock afterwards. On failure the text
+// says why, nothing runs, and the process goes on.
+std::string StartInterpreter(const StartSettings& settings);
+
+// Sets `sys.argv` in the bytes of the process; `sys.path` is left alone.
+bool SetArguments(const std::vector<std::string>& arguments);
+
+// The version of the running library, from its own words.
+struct InterpreterVersion {
+  unsigned major, minor, micro;
+};
+InterpreterVersion GetInterpreterVersion();
+
+}  // namespace qlx
+
+#endif

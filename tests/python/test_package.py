@@ -1,0 +1,56 @@
+"""The package and the interpreter as a script finds them."""
+import importlib
+import os
+import subprocess
+import sys
+import sysconfig
+import unittest
+
+import qlx
+
+
+class PackageTest(unittest.TestCase):
+    def test_is_the_built_in_module(self):
+        self.assertEqual(qlx.__name__, "qlx")
+        self.assertEqual(qlx.__doc__, "Common module for the most required classes and functions.")
+        self.assertIn("qlx", sys.builtin_module_names)
+        self.assertIs(importlib.import_module("qlx"), qlx)
+
+    def test_debug_constant(self):
+        self.assertIs(type(qlx.TAVOR_TARGET_DEBUG), int)
+        self.assertEqual(qlx.TAVOR_TARGET_DEBUG, 0)
+
+    def test_survives_being_dropped_and_imported_again(self):
+        kept = dict(sys.modules)
+        try:
+            del sys.modules["qlx"]
+            again = importlib.import_module("qlx")
+            self.assertEqual(again.TAVOR_TARGET_DEBUG, 0)
+        finally:
+            sys.modules.update(kept)
+
+
+class InterpreterTest(unittest.TestCase):
+    def test_standard_library_and_site_packages(self):
+        import json, logging, math, socket, sqlite3, zlib  # noqa: F401  extension modules among them
+        self.assertTrue(os.path.samefile(os.path.dirname(os.__file__), sysconfig.get_path("stdlib")))
+        self.assertIn("site", sys.modules)
+
+    def test_search_path_has_the_folders_of_the_module(self):
+        home = os.environ["QLX_HOME"]
+        self.assertIn(os.path.join(home, "library", "python", "packages", "linux64"), sys.path)
+        self.assertIn(os.path.join(home, "prefs", "python37"), sys.path)
+        self.assertEqual(sys.path[0], os.path.dirname(os.path.abspath(sys.argv[0])))
+
+    def test_extension_modules_resolve_against_the_library(self):
+        import ctypes
+        # Only a library with global symbols is found this way.
+        self.assertEqual(ctypes.CDLL(None).Py_IsInitialized(), 1)
+
+    def test_a_child_of_the_same_executable_has_the_package(self):
+        child = [sys.executable, "-c", "import qlx; print(qlx.__name__)"]
+        self.assertEqual(subprocess.check_output(child), b"qlx\n")
+
+    def test_arguments_are_those_of_the_script(self):
+        self.assertEqual(os.path.basename(sys.argv[0]), "runner.py")
+        self.assertEqual(len(sys.argv), 2)

@@ -1,0 +1,146 @@
+"""The process as a whole: exit codes, start-up scripts, threads, broken installations."""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+QLXPY = os.environ["QLXPY"]
+
+
+class ProcessTest(unittest.TestCase):
+    def setUp(self):
+        self.home = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.home, True)
+
+    def write(self, name, text):
+        path = os.path.join(self.home, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as out:
+            out.write(text if isinstance(text, bytes) else text.encode())
+        return path
+
+    def run_qlxpy(self, *arguments, stdin=b"", **variables):
+        environment = dict(os.environ, **dict({"QLX_HOME": self.home}, **variables))
+        done = subprocess.run([QLXPY] + list(arguments), input=stdin, env=environment, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.home)
+        return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+    def test_exit_codes(self):
+        cases = [
+            (["-c", "print(1)"], 0, "1\n", ""),
+            (["-c", "import sys; sys.exit(3)"], 3, "", ""),
+            (["-c", "import sys; sys.exit('gone')"], 1, "", "gone\n"),
+            (["-c", "raise SystemExit"], 0, "", ""),
+            (["-c", "quit(4)"], 4, "", ""),
+            (["-c", "import sys; print(sys.argv)", "a", "-c"], 0, "['-c', 'a', '-c']\n", ""),
+            (["-nogui", "-c", "print(2)"], 0, "2\n", ""),
+            (["-V"], 0, "Python %d.%d.%d\n" % sys.version_info[:3], ""),
+        ]
+        for arguments, code, out, err in cases:
+            with self.subTest(arguments=arguments):
+                self.assertEqual(self.run_qlxpy(*arguments), (code, out, err))
+
+    def test_faults_of_a_script_are_reported(self):
+        cases = [
+            ("raise ValueError('bad')", "ValueError: bad"),
+            ("def f(:", "SyntaxError"),
+            (b"x = '\xff'", "SyntaxError"),
+            ("import missing_module", "ModuleNotFoundError"),
+        ]
+        for text, expected in cases:
+            with self.subTest(text=text):
+                code, out, err = self.run_qlxpy(self.write("script.py", text))
+                self.assertEqual((code, out), (1, ""))
+                self.assertIn(expected, err)
+
+    def test_files_that_cannot_run(self):
+        cases = [("nowhere.py", "no such file or directory"), (".", "is a directory")]
+        for path, reason in cases:
+            with self.subTest(path=path):
+                code, out, err = self.run_qlxpy(path)
+                self.assertEqual((code, out), (2, ""))
+                self.assertIn("can't open file '%s': %s" % (path, reason), err)
+
+    def test_wrong_command_lines(self):
+        for arguments, expected in ((["-c"], "-c"), (["-z"], "-z"), (["-m"], "-m")):
+            with self.subTest(arguments=arguments):
+                code, out, err = self.run_qlxpy(*arguments)
+                self.assertEqual((code, out), (2, ""))
+                self.assertIn(expected, err)
+
+    def test_a_script_file_sees_its_name_its_folder_and_its_arguments(self):
+        self.write("neighbour.py", "VALUE = 7")
+        path = self.write("script.py", "import sys, neighbour\nprint(__name__, __file__, sys.argv[1:], neighbour.VALUE)")
+        self.assertEqual(self.run_qlxpy(path, "x", "--y"), (0, "__main__ %s ['x', '--y'] 7\n" % path, ""))
+
+    def test_modules_and_standard_input_run_as_programs(self):
+        code, out, err = self.run_qlxpy("-m", "json.tool", stdin=b'{"a":1}')
+        self.assertEqual((code, out, err), (0, '{\n    "a": 1\n}\n', ""))
+        self.assertEqual(self.run_qlxpy(stdin=b"import qlx\nprint(qlx.TAVOR_TARGET_DEBUG)\n"), (0, "0\n", ""))
+
+    def test_startup_scripts(self):
+        init = "prefs/python37/python_init.py"
+        faults = [
+            ("raise ValueError('of the start')", "ValueError: of the start"),
+            ("def f(:", "SyntaxError"),
+            (b"# \xe4\n", "UTF-8"),
+            ("1/0", "ZeroDivisionError"),
+        ]
+        for text, expected in faults:
+            with self.subTest(text=text):
+                path = self.write(init, text)
+                code, out, err = self.run_qlxpy("-c", "print('goes on')")
+                self.assertEqual((code, out), (0, "goes on\n"))
+                self.assertIn(expected, err)
+                self.assertIn(path, err)
+        self.write(init, "import qlx, sys\nprint(__name__, __file__)\nsys.modules['seen'] = qlx")
+        expected = "__main__ %s\nTrue\n" % os.path.join(self.home, init)
+        self.assertEqual(self.run_qlxpy("-c", "import qlx, seen; print(seen is qlx)"), (0, expected, ""))
+
+    def test_a_startup_script_that_is_a_folder(self):
+        os.makedirs(os.path.join(self.home, "prefs/python37/python_init.py"))
+        code, out, err = self.run_qlxpy("-c", "print('goes on')")
+        self.assertEqual((code, out), (0, "goes on\n"))
+        self.assertIn("is a folder", err)
+
+    def test_a_startup_script_can_ask_the_host_to_end(self):
+        self.write("prefs/python37/python_init.py", "import sys\nsys.exit(3)")
+        self.assertEqual(self.run_qlxpy("-c", "print('never')"), (0, "", ""))
+
+    def test_threads_left_running(self):
+        cases = [
+            ("threading.Thread(target=time.sleep, args=(60,), daemon=True).start()", ""),
+            ("threading.Thread(target=lambda: (time.sleep(0.3), print('waited for'))).start()", "waited for\n"),
+            ("def spin():\n  while True: pass\nthreading.Thread(target=spin, daemon=True).start()", ""),
+            ("atexit.register(print, 'at exit')", "at exit\n"),
+        ]
+        for text, out in cases:
+            with self.subTest(text=text):
+                self.assertEqual(self.run_qlxpy("-c", "import atexit, threading, time\n" + text), (0, out, ""))
+
+    def test_broken_installations_end_with_a_reason(self):
+        nowhere = os.path.join(self.home, "nowhere")
+        broken = os.path.join(self.home, "broken")
+        library = os.path.join(broken, "lib", "python%d.%d" % sys.version_info[:2])
+        for name in ("os", "site", "io", "abc", "codecs", "encodings/__init__"):
+            self.write(os.path.join(library, name + ".py"), "raise RuntimeError('broken on purpose')")
+        cases = [
+            (dict(PYTHONHOME=nowhere), [nowhere, "standard library"]),
+            (dict(PYTHONHOME=broken), ["can't start"]),
+            (dict(QLX_PYTHON_LIBRARY=nowhere), [nowhere, "can't be loaded"]),
+            (dict(QLX_PYTHON_LIBRARY="libz.so.1"), ["is not the library"]),
+        ]
+        for variables, words in cases:
+            with self.subTest(variables=variables):
+                code, out, err = self.run_qlxpy("-c", "print(1)", **variables)
+                self.assertEqual((code, out), (2, ""))
+                for word in words:
+                    self.assertIn(word, err)
+
+    def test_a_home_that_cannot_be_made(self):
+        blocked = self.write("file", "")
+        code, out, err = self.run_qlxpy("-c", "print('works')", QLX_HOME=os.path.join(blocked, "home"))
+        self.assertEqual((code, out), (0, "works\n"))
+        self.assertIn(os.path.join(blocked, "home"), err)
