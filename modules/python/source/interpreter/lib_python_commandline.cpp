@@ -10,6 +10,7 @@
 #include "interpreter/lib_python_flags.h"
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_threads.h"
+#include "interpreter/main.h"
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "kit/i_cpython.h"
@@ -130,12 +131,6 @@ tavor::Error RunConsole() {
 }
 
 bool RunCommandLine() {
-  if (!MachineRef() || !LibraryRef()) {
-    tavor::logger::Write(tavor::logger::GetDefault(), LOGGER_TARGET_USER, LOGGER_LEVEL_CRITICAL,
-                         kelvar::Text("no python vm found\n"), nullptr, 0);
-    tavor::application::SetExitCode(2);
-    return false;
-  }
   CommandLine commandLine;
   uint32_t flags = kInterpreterFlags;
   if (tavor::Error error = ParseCommandLine(commandLine, flags)) return false;
@@ -193,6 +188,13 @@ tavor::Error ParseCommandLine(CommandLine& commandLine, uint32_t& flags) {
 }
 
 bool RunApplication() {
+  if (!HasHostTables()) return false;
+  if (!MachineRef() || !LibraryRef()) {
+    tavor::logger::Write(tavor::logger::GetDefault(), LOGGER_TARGET_USER, LOGGER_LEVEL_CRITICAL,
+                         kelvar::Text("no python vm found\n"), nullptr, 0);
+    if (IsCommandLineApplication()) tavor::application::SetExitCode(2);
+    return false;
+  }
   if (!IsCommandLineApplication()) return true;
   constexpr const char* kDisable = "g_disableConsoleOutput";
   const bool disabled = tavor::application::GetConfigurationBool(kDisable, 0);

@@ -16,7 +16,7 @@ namespace qlx {
 namespace {
 
 // What a run leaves behind: its result is dropped, its error printed. An exit that the script
-// asks for is no failure, whatever its code.
+// asks for is a failure when its code says so.
 tavor::Error Settle(PyObject* result) {
   if (result) {
     Py_DECREF(result);
@@ -25,7 +25,7 @@ tavor::Error Settle(PyObject* result) {
   int code = 0;
   if (TakeSystemExit(code)) {
     tavor::application::SetExitCode(code);
-    return {};
+    return code == 0 ? tavor::Error() : tavor::Error("the script ended with exit code " + std::to_string(code));
   }
   PrintAndClearError();
   tavor::application::SetExitCode(1);

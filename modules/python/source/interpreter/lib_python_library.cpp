@@ -70,7 +70,17 @@ class CPythonLibraryImplementation : public CPythonLibrary {
  public:
   CPythonLibraryImplementation();
 
-  HostResult Init() { return BindInterpreterLibrary().ToHost(); }
+  HostResult Init() {
+    if (tavor::Error error = BindInterpreterLibrary()) return error.ToHost();
+    const InterpreterVersion version = GetInterpreterVersion();
+    dll_ = {InterpreterLibraryHandle(),
+            InterpreterLibraryFile().c_str(),
+            0,
+            version.major,
+            version.minor,
+            version.micro};
+    return {};
+  }
 
   HostResult InitTypes() {
     const std::string failed = ReadyTypeQueue();
@@ -89,7 +99,8 @@ class CPythonLibraryImplementation : public CPythonLibrary {
     settings.program = *program;
     const std::string reason = StartInterpreter(settings);
     if (!reason.empty()) return tavor::Error("the Python interpreter can't start: " + reason).ToHost();
-    return {};
+    // As for a program without a name: modules that run as scripts write to the first entry.
+    return SetArguments({""}) ? HostResult{} : PendingError().ToHost();
   }
 
   // Ends even a start that came to an end by its own script.
@@ -102,16 +113,7 @@ class CPythonLibraryImplementation : public CPythonLibrary {
     for (Filename& path : paths_) path = {};
   }
 
-  const CPythonDll* GetDll() {
-    dll_ = {InterpreterLibraryHandle(), InterpreterLibraryFile().c_str(), 0, 0, 0, 0};
-    if (IsInterpreterLibraryBound()) {
-      const InterpreterVersion version = GetInterpreterVersion();
-      dll_.major = version.major;
-      dll_.minor = version.minor;
-      dll_.micro = version.micro;
-    }
-    return &dll_;
-  }
+  const CPythonDll* GetDll() { return &dll_; }
 
   int32_t CPy_IsInitialized() { return IsPythonRunning(); }
   int32_t CPyGilState_Ensure() { return IsPythonRunning() ? TakeLockState() : -1; }

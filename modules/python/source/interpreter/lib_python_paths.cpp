@@ -3,10 +3,12 @@
 #include "interpreter/lib_python_paths.h"
 
 #include <initializer_list>
+#include <string>
 
 #include "interpreter/lib_python.h"
 #include "kelvar/general.h"
 #include "kelvar/text.h"
+#include "tavor/logger.h"
 
 namespace qlx {
 namespace {
@@ -26,7 +28,10 @@ Filename GetFrameworkFolder() { return Below(kelvar::GeGetStartupPath(), {"pytho
 Filename GetPreferenceFolder() {
   Filename folder = Below(kelvar::GeGetQLXPath(HOST_PATH_HOME), {"prefs", "python37"});
   if (folder.Content() && !kelvar::HostFileExists(folder, true))
-    if (tavor::Error error = kelvar::CreateFolder(folder)) LogError(error);
+    if (tavor::Error error = kelvar::CreateFolder(folder))
+      Log("the folder '" + std::string(kelvar::View(folder.GetString())) +
+              "' can't be created: " + error.Text(),
+          LOGGER_LEVEL_ALL);
   return folder;
 }
 

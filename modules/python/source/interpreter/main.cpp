@@ -37,6 +37,7 @@ namespace {
 
 int32_t g_entryCount = 0;
 HostTables* g_hostTables = nullptr;
+bool g_hasTables = false;
 HostFilename* g_modulePath = nullptr;
 LanguageInfo* g_languageInfo = nullptr;
 GeResource* g_resource = nullptr;
@@ -71,6 +72,7 @@ int32_t OpenEntry(HostTables* host, const HostFilename* modulePath) {
     ReportRefusal(missing);
     return kRefused;
   }
+  g_hasTables = true;
   static const ModuleInitialization pair = {sizeof(ModuleInitialization), 0, BringUpEntry, ShutdownEntry};
   if (!kelvar::RegisterModuleInitialization(&pair)) {
     ReportRefusal("it does not take the module's initialisation pair");
@@ -108,18 +110,21 @@ int32_t CloseEntry() {
   return 1;
 }
 
-// A start-up script that fails has told why: the start goes on. False only when there is no
-// path to look at.
-bool RunStartupScriptOf(SpecialPath which) {
+enum class Startup { kDone, kScriptFailed, kNoPath };
+
+// Runs the start-up script of one folder, if it has one, and prints what goes wrong.
+Startup RunStartupScriptOf(SpecialPath which) {
   Filename file = LibraryRef()->GetSpecialPath(which);
-  if (!file.Content()) return true;
+  if (!file.Content()) return Startup::kDone;
   if (tavor::Error error = file.Append(kelvar::Text("python_init.py"))) {
     LogError(error);
-    return false;
+    return Startup::kNoPath;
   }
-  if (!kelvar::HostFileExists(file, false) && !kelvar::HostFileExists(file, true)) return true;
-  if (tavor::Error error = RunStartupScript(file)) LogError(error);
-  return true;
+  if (!kelvar::HostFileExists(file, false) && !kelvar::HostFileExists(file, true)) return Startup::kDone;
+  tavor::Error error = RunStartupScript(file);
+  if (!error) return Startup::kDone;
+  LogError(error);
+  return Startup::kScriptFailed;
 }
 
 // Everything that needs the interpreter, with its lock held.
@@ -159,12 +164,14 @@ bool PluginStart() {
   RegisterPythonFieldLayer();
   kelvar::GePluginMessage(kMessagePythonReady, nullptr);
   if (!IsPythonPresent()) return true;
-  return RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_GLOBAL_LIBS) &&
-         RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_LOCAL_LIBS);
+  // A global script that fails does not keep the user's own from running.
+  return RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_GLOBAL_LIBS) != Startup::kNoPath &&
+         RunStartupScriptOf(SPECIALPATH_PREFS_PYTHON_LOCAL_LIBS) == Startup::kDone;
 }
 
 }  // namespace
 
+bool HasHostTables() { return g_hasTables; }
 LanguageInfo* GetLanguageInfo() { return g_languageInfo; }
 GeResource* GetModuleResource() { return g_resource; }
 

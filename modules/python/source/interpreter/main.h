@@ -15,6 +15,9 @@ struct LanguageInfo {
   bool trackLeaks = false;
 };
 
+// Whether action 1 has accepted the host: before that its values can't be used.
+bool HasHostTables();
+
 // Null before message 1 succeeded, and after the close.
 LanguageInfo* GetLanguageInfo();
 
