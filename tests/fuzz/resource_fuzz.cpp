@@ -14,7 +14,8 @@ namespace {
 
 // The folder of this process, gone with it.
 struct Folder {
-  std::filesystem::path path = std::filesystem::temp_directory_path() / ("qlx_fuzz_" + std::to_string(getpid()));
+  std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("qlx_fuzz_" + std::to_string(getpid()));
   Folder() { std::filesystem::create_directories(path / "strings"); }
   ~Folder() { std::filesystem::remove_all(path); }
 };

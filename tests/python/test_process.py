@@ -107,7 +107,9 @@ class ProcessTest(unittest.TestCase):
 
     def test_a_startup_script_can_ask_the_host_to_end(self):
         self.write("prefs/python37/python_init.py", "import sys\nsys.exit(3)")
-        self.assertEqual(self.run_qlxpy("-c", "print('never')"), (0, "", ""))
+        code, out, err = self.run_qlxpy("-c", "print('never')")
+        self.assertEqual((code, out), (0, ""))
+        self.assertNotIn("Traceback", err)
 
     def test_threads_left_running(self):
         cases = [

@@ -2,7 +2,6 @@
 #ifndef TAVOR_ERROR_H
 #define TAVOR_ERROR_H
 
-#include <source_location>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,9 +15,9 @@ namespace tavor {
 class [[nodiscard]] Error {
  public:
   Error() = default;
-  explicit Error(std::string text, int32_t code = HOST_RESULT_ERROR,
-                 std::source_location where = std::source_location::current())
-      : code_(code), line_(int32_t(where.line())), file_(where.file_name()), text_(std::move(text)) {}
+  explicit Error(std::string text, int32_t code = HOST_RESULT_ERROR, const char* file = __builtin_FILE(),
+                 int32_t line = __builtin_LINE())
+      : code_(code), line_(line), file_(file), text_(std::move(text)) {}
 
   // Takes what came over the boundary, and frees its text.
   static Error Adopt(HostResult result);

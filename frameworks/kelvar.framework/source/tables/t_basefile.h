@@ -24,7 +24,7 @@ typedef struct HostBaseFileGroup {
    * fails   error */
   HostResult (*OpenForReading)(const HostFilename* path, BaseFile** result);
 
-  /* The length in bytes.
+  /* The length in bytes; -1 for what has none, such as a pipe.
    * owner   -
    * thread  any
    * waits   disk

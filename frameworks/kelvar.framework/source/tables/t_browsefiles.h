@@ -41,7 +41,7 @@ typedef struct HostBrowseFilesGroup {
    * fails   0 */
   int32_t (*Next)(BrowseFiles* self);
 
-  /* The name of the entry, without its folder.
+  /* The name of the entry, without its folder, in the bytes of the file system.
    * owner   the caller
    * thread  any
    * waits   no

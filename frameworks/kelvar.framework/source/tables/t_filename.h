@@ -54,7 +54,7 @@ typedef struct HostFilenameGroup {
    * fails   empty */
   HostFilename (*FromString)(const HostString* text);
 
-  /* The path's text.
+  /* The path's text, in the bytes of the file system, which need not be UTF-8.
    * owner   the caller
    * thread  any
    * waits   no

@@ -220,7 +220,8 @@ typedef struct HostGeneral {
   const void* (*FindLibrary)(int32_t id, int32_t minimumVersion);
 
   /* Publishes a table under `id`. The host keeps the pointer until the end of the process;
-   * a second table under the same id replaces the first. A null table withdraws it.
+   * a second table under the same id replaces the first. A null table withdraws it; 0 when
+   * there is none.
    * owner   the caller
    * thread  main
    * waits   no

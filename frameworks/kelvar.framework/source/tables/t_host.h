@@ -33,7 +33,8 @@ enum HostGroupNumber {
 };
 
 /* `group` has `groupCount` words, which may be fewer or more than HOST_GROUP_COUNT. The
- * tables stay where they are, unchanged, until action 3 has returned. */
+ * tables stay where they are, unchanged but for their data words, until action 3 has
+ * returned. */
 typedef struct HostTables {
   int32_t version;
   int32_t groupCount;

@@ -42,7 +42,7 @@ typedef struct PluginRecord {
   void (*Free)(void* self);                               /* once, when the plug-in goes */
 } PluginRecord;
 
-/* A command of the menu; `base.kind` is PLUGIN_KIND_COMMAND. */
+/* A command of the menu; `base.kind` is PLUGIN_KIND_COMMAND and `base.size` the size of all of it. */
 typedef struct CommandRecord {
   PluginRecord base;
   const HostString* help;
