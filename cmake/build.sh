@@ -1,19 +1,9 @@
 # shellcheck shell=bash
 # For `run` and `test`: which interpreter to build for, and how to build the tree at `here`.
 
-# The interpreter's own file, when a program can embed it; otherwise why not.
-probe='
-import os, sys, sysconfig
-if sys.version_info < (3, 7): sys.exit("version %d.%d, 3.7 or later is needed" % sys.version_info[:2])
-library = os.path.join(sysconfig.get_config_var("LIBDIR") or "", sysconfig.get_config_var("INSTSONAME") or "")
-header = os.path.join(sysconfig.get_path("include"), "Python.h")
-if not sysconfig.get_config_var("Py_ENABLE_SHARED"): sys.exit("it has no shared library")
-if not os.path.isfile(library): sys.exit("there is no " + library)
-if not os.path.isfile(header): sys.exit("there is no " + header)
-print(os.path.realpath(sys.executable))'
-
-# Runs the probe where neither the current folder nor the environment gets into its way.
-can_embed() { (cd / && "$1" -Es -c "$probe" </dev/null); }
+# Prints the interpreter's own file when it can be embedded; otherwise why not. Neither the current
+# folder nor the environment gets into its way.
+can_embed() { (cd / && "$1" -Es "$here/cmake/describe_python.py" </dev/null); }
 
 # Sets `python`: QLX_PYTHON, otherwise a CPython 3.7 that can be embedded, otherwise the system's.
 choose_python() {

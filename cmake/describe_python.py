@@ -1,6 +1,9 @@
 """Writes what the build needs to know of the interpreter that runs this file.
 
-    describe_python.py FOLDER
+    describe_python.py          print the interpreter's own file, if it can be embedded
+    describe_python.py FOLDER   write the files
+
+The exit code tells whether it can be embedded, and standard error why not.
 
 python_interpreter.cmake  paths and version, for the build
 python_interpreter.h      the same, for the module
@@ -23,23 +26,26 @@ def write(folder, name, text):
 
 
 def main():
-    folder = sys.argv[1]
-    os.makedirs(folder, exist_ok=True)
     if sys.version_info < (3, 7):
         sys.exit("version %d.%d, 3.7 or later is needed" % sys.version_info[:2])
     soname = sysconfig.get_config_var("INSTSONAME")
     if not sysconfig.get_config_var("Py_ENABLE_SHARED"):
         sys.exit("it has no shared library")
-    library = os.path.join(sysconfig.get_config_var("LIBDIR"), soname)
+    library = os.path.join(sysconfig.get_config_var("LIBDIR") or "", soname or "")
     include = sysconfig.get_path("include")
     for needed in (library, os.path.join(include, "Python.h")):
         if not os.path.exists(needed):
             sys.exit("there is no " + needed)
+    if len(sys.argv) == 1:
+        print(os.path.realpath(sys.executable))
+        return
+    folder = sys.argv[1]
+    os.makedirs(folder, exist_ok=True)
     facts = {
         "LIBRARY": library,
         "SONAME": soname,
         "VERSION": "%d.%d" % sys.version_info[:2],
-        "EXECUTABLE": os.path.realpath(sys.executable),
+        "EXECUTABLE": os.path.abspath(sys.executable),
         "STDLIB": sysconfig.get_path("stdlib"),
     }
     cmake = "".join('set(QLX_PYTHON_%s "%s")\n' % item for item in sorted(facts.items()))

@@ -214,17 +214,15 @@ def write_tables_source(tables):
             lines.append(f"const {t.struct}& {t.stem}() {{\n"
                          f"  static boundary::Service<{t.struct}> service(\"{t.identity}\", {t.stem}Fallback);\n"
                          f"  return service.Get();\n}}\n")
+    groups = [t for t in tables if t.group]
     lines.append("std::string Resolve(const HostTables* host) {\n  std::string missing;")
-    for t in tables:
-        if not t.group:
-            continue
-        lines.append("  {")
-        lines.append(f"    static const {t.struct} standIns = {t.stem};")
+    for t in groups:
         required = ", ".join(f'{{offsetof({t.struct}, {e.name}), "{e.name}"}}' for e in t.entries if e.required)
-        lines.append(f"    static const std::initializer_list<boundary::Required> required = {{{required}}};")
-        lines.append(f'    {t.stem} = boundary::ResolveGroup(host, {t.group}, "{t.stem}", standIns, required, '
-                     f"missing);")
-        lines.append("  }")
+        lines.append(f"  static const {t.struct} {t.stem}StandIns = {t.stem};")
+        lines.append(f'  const {t.struct} {t.stem}Offered = boundary::ResolveGroup(\n'
+                     f'      host, {t.group}, "{t.stem}", {t.stem}StandIns, {{{required}}}, missing);')
+    lines.append("  if (!missing.empty()) return missing;")
+    lines += [f"  {t.stem} = {t.stem}Offered;" for t in groups]
     lines += ["  return missing;", "}", "", "}  // namespace tables", ""]
     return "\n".join(lines)
 

@@ -27,17 +27,18 @@ HostResult OpenForReading(const HostFilename* path, BaseFile** result) {
   *result = nullptr;
   auto file = std::make_unique<BaseFile>();
   do {
-    file->descriptor = open(View(path).data(), O_RDONLY | O_CLOEXEC);
+    // The opening of a pipe with nobody at its other end waits, unless told not to.
+    file->descriptor = open(View(path).data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   } while (file->descriptor < 0 && errno == EINTR);
   struct stat status {};
   if (file->descriptor < 0 || fstat(file->descriptor, &status))
     return Failure(fmt::format("can't open '{}'", View(path)), std::error_code(errno, std::generic_category()));
   if (S_ISDIR(status.st_mode)) return Failure(fmt::format("'{}' is a directory", View(path)));
+  if (!S_ISREG(status.st_mode)) return Failure(fmt::format("'{}' is not a regular file", View(path)));
   *result = file.release();
   return {};
 }
 
-// A pipe has no length.
 int64_t GetLength(BaseFile* self) {
   struct stat status {};
   if (!self || fstat(self->descriptor, &status) || !S_ISREG(status.st_mode)) return -1;

@@ -8,6 +8,10 @@
 
 namespace host::string {
 
+HostString FromBytes(const char* bytes, int64_t size) {
+  return bytes && size > 0 ? MakeString({bytes, size_t(size)}) : HostString{};
+}
+
 HostString FromUtf8(const char* utf8, int64_t size) {
   if (!utf8 || size <= 0) return {};
   const std::string_view bytes(utf8, size_t(size));

@@ -18,7 +18,8 @@ class Ref {
     std::swap(object_, other.object_);
     return *this;
   }
-  ~Ref() {
+  // The last reference may have to wait for the interpreter, which can end a thread there.
+  ~Ref() noexcept(false) {
     if (object_) object_->Release();
   }
 

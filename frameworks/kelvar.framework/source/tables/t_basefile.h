@@ -16,7 +16,7 @@ typedef struct HostBaseFileGroup {
   uint32_t size;
   uint32_t reserved;
 
-  /* Opens a file for reading. A folder is an error.
+  /* Opens a file for reading. A folder, a pipe and a device are errors.
    * owner   the caller, of `*result` until Close, and of the error text
    * thread  any
    * waits   disk
@@ -24,7 +24,7 @@ typedef struct HostBaseFileGroup {
    * fails   error */
   HostResult (*OpenForReading)(const HostFilename* path, BaseFile** result);
 
-  /* The length in bytes; -1 for what has none, such as a pipe.
+  /* The length in bytes.
    * owner   -
    * thread  any
    * waits   disk

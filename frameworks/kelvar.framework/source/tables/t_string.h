@@ -59,6 +59,15 @@ typedef struct HostStringGroup {
    * since   23100
    * fails   error */
   HostResult (*Decode)(const void* bytes, int64_t size, HostString* result);
+
+  /* A text that keeps `size` bytes as they are: for names of files, and for output that is
+   * not UTF-8.
+   * owner   the caller
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   empty */
+  HostString (*FromBytes)(const char* bytes, int64_t size);
 } HostStringGroup;
 
 #ifdef __cplusplus

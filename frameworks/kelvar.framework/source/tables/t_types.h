@@ -24,7 +24,8 @@ enum HostResultCode {
   HOST_RESULT_OUT_OF_MEMORY = 2,
   HOST_RESULT_NOT_FOUND = 3,
   HOST_RESULT_ILLEGAL_ARGUMENT = 4,
-  HOST_RESULT_NOT_OFFERED = 5 /* the table lacks the entry */
+  HOST_RESULT_NOT_OFFERED = 5, /* the table lacks the entry */
+  HOST_RESULT_EXIT = 6         /* a script asked the application to end */
 };
 
 /* What an operation that can fail in several ways answers. With HOST_RESULT_OK all other

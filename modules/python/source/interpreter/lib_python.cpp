@@ -3,16 +3,19 @@
 #include "interpreter/lib_python.h"
 
 #include <atomic>
+#include <mutex>
 #include <string>
 
 #include "interpreter/lib_python_commandline.h"
 #include "interpreter/lib_python_flags.h"
 #include "interpreter/lib_python_link.h"
+#include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_machine.h"
 #include "interpreter/lib_python_spinlock.h"
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "kit/i_converters.h"
+#include "kit/i_lasting.h"
 #include "kit/i_package.h"
 #include "kit/i_typequeue.h"
 #include "tavor/application.h"
@@ -23,22 +26,25 @@
 namespace qlx {
 namespace {
 
-enum BringUpState : uint32_t { kNotDone = 0, kRunning = 1, kDone = 2 };
+enum BringUpState : uint32_t { kNotDone = 0, kRunning = 1, kDone = 2, kRunningWithWaiter = 3 };
 
 std::atomic<uint32_t> g_bringUpGuard{kNotDone};
 CPythonLibrary* g_libraryRef = nullptr;
-VirtualMachineRef g_machineRef;
-Logger* g_logger = nullptr;
+Lasting<VirtualMachineRef> g_machineRef;
+std::atomic<Logger*> g_logger{nullptr};
+SpinLock g_loggerLock;
 
 // The version that other modules see; settled, and not the running interpreter's.
 constexpr unsigned kModuleVersion[] = {3, 7, 7};
 
 // The package becomes importable: known to the interpreter before it starts.
 void ExtendInittab() {
-  static bool done = false;
-  if (done || BindInterpreterLibrary() || Py_IsInitialized()) return;
-  static _inittab table[] = {{"qlx", InitPackage}, {nullptr, nullptr}};
-  done = PyImport_ExtendInittab(table) == 0;
+  static std::once_flag once;
+  std::call_once(once, [] {
+    if (BindInterpreterLibrary() || Py_IsInitialized()) return;
+    static _inittab table[] = {{"qlx", InitPackage}, {nullptr, nullptr}};
+    PyImport_ExtendInittab(table);
+  });
 }
 
 tavor::Result<VirtualMachineRef> CreateDefaultMachine() {
@@ -53,12 +59,11 @@ tavor::Result<VirtualMachineRef> CreateDefaultMachine() {
 }
 
 tavor::Result<uint32_t> StartFlags() {
-  uint32_t flags = kInterpreterFlags;
-  if (!IsCommandLineApplication()) return flags | kFlagEmbedded;
-  CommandLine commandLine;
-  if (tavor::Error error = ParseCommandLine(commandLine, flags)) return error;
-  if (commandLine.operation != PYSTARTOPERATION_NONE) flags |= kFlagHasOperation;
-  return flags;
+  if (!IsCommandLineApplication()) return kInterpreterFlags | kFlagEmbedded;
+  const CommandLine& commandLine = ReadCommandLine();
+  if (commandLine.fault) return commandLine.fault;
+  return commandLine.operation == PYSTARTOPERATION_NONE ? commandLine.flags
+                                                        : commandLine.flags | kFlagHasOperation;
 }
 
 tavor::Error InitMachine(VirtualMachine& machine, uint32_t flags) {
@@ -84,7 +89,7 @@ tavor::Error BringUpMachine() {
   }
   TavorObject* library = (*machine)->GetLibraryRef();
   if (Implements(library, CPythonLibrary::kIdentity)) g_libraryRef = reinterpret_cast<CPythonLibrary*>(library);
-  g_machineRef = std::move(*machine);
+  *g_machineRef = std::move(*machine);
   return {};
 }
 
@@ -103,6 +108,8 @@ bool HasNoGuiArgument() {
 }
 
 tavor::Error CreateLogger() {
+  const std::lock_guard guard(g_loggerLock);
+  if (g_logger) return {};
   const int32_t output =
       IsCommandLineApplication() || HasNoGuiArgument() ? LOGGER_OUTPUT_APPLICATION : LOGGER_OUTPUT_DEFAULT;
   Logger* logger = tavor::logger::Create("net.tavor.logger.python", kelvar::Text("Python"));
@@ -113,22 +120,32 @@ tavor::Error CreateLogger() {
   return error;
 }
 
+// Leaves the guard, and wakes who waits at it.
+void LeaveGuard(BringUpState state) {
+  if (g_bringUpGuard.exchange(state, std::memory_order_acq_rel) == kRunningWithWaiter)
+    BackOff::Wake(&g_bringUpGuard);
+}
+
+// True for the one thread that is to bring the machine up; the others wait for it.
+bool EnterGuard() {
+  BackOff wait(&g_bringUpGuard);
+  while (true) {
+    uint32_t state = kNotDone;
+    if (g_bringUpGuard.compare_exchange_strong(state, kRunning, std::memory_order_acq_rel)) return true;
+    if (state == kDone) return false;
+    if (state == kRunning) g_bringUpGuard.compare_exchange_strong(state, kRunningWithWaiter);
+    wait.Turn();
+  }
+}
+
 }  // namespace
 
 tavor::Error VmBringUp() {
   ExtendInittab();
-  BackOff wait(&g_bringUpGuard);
-  for (uint32_t state; (state = g_bringUpGuard.load(std::memory_order_acquire)) != kDone;) {
-    if (state != kNotDone || !g_bringUpGuard.compare_exchange_strong(state, kRunning)) {
-      wait.Turn();
-      continue;
-    }
+  if (EnterGuard()) {
     const tavor::Error error = BringUpMachine();
-    g_bringUpGuard.store(error ? kNotDone : kDone, std::memory_order_release);
-    BackOff::Wake(&g_bringUpGuard);
-    if (!error) break;
-    LogError(error);
-    break;
+    LeaveGuard(error ? kNotDone : kDone);
+    if (error) LogError(error);
   }
   if (tavor::Error error = PublishModuleInfo()) return error;
   return CreateLogger();
@@ -136,31 +153,30 @@ tavor::Error VmBringUp() {
 
 void VmShutdown() {
   FreeTypeQueue();
-  if (g_machineRef) {
+  if (*g_machineRef) {
     tavor::registry::Erase(kMachineRegistry, kMachineId);
-    g_machineRef->Free();
-    g_machineRef = {};
+    (*g_machineRef)->Free();
+    *g_machineRef = {};
     g_libraryRef = nullptr;
   }
-  if (g_logger) {
-    if (g_logger != tavor::logger::GetDefault()) tavor::logger::Remove(g_logger);
-    g_logger = nullptr;
-  }
+  if (Logger* logger = g_logger.exchange(nullptr); logger && logger != tavor::logger::GetDefault())
+    tavor::logger::Remove(logger);
 }
 
 CPythonLibrary* LibraryRef() { return g_libraryRef; }
-VirtualMachine* MachineRef() { return g_machineRef.Get(); }
-bool IsPythonPresent() { return g_libraryRef && g_libraryRef->CPy_IsInitialized(); }
+VirtualMachine* MachineRef() { return g_machineRef->Get(); }
+bool IsPythonPresent() { return IsPythonRunning() && g_libraryRef && g_libraryRef->CPy_IsInitialized(); }
 
 bool IsCommandLineApplication() {
   return kelvar::View(tavor::application::GetIdentity()) == "net.tavor.application.python";
 }
 
-void Log(std::string_view text, int32_t level) {
-  Logger* logger = g_logger ? g_logger : tavor::logger::GetDefault();
-  tavor::logger::Write(logger, LOGGER_TARGET_USER, level, kelvar::Text(std::string(text) + "\n"), nullptr, 0);
+void Log(std::string_view text, int32_t level, const char* file, int32_t line) {
+  Logger* logger = g_logger;
+  tavor::logger::Write(logger ? logger : tavor::logger::GetDefault(), LOGGER_TARGET_USER, level,
+                       kelvar::Bytes(std::string(text) + "\n"), file, line);
 }
 
-void LogError(const tavor::Error& error) { Log(error.Text(), LOGGER_LEVEL_ALL); }
+void LogError(const tavor::Error& error) { Log(error.Text(), LOGGER_LEVEL_ALL, error.File(), error.Line()); }
 
 }  // namespace qlx

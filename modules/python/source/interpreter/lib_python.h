@@ -36,8 +36,10 @@ tavor::Error RunStartupScript(const Filename& file);
 // Whether the process is the command-line application.
 bool IsCommandLineApplication();
 
-// A line on the module's logger, or on the host's default one while there is none.
-void Log(std::string_view text, int32_t level);
+// A line on the module's logger, or on the host's default one while there is none. `file` and
+// `line` tell where in the source it comes from.
+void Log(std::string_view text, int32_t level, const char* file = __builtin_FILE(),
+         int32_t line = __builtin_LINE());
 void LogError(const tavor::Error& error);
 
 }  // namespace qlx

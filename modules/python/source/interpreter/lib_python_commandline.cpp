@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <ctime>
 
 #include "interpreter/lib_python.h"
@@ -22,6 +23,11 @@ namespace {
 
 std::string Argument(int32_t index) {
   return std::string(kelvar::View(tavor::application::GetArgument(index)));
+}
+
+tavor::Error Wrong(const std::string& what) {
+  tavor::application::SetExitCode(2);
+  return tavor::Error(what, HOST_RESULT_ILLEGAL_ARGUMENT);
 }
 
 struct Option {
@@ -63,7 +69,7 @@ int32_t OperationOf(std::string_view option) {
 
 Filename CurrentFolder() {
   char* folder = get_current_dir_name();
-  const Filename result = folder ? Filename::FromString(kelvar::Text(folder)) : Filename();
+  Filename result = folder ? Filename::FromString(kelvar::Bytes(folder)) : Filename();
   std::free(folder);
   return result;
 }
@@ -80,20 +86,21 @@ tavor::Error PrepareRun(const Filename& folder, const std::vector<std::string>& 
 }
 
 void PrintLine(const std::string& text, HostConsole stream) {
-  kelvar::ConsoleWrite(stream, kelvar::Text(text + "\n"));
+  kelvar::ConsoleWrite(stream, kelvar::Bytes(text + "\n"));
 }
 
-tavor::Error CantOpen(const std::string& file, const char* reason) {
-  PrintLine(Argument(0) + ": can't open file '" + file + "': " + reason, HOST_CONSOLE_ERROR);
+tavor::Error CantOpen(std::string_view file, const char* reason) {
+  PrintLine(Argument(0) + ": can't open file '" + std::string(file) + "': " + reason, HOST_CONSOLE_ERROR);
   tavor::application::SetExitCode(2);
   return tavor::Error(reason);
 }
 
 tavor::Error RunScript(const CommandLine& commandLine) {
-  const Filename file = Filename::FromString(kelvar::Text(commandLine.argument));
-  if (kelvar::HostFileExists(file, true)) return CantOpen(commandLine.argument, "is a directory");
-  if (!kelvar::HostFileExists(file, false)) return CantOpen(commandLine.argument, "no such file or directory");
-  const bool bare = commandLine.argument.find('/') == std::string::npos;
+  const std::string_view path = kelvar::View(commandLine.argument);
+  const Filename file = Filename::FromString(commandLine.argument);
+  if (kelvar::HostFileExists(file, true)) return CantOpen(path, "is a directory");
+  if (!kelvar::HostFileExists(file, false)) return CantOpen(path, "no such file or directory");
+  const bool bare = path.find('/') == std::string_view::npos;
   const Filename folder = bare ? CurrentFolder() : file.GetDirectory();
   if (tavor::Error error = PrepareRun(folder, commandLine.arguments)) return error;
   return MachineRef()->ExecuteFile(file);
@@ -103,10 +110,10 @@ tavor::Error RunOperation(const CommandLine& commandLine) {
   switch (commandLine.operation) {
     case PYSTARTOPERATION_EXECUTE_CODE:
       if (tavor::Error error = PrepareRun(Filename(), commandLine.arguments)) return error;
-      return MachineRef()->ExecuteCode(kelvar::Text(commandLine.argument));
+      return MachineRef()->ExecuteCode(commandLine.argument);
     case PYSTARTOPERATION_EXECUTE_MODULE:
       if (tavor::Error error = PrepareRun(CurrentFolder(), commandLine.arguments)) return error;
-      return MachineRef()->ExecuteModule(kelvar::Text(commandLine.argument));
+      return MachineRef()->ExecuteModule(commandLine.argument);
     case PYSTARTOPERATION_EXECUTE_FILE:
       return RunScript(commandLine);
     default:
@@ -131,9 +138,7 @@ tavor::Error RunConsole() {
 }
 
 bool RunCommandLine() {
-  CommandLine commandLine;
-  uint32_t flags = kInterpreterFlags;
-  if (tavor::Error error = ParseCommandLine(commandLine, flags)) return false;
+  const CommandLine& commandLine = ReadCommandLine();
   if (commandLine.operation == PYSTARTOPERATION_VERSION) {
     const CPythonDll* dll = LibraryRef()->GetDll();
     PrintLine("Python " + std::to_string(dll->major) + "." + std::to_string(dll->minor) + "." +
@@ -142,53 +147,55 @@ bool RunCommandLine() {
     return false;
   }
   tavor::Error error = RunOperation(commandLine);
-  if (flags & kFlagInteractive) error = RunConsole();
+  if (commandLine.flags & kFlagInteractive) error = RunConsole();
   JoinPythonThreads();
   return !error;
 }
 
-}  // namespace
-
-tavor::Error ParseCommandLine(CommandLine& commandLine, uint32_t& flags) {
+CommandLine ParseCommandLine() {
+  CommandLine line;
+  line.flags = kInterpreterFlags;
   const int32_t count = tavor::application::GetArgumentCount();
   int32_t next = 1;
-  for (; next < count; ++next) {
+  for (; next < count && line.operation == PYSTARTOPERATION_NONE; ++next) {
     const std::string argument = Argument(next);
-    if (argument.empty() || argument[0] != '-') {
-      commandLine.operation = PYSTARTOPERATION_EXECUTE_FILE;
-      commandLine.argument = argument;
-      commandLine.arguments = {argument};
-      ++next;
-      break;
-    }
     if (const Option* option = FindOption(argument)) {
-      flags = (flags | option->set) & ~option->clear;
+      line.flags = (line.flags | option->set) & ~option->clear;
       continue;
     }
-    commandLine.operation = OperationOf(argument);
-    if (commandLine.operation == PYSTARTOPERATION_NONE) {
-      tavor::application::SetExitCode(2);
-      return tavor::Error("unknown option " + argument, HOST_RESULT_ILLEGAL_ARGUMENT);
+    const bool isFile = argument.empty() || argument[0] != '-';
+    line.operation = isFile ? int32_t(PYSTARTOPERATION_EXECUTE_FILE) : OperationOf(argument);
+    if (line.operation == PYSTARTOPERATION_VERSION) return line;
+    if (line.operation == PYSTARTOPERATION_NONE) {
+      line.fault = Wrong("unknown option " + argument);
+      return line;
     }
-    if (commandLine.operation == PYSTARTOPERATION_VERSION) return {};
-    if (++next == count) {
-      tavor::application::SetExitCode(2);
-      return tavor::Error("argument expected for the " + argument + " option", HOST_RESULT_ILLEGAL_ARGUMENT);
+    if (!isFile && ++next == count) {
+      line.fault = Wrong("argument expected for the " + argument + " option");
+      return line;
     }
-    commandLine.argument = Argument(next++);
-    commandLine.arguments = {argument};
-    break;
+    line.argument = tavor::application::GetArgument(next);
+    line.arguments = {argument};
   }
-  if (commandLine.operation == PYSTARTOPERATION_NONE) {
-    commandLine.arguments = {""};
-    flags |= kFlagInteractive;
+  if (line.operation == PYSTARTOPERATION_NONE) {
+    line.arguments = {""};
+    line.flags |= kFlagInteractive;
   }
-  for (; next < count; ++next) commandLine.arguments.push_back(Argument(next));
-  return {};
+  for (; next < count; ++next) line.arguments.push_back(Argument(next));
+  return line;
+}
+
+}  // namespace
+
+const CommandLine& ReadCommandLine() {
+  static const auto* line = new CommandLine(ParseCommandLine());
+  return *line;
 }
 
 bool RunApplication() {
   if (!HasHostTables()) return false;
+  // The bring-up has told the reason.
+  if (IsCommandLineApplication() && ReadCommandLine().fault) return false;
   if (!MachineRef() || !LibraryRef()) {
     tavor::logger::Write(tavor::logger::GetDefault(), LOGGER_TARGET_USER, LOGGER_LEVEL_CRITICAL,
                          kelvar::Text("no python vm found\n"), nullptr, 0);

@@ -12,13 +12,15 @@ namespace qlx {
 
 struct CommandLine {
   int32_t operation = 0;               // a StartOperation
-  std::string argument;                // the text, the module's name or the file's path
-  std::vector<std::string> arguments;  // `sys.argv`
+  uint32_t flags = 0;                  // of the interpreter
+  String argument;                     // the text, the module's name or the file's path
+  std::vector<std::string> arguments;  // `sys.argv`, in the bytes of the process
+  tavor::Error fault;                  // names the option that is wrong
 };
 
-// Reads `qlxpy [-V] [-c CODE | -m MODULE | FILE] [arguments]`. Options of the interpreter
-// change `flags`. The error names the option that is wrong.
-tavor::Error ParseCommandLine(CommandLine& commandLine, uint32_t& flags);
+// The application's command line, `qlxpy [options] [-c CODE | -m MODULE | FILE] [arguments]`,
+// read once. A wrong one has set the exit code to 2. Main thread.
+const CommandLine& ReadCommandLine();
 
 // The main routine of the command-line application: runs what the command line asks for. Any
 // other application has nothing to do here. The exit code goes to the application.

@@ -22,14 +22,13 @@ tavor::Error Settle(PyObject* result) {
     Py_DECREF(result);
     return {};
   }
-  int code = 0;
-  if (TakeSystemExit(code)) {
-    tavor::application::SetExitCode(code);
-    return code == 0 ? tavor::Error() : tavor::Error("the script ended with exit code " + std::to_string(code));
-  }
-  PrintAndClearError();
-  tavor::application::SetExitCode(1);
-  return tavor::Error("the script ended with an error");
+  int code = 1;
+  if (!IsSystemExitPending()) PrintPendingError();
+  // The script's own hook for errors may ask for an exit as well.
+  TakeSystemExit(code);
+  PyErr_Clear();
+  tavor::application::SetExitCode(code);
+  return code == 0 ? tavor::Error() : tavor::Error("the script ended with exit code " + std::to_string(code));
 }
 
 void FlushStreams() {
@@ -80,7 +79,7 @@ template <class Run>
 tavor::Error InMain(Run run) {
   GilScope lock;
   PyObject* globals = MainGlobals();
-  const tavor::Error error = Settle(globals ? run(globals) : nullptr);
+  tavor::Error error = Settle(globals ? run(globals) : nullptr);
   FlushStreams();
   return error;
 }

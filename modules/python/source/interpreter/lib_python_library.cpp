@@ -57,9 +57,11 @@ tavor::Error PlacePath(PyObject* list, const Filename& path, Py_ssize_t place) {
   PyObject* entry = PyUnicode_DecodeFSDefaultAndSize(bytes.data(), Py_ssize_t(bytes.size()));
   if (!entry) return PendingError();
   bool ok = true;
+  // Only plain texts: an entry with a comparison of its own could change the list.
   for (Py_ssize_t i = PyList_GET_SIZE(list); ok && i-- > 0;) {
-    const int same = PyObject_RichCompareBool(PyList_GET_ITEM(list, i), entry, Py_EQ);
-    ok = same >= 0 && (!same || PyList_SetSlice(list, i, i + 1, nullptr) == 0);
+    PyObject* known = PyList_GET_ITEM(list, i);
+    const bool same = PyUnicode_CheckExact(known) && PyUnicode_Compare(known, entry) == 0;
+    ok = !PyErr_Occurred() && (!same || PyList_SetSlice(list, i, i + 1, nullptr) == 0);
   }
   ok = ok && PyList_Insert(list, place < 0 ? PyList_GET_SIZE(list) : place, entry) == 0;
   Py_DECREF(entry);
@@ -100,10 +102,12 @@ class CPythonLibraryImplementation : public CPythonLibrary {
     const std::string reason = StartInterpreter(settings);
     if (!reason.empty()) return tavor::Error("the Python interpreter can't start: " + reason).ToHost();
     // As for a program without a name: modules that run as scripts write to the first entry.
-    return SetArguments({""}) ? HostResult{} : PendingError().ToHost();
+    if (SetArguments({""})) return {};
+    const tavor::Error error = PendingError();
+    CPy_Finalize();
+    return error.ToHost();
   }
 
-  // Ends even a start that came to an end by its own script.
   void CPy_Finalize() {
     if (Py_IsInitialized()) Py_FinalizeEx();
   }

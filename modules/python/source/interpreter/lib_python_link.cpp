@@ -139,7 +139,8 @@ tavor::Error BindReferences(void* library) {
 }
 
 std::vector<std::string> Candidates() {
-  if (const char* chosen = std::getenv("QLX_PYTHON_LIBRARY")) return {chosen};
+  const char* chosen = std::getenv("QLX_PYTHON_LIBRARY");
+  if (chosen && *chosen) return {chosen};
   return {QLX_PYTHON_LIBRARY, QLX_PYTHON_SONAME};
 }
 
@@ -148,7 +149,7 @@ void* OpenLibraryOfProcess() {
   void* known = dlsym(RTLD_DEFAULT, "Py_IsInitialized");
   Dl_info info;
   if (!known || !dladdr(known, &info)) return nullptr;
-  void* handle = dlopen(info.dli_fname, RTLD_NOW | RTLD_GLOBAL | RTLD_NOLOAD);
+  void* handle = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
   // A program that has the interpreter built in is no library to open by name.
   return handle ? handle : dlopen(nullptr, RTLD_NOW);
 }
@@ -156,10 +157,20 @@ void* OpenLibraryOfProcess() {
 void* OpenLibrary(std::string& reasons) {
   if (void* handle = OpenLibraryOfProcess()) return handle;
   for (const std::string& candidate : Candidates()) {
-    if (void* handle = dlopen(candidate.c_str(), RTLD_NOW | RTLD_GLOBAL)) return handle;
+    if (void* handle = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) return handle;
     reasons += std::string(reasons.empty() ? "" : "; ") + dlerror();
   }
   return nullptr;
+}
+
+// Records and calls of another version have another shape: the words are asked first.
+tavor::Error CheckVersion(void* library) {
+  auto* words = reinterpret_cast<const char* (*)()>(dlsym(library, "Py_GetVersion"));
+  if (!words) return tavor::Error("'" + g_file + "' is not the library of Python " QLX_PYTHON_VERSION);
+  const std::string version = words();
+  if (version.rfind(QLX_PYTHON_VERSION ".", 0) == 0) return {};
+  return tavor::Error("wanted the library of Python " QLX_PYTHON_VERSION ", '" + g_file + "' is that of " +
+                      version.substr(0, version.find(' ')));
 }
 
 tavor::Error Bind() {
@@ -167,8 +178,12 @@ tavor::Error Bind() {
   void* handle = OpenLibrary(reasons);
   if (!handle) return tavor::Error("the library of Python " QLX_PYTHON_VERSION " can't be loaded: " + reasons);
   Dl_info info;
-  g_file = dladdr(dlsym(handle, "Py_IsInitialized"), &info) ? info.dli_fname : Candidates().front();
+  void* known = dlsym(handle, "Py_IsInitialized");
+  g_file = known && dladdr(known, &info) ? info.dli_fname : Candidates().front();
+  if (tavor::Error error = CheckVersion(handle)) return error;
   if (tavor::Error error = BindReferences(handle)) return error;
+  // Extension modules resolve against what is global.
+  dlopen(g_file.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
   g_handle = handle;
   g_bound = true;
   return {};
@@ -184,11 +199,5 @@ tavor::Error BindInterpreterLibrary() {
 bool IsInterpreterLibraryBound() { return g_bound; }
 const std::string& InterpreterLibraryFile() { return g_file; }
 void* InterpreterLibraryHandle() { return g_handle; }
-
-std::string InterpreterLibraryCandidates() {
-  std::string lines;
-  for (const std::string& candidate : Candidates()) lines += (lines.empty() ? "" : "\n") + candidate;
-  return lines;
-}
 
 }  // namespace qlx

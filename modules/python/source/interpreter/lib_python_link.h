@@ -12,10 +12,11 @@
 
 namespace qlx {
 
-// Loads the library with global symbols and binds the module to it. The library is the file
-// that QLX_PYTHON_LIBRARY names; without that variable the one of the build, then one that
-// the system's loader finds under the same name. One that the process has already is used as
-// it is. Later calls repeat the first answer. Main thread.
+// Loads the library with global symbols and binds the module to it. A library that the
+// process has already is used as it is. Otherwise it is the file that QLX_PYTHON_LIBRARY
+// names, or without that variable the one of the build, then one that the system's loader
+// finds under the same name. A library of another version is refused. Later calls repeat the
+// first answer; any thread.
 tavor::Error BindInterpreterLibrary();
 
 // Never true before a successful BindInterpreterLibrary.
@@ -24,9 +25,6 @@ bool IsInterpreterLibraryBound();
 // The file of the bound library and its loader handle; empty and null before.
 const std::string& InterpreterLibraryFile();
 void* InterpreterLibraryHandle();
-
-// The candidates that BindInterpreterLibrary looks at, in order.
-std::string InterpreterLibraryCandidates();
 
 }  // namespace qlx
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "interpreter/lib_python_link.h"
+#include "tavor/cpythonlibrary.h"
 
 namespace qlx {
 
@@ -17,7 +18,11 @@ inline bool IsPythonRunning() { return IsInterpreterLibraryBound() && Py_IsIniti
 class GilScope {
  public:
   GilScope() : state_(PyGILState_Ensure()) {}
-  ~GilScope() { PyGILState_Release(state_); }
+  // The interpreter ends a thread that it finds inside at its own end by unwinding the thread's
+  // stack: the lock that this scope held is gone then.
+  ~GilScope() noexcept(false) {
+    if (Py_IsInitialized()) PyGILState_Release(state_);
+  }
   GilScope(const GilScope&) = delete;
   GilScope& operator=(const GilScope&) = delete;
 
@@ -29,7 +34,7 @@ class GilScope {
 class HostBlockingScope {
  public:
   HostBlockingScope() : thread_(PyEval_SaveThread()) {}
-  // The interpreter ends a thread that comes back after the end, by unwinding its stack.
+  // A thread that comes back after the interpreter's end is ended in the same way.
   ~HostBlockingScope() noexcept(false) { PyEval_RestoreThread(thread_); }
   HostBlockingScope(const HostBlockingScope&) = delete;
   HostBlockingScope& operator=(const HostBlockingScope&) = delete;
@@ -47,6 +52,20 @@ inline void TakeLockForEnd() { PyGILState_Ensure(); }
 inline int TakeLockState() { return int(PyGILState_Ensure()); }
 inline void GiveLockState(int state) { PyGILState_Release(PyGILState_STATE(state)); }
 
+// The lock through the library's interface, where the start must work with any library.
+class LibraryGilScope {
+ public:
+  explicit LibraryGilScope(CPythonLibrary* library)
+      : library_(library), state_(library->CPyGilState_Ensure()) {}
+  ~LibraryGilScope() noexcept(false) { library_->CPyGilState_Release(state_); }
+  LibraryGilScope(const LibraryGilScope&) = delete;
+  LibraryGilScope& operator=(const LibraryGilScope&) = delete;
+
+ private:
+  CPythonLibrary* library_;
+  int32_t state_;
+};
+
 // A Python reference that a host object keeps. May be dropped by any thread, with or without
 // the lock, also after the interpreter ended: then the object is gone and is not touched.
 class KeptReference {
@@ -57,7 +76,7 @@ class KeptReference {
     std::swap(object_, other.object_);
     return *this;
   }
-  ~KeptReference() { Drop(); }
+  ~KeptReference() noexcept(false) { Drop(); }
 
   // Takes over a reference that the caller owns. Lock held.
   static KeptReference Adopt(PyObject* object) {

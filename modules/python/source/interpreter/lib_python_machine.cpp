@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "interpreter/lib_python.h"
@@ -48,20 +49,21 @@ class CPythonMachine : public VirtualMachine {
         settings ? settings->GetInt(CPYTHON_INTERPRETERFLAGS, kInterpreterFlags) : kInterpreterFlags;
     embedded_ = flags & kFlagEmbedded;
     if (tavor::Error error = library->CPy_Initialize(uint32_t(flags))) return error.ToHost();
-    tavor::Error error =
-        settings ? AddSearchPath(settings->GetString(CPYTHON_ADDITIONAL_SYS_PATH)) : tavor::Error();
-    if (!error) error = AddOwnFolders();
-    if (!error && !embedded_) error = SetExecutable();
+    started_ = true;
+    if (tavor::Error error = Prepare(settings)) {
+      End();
+      return error.ToHost();
+    }
     FreeLockOfStart();
-    return error.ToHost();
+    return {};
   }
 
+  // Ends the interpreter that this machine started, and no other.
   void Free() {
-    if (!IsPythonRunning()) return;
+    if (!started_ || !IsPythonRunning()) return;
     if (embedded_) LetGoOfPythonThreads();
     TakeLockForEnd();
-    CPythonLibraryObject()->CPy_Finalize();
-    CPythonLibraryObject()->Free();
+    End();
   }
 
   VirtualMachineScope* CreateScope() { return IsPythonRunning() ? CreateCPythonScope() : nullptr; }
@@ -104,12 +106,31 @@ class CPythonMachine : public VirtualMachine {
     return function().ToHost();
   }
 
+  // What the running interpreter gets ahead of any script. Lock held.
+  tavor::Error Prepare(const DataDictionary* settings) const {
+    try {
+      tavor::Error error =
+          settings ? AddSearchPath(settings->GetString(CPYTHON_ADDITIONAL_SYS_PATH)) : tavor::Error();
+      if (!error) error = AddOwnFolders();
+      if (!error && !embedded_) error = SetExecutable();
+      return error;
+    } catch (const std::bad_alloc&) {
+      return tavor::Error("out of memory", HOST_RESULT_OUT_OF_MEMORY);
+    }
+  }
+
+  void End() {
+    started_ = false;
+    CPythonLibraryObject()->CPy_Finalize();
+    CPythonLibraryObject()->Free();
+  }
+
   // Folders as in PYTHONPATH, parted by colons.
   static tavor::Error AddSearchPath(const String& folders) {
     std::string_view rest = kelvar::View(folders);
     while (!rest.empty()) {
       const size_t end = rest.find(':');
-      if (tavor::Error error = Append(Filename::FromString(kelvar::Text(rest.substr(0, end))))) return error;
+      if (tavor::Error error = Append(Filename::FromString(kelvar::Bytes(rest.substr(0, end))))) return error;
       rest = end == std::string_view::npos ? "" : rest.substr(end + 1);
     }
     return {};
@@ -146,6 +167,7 @@ class CPythonMachine : public VirtualMachine {
 
   std::atomic<int> references_{1};
   bool embedded_ = true;
+  bool started_ = false;
 };
 
 CPythonMachine::CPythonMachine() { table = &kVirtualMachineTable<CPythonMachine>; }

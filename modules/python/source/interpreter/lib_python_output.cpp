@@ -4,7 +4,11 @@
 
 #include <Python.h>
 
+#include <utility>
+
+#include "interpreter/lib_python.h"
 #include "kelvar/general.h"
+#include "tavor/application.h"
 
 namespace qlx {
 namespace {
@@ -49,21 +53,56 @@ struct Taken {
 
 }  // namespace
 
-void PrintBridgeError() {
-  if (!PyErr_Occurred()) return;
-  if (PyErr_ExceptionMatches(PyExc_SystemExit)) {
-    kelvar::SpecialEventAdd(HOST_EVENT_QUIT, 0, 0);
+void PrintPendingError() {
+  const Taken error;
+  if (!error.type) return;
+  PySys_SetObject("last_type", error.type);
+  PySys_SetObject("last_value", error.value);
+  PySys_SetObject("last_traceback", error.traceback ? error.traceback : Py_None);
+  PyErr_Clear();
+  PyObject* hook = PySys_GetObject("excepthook");
+  if (!hook) {
+    PySys_WriteStderr("sys.excepthook is missing\n");
+    PyErr_Display(error.type, error.value, error.traceback);
     return;
   }
-  PyErr_Print();
+  Py_INCREF(hook);
+  PyObject* done = PyObject_CallFunctionObjArgs(hook, error.type, error.value,
+                                                error.traceback ? error.traceback : Py_None, nullptr);
+  Py_DECREF(hook);
+  Py_XDECREF(done);
+  if (done || PyErr_ExceptionMatches(PyExc_SystemExit)) return;
+  const Taken fault;
+  PySys_WriteStderr("Error in sys.excepthook:\n");
+  PyErr_Display(fault.type, fault.value, fault.traceback);
+  PySys_WriteStderr("\nOriginal exception was:\n");
+  PyErr_Display(error.type, error.value, error.traceback);
 }
+
+void PrintBridgeError() {
+  if (!IsSystemExitPending()) PrintPendingError();
+  // The hook may have asked for the end as well.
+  if (IsSystemExitPending()) kelvar::SpecialEventAdd(HOST_EVENT_QUIT, 0, 0);
+}
+
+bool IsSystemExitPending() { return PyErr_Occurred() && PyErr_ExceptionMatches(PyExc_SystemExit); }
 
 void PrintAndClearError() {
   PrintBridgeError();
+  int code = 0;
+  if (TakeSystemExit(code) && IsCommandLineApplication()) tavor::application::SetExitCode(code);
   PyErr_Clear();
 }
 
 std::string TakePendingErrorText() { return Taken().Line(); }
+
+std::string PendingErrorText() {
+  Taken error;
+  std::string line = error.Line();
+  PyErr_Restore(std::exchange(error.type, nullptr), std::exchange(error.value, nullptr),
+                std::exchange(error.traceback, nullptr));
+  return line;
+}
 
 std::string TakePendingTraceback() {
   const Taken error;
@@ -84,7 +123,7 @@ std::string TakePendingTraceback() {
 }
 
 bool TakeSystemExit(int& code) {
-  if (!PyErr_Occurred() || !PyErr_ExceptionMatches(PyExc_SystemExit)) return false;
+  if (!IsSystemExitPending()) return false;
   const Taken error;
   PyObject* value = error.value ? PyObject_GetAttrString(error.value, "code") : nullptr;
   PyErr_Clear();

@@ -6,14 +6,23 @@
 
 namespace qlx {
 
+// Takes the pending error away and shows it through `sys.excepthook`. An exit that the hook
+// asks for is pending afterwards; the interpreter's own function would end the process there.
+void PrintPendingError();
+
 // Prints the pending error with its traceback. A SystemExit asks the host to end instead and
 // stays pending: the caller clears it.
 void PrintBridgeError();
 
-// PrintBridgeError, and no error is pending afterwards.
+bool IsSystemExitPending();
+
+// PrintBridgeError, and no error is pending afterwards. In the command-line application an
+// exit leaves its code.
 void PrintAndClearError();
 
-// Takes the pending error away: "ValueError: bad value"; empty when there is none.
+// The pending error as a line, "ValueError: bad value"; empty when there is none. The error
+// stays pending in the first one and is taken away in the second.
+std::string PendingErrorText();
 std::string TakePendingErrorText();
 
 // Takes the pending error away: its whole traceback, as `sys.excepthook` shows it.

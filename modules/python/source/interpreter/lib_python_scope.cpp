@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <new>
+#include <string>
 
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_machine.h"
@@ -129,7 +130,7 @@ class CPythonScope : public VirtualMachineScope {
     PyObject* bytes = text ? PyUnicode_AsEncodedString(text, "utf-8", "surrogateescape") : nullptr;
     if (bytes) {
       const std::string_view view(PyBytes_AS_STRING(bytes), size_t(PyBytes_GET_SIZE(bytes)));
-      *reinterpret_cast<String*>(result) = kelvar::Text(view);
+      *result = kelvar::Bytes(view).Release();
     }
     Py_XDECREF(bytes);
     Py_XDECREF(text);
@@ -138,18 +139,12 @@ class CPythonScope : public VirtualMachineScope {
 
   // Deals with the pending error as the scope was told to.
   HostResult Failure() {
-    if (errorHandling_ == ERRORHANDLING_REDIRECT) return tavor::Error(TakePendingTraceback()).ToHost();
-    if (errorHandling_ == ERRORHANDLING_CLEAR) return tavor::Error(TakePendingErrorText()).ToHost();
-    PyObject *type, *value, *traceback;
-    PyErr_Fetch(&type, &value, &traceback);
-    Py_XINCREF(type);
-    Py_XINCREF(value);
-    Py_XINCREF(traceback);
-    PyErr_Restore(type, value, traceback);
-    const std::string line = TakePendingErrorText();
-    PyErr_Restore(type, value, traceback);
+    const int32_t code = IsSystemExitPending() ? HOST_RESULT_EXIT : HOST_RESULT_ERROR;
+    if (errorHandling_ == ERRORHANDLING_REDIRECT) return tavor::Error(TakePendingTraceback(), code).ToHost();
+    if (errorHandling_ == ERRORHANDLING_CLEAR) return tavor::Error(TakePendingErrorText(), code).ToHost();
+    const std::string line = PendingErrorText();
     PrintAndClearError();
-    return tavor::Error(line).ToHost();
+    return tavor::Error(line, code).ToHost();
   }
 
   std::atomic<int> references_{1};

@@ -15,6 +15,7 @@ constexpr int32_t kPatience = 4096;
 constexpr int32_t kFirstStep = 16;
 constexpr int32_t kLastStep = 512;
 constexpr int32_t kReleased = std::numeric_limits<int32_t>::max();
+constexpr int32_t kLongest = kReleased - 1;
 
 void Pause() {
 #if defined(__x86_64__)
@@ -33,7 +34,7 @@ BackOff::BackOff(void* address) : record_{0, kFirstStep, LowHalf(address)}, addr
 void BackOff::Turn() {
   if (record_.count == 0 && g_tavor.yieldFirst) g_CpuYieldDelegate(&record_, address_);
   for (int32_t i = 0; i < record_.step; ++i) Pause();
-  record_.count = record_.count > kReleased - record_.step ? kReleased : record_.count + record_.step;
+  record_.count = record_.count > kLongest - record_.step ? kLongest : record_.count + record_.step;
   record_.step = record_.step * 2 > kLastStep ? kFirstStep : record_.step * 2;
   if (record_.count > kPatience) g_CpuYieldDelegate(&record_, address_);
 }

@@ -1,6 +1,5 @@
 // The start-up scripts `python_init.py`.
 
-#include <cstdio>
 #include <memory>
 #include <new>
 #include <string>
@@ -56,8 +55,10 @@ tavor::Error RunStartupScript(const Filename& file) {
   if (tavor::Error error = scope->Add(kelvar::Text("__file__"), path)) return error;
   if (tavor::Error error = scope->Add(kelvar::Text("__name__"), kelvar::Text("__main__"))) return error;
   kelvar::StopAllThreads(1, 1, 1);
-  if (scope->Execute()) return tavor::Error("Error on Execute() of " + name);
-  return {};
+  const tavor::Error error = scope->Execute();
+  // A script that asks the application to end is no fault.
+  if (!error || error.Code() == HOST_RESULT_EXIT) return {};
+  return tavor::Error("Error on Execute() of " + name);
 }
 
 }  // namespace qlx

@@ -4,6 +4,8 @@
 
 #include <Python.h>
 
+#include <string>
+
 #include "interpreter/lib_python.h"
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_output.h"
@@ -11,50 +13,63 @@
 namespace qlx {
 namespace {
 
-constexpr const char* kJoin = R"(
-def running(threading):
-    me = threading.current_thread()
-    main = threading.main_thread()
-    return [t for t in threading.enumerate() if not t.daemon and t is not me and t is not main]
+// The interpreter's end calls threading._shutdown, which waits without a limit: it is called
+// here, or not at all. Thread pools are told to end by callbacks that it runs first.
+constexpr const char* kSource = R"(
+import sys
+threading = sys.modules.get('threading')
 
-def join(limit):
-    import sys, time
-    threading = sys.modules.get('threading')
-    if threading is None:
+def take_shutdown():
+    shutdown = threading._shutdown
+    threading._shutdown = lambda: None
+    return shutdown
+
+def join():
+    if threading:
+        take_shutdown()()
+
+def running():
+    main = threading.main_thread()
+    return [t for t in threading.enumerate() if not t.daemon and t is not main]
+
+def end_pools(callbacks):
+    for callback in reversed(callbacks):
+        callback()
+
+def let_go(limit):
+    if not threading:
         return ''
-    end = None if limit is None else time.monotonic() + limit
-    while True:
-        threads = running(threading)
-        if not threads:
-            return ''
-        if end is None:
-            threads[0].join()
-            continue
-        left = end - time.monotonic()
-        if left <= 0:
-            # The interpreter's end would wait for these without a limit.
-            threading._shutdown = lambda: None
-            return ', '.join(repr(t.name) for t in threads)
-        threads[0].join(left)
+    import time
+    take_shutdown()
+    end = time.monotonic() + limit
+    callbacks = list(getattr(threading, '_threading_atexits', ()))
+    if callbacks:
+        threading.Thread(target=end_pools, args=(callbacks,), daemon=True).start()
+    while running() and time.monotonic() < end:
+        running_thread = next(iter(running()), None)
+        if running_thread:
+            running_thread.join(max(0, end - time.monotonic()))
+    return ', '.join(repr(t.name) for t in running())
 )";
 
-// Calls join(limit); the names of the threads that go on. An interruption from the keyboard
-// ends the wait.
-std::string Join(PyObject* limit) {
-  std::string names;
-  PyObject* globals = PyDict_New();
+// Calls a function of the text above; what it returns as a text. An interruption from the
+// keyboard ends a wait.
+std::string Call(const char* function, PyObject* arguments) {
+  std::string answer;
+  PyObject* globals = arguments ? PyDict_New() : nullptr;
   PyObject* done = globals && PyDict_SetItemString(globals, "__builtins__", PyEval_GetBuiltins()) == 0
-                       ? PyRun_String(kJoin, Py_file_input, globals, globals)
+                       ? PyRun_String(kSource, Py_file_input, globals, globals)
                        : nullptr;
-  PyObject* join = done ? PyDict_GetItemString(globals, "join") : nullptr;
-  PyObject* answer = join ? PyObject_CallFunctionObjArgs(join, limit, nullptr) : nullptr;
-  const char* text = answer ? PyUnicode_AsUTF8(answer) : nullptr;
-  if (text) names = text;
+  PyObject* callable = done ? PyDict_GetItemString(globals, function) : nullptr;
+  PyObject* returned = callable ? PyObject_CallObject(callable, arguments) : nullptr;
+  const char* text = returned && PyUnicode_Check(returned) ? PyUnicode_AsUTF8(returned) : nullptr;
+  if (text) answer = text;
   PrintAndClearError();
-  Py_XDECREF(answer);
+  Py_XDECREF(returned);
   Py_XDECREF(done);
   Py_XDECREF(globals);
-  return names;
+  Py_XDECREF(arguments);
+  return answer;
 }
 
 }  // namespace
@@ -62,16 +77,14 @@ std::string Join(PyObject* limit) {
 void JoinPythonThreads() {
   if (!IsPythonRunning()) return;
   GilScope lock;
-  Join(Py_None);
+  Call("join", PyTuple_New(0));
 }
 
 void LetGoOfPythonThreads() {
   std::string names;
   {
     GilScope lock;
-    PyObject* limit = PyFloat_FromDouble(2.0);
-    if (limit) names = Join(limit);
-    Py_XDECREF(limit);
+    names = Call("let_go", Py_BuildValue("(d)", 2.0));
   }
   if (!names.empty())
     LogError(tavor::Error("Python threads that still run at the end are left behind: " + names));

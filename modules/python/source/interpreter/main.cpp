@@ -3,17 +3,20 @@
 #include "interpreter/main.h"
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 
+#include "boundary/resolve.h"
 #include "cxgfx/fields.h"
 #include "interpreter/lib_python.h"
+#include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_spinlock.h"
 #include "interpreter/messages.h"
 #include "interpreter/modulelibrary.h"
 #include "kelvar/general.h"
+#include "kelvar/resource.h"
 #include "kelvar/text.h"
 #include "kit/i_dynamic.h"
+#include "kit/i_lasting.h"
 #include "nodes/nodes.h"
 #include "plugins/plugins.h"
 #include "threading/threads.h"
@@ -41,7 +44,7 @@ bool g_hasTables = false;
 HostFilename* g_modulePath = nullptr;
 LanguageInfo* g_languageInfo = nullptr;
 GeResource* g_resource = nullptr;
-Filename g_resourcePath;
+Lasting<Filename> g_resourcePath;
 
 constexpr int32_t kRefused = -3;
 
@@ -53,14 +56,27 @@ void ShutdownEntry() {
   boundary::Guard([] { VmShutdown(); });
 }
 
+// What a host offers of a group, before it is accepted; what it lacks is null.
+template <class Table>
+Table Offered(const HostTables& host, int32_t number) {
+  Table table{};
+  const HostGroup* group = number < host.groupCount ? host.group[number] : nullptr;
+  if (group) boundary::Overlay(table, group, group->size, sizeof(HostGroup));
+  return table;
+}
+
 // Names what the host lacks, on the way that is left for it.
-void ReportRefusal(const std::string& missing) {
+void ReportRefusal(const HostTables& host, const std::string& missing) {
   const std::string text = "qlx: the host does not offer what the module needs: " + missing;
-  if (tables::general.DiagnosticOutput != standin::general::DiagnosticOutput &&
-      tables::string.FromUtf8 != standin::string::FromUtf8)
-    kelvar::DiagnosticOutput(kelvar::Text(text));
-  else
+  const auto general = Offered<HostGeneral>(host, HOST_GROUP_GENERAL);
+  const auto string = Offered<HostStringGroup>(host, HOST_GROUP_STRING);
+  if (!general.DiagnosticOutput || !string.FromUtf8 || !string.Destroy) {
     std::fprintf(stderr, "%s\n", text.c_str());
+    return;
+  }
+  HostString words = string.FromUtf8(text.data(), int64_t(text.size()));
+  general.DiagnosticOutput(&words);
+  string.Destroy(&words);
 }
 
 int32_t OpenEntry(HostTables* host, const HostFilename* modulePath) {
@@ -69,15 +85,15 @@ int32_t OpenEntry(HostTables* host, const HostFilename* modulePath) {
   if (!modulePath || !host || host->version < HOST_VERSION_MINIMUM) return kRefused;
   const std::string missing = tables::Resolve(host);
   if (!missing.empty()) {
-    ReportRefusal(missing);
+    ReportRefusal(*host, missing);
+    return kRefused;
+  }
+  static const ModuleInitialization pair = {sizeof(ModuleInitialization), 0, BringUpEntry, ShutdownEntry};
+  if (!kelvar::RegisterModuleInitialization(&pair)) {
+    ReportRefusal(*host, "it does not take the module's initialisation pair");
     return kRefused;
   }
   g_hasTables = true;
-  static const ModuleInitialization pair = {sizeof(ModuleInitialization), 0, BringUpEntry, ShutdownEntry};
-  if (!kelvar::RegisterModuleInitialization(&pair)) {
-    ReportRefusal("it does not take the module's initialisation pair");
-    return kRefused;
-  }
   g_modulePath = static_cast<HostFilename*>(kelvar::Alloc(sizeof(HostFilename)));
   if (!g_modulePath) return 1;
   tables::filename.Construct(g_modulePath);
@@ -95,11 +111,12 @@ void FreeResource() {
   if (!g_resource) return;
   g_resource->Close();
   g_resource = nullptr;
-  g_resourcePath = {};
+  *g_resourcePath = {};
 }
 
 int32_t CloseEntry() {
   if (--g_entryCount != 0) return 1;
+  if (g_hasTables) GeResource::SetSymbolHook(nullptr);
   PluginEnd();
   FreeResource();
   if (g_modulePath) {
@@ -107,6 +124,7 @@ int32_t CloseEntry() {
     kelvar::Free(g_modulePath);
     g_modulePath = nullptr;
   }
+  g_hasTables = false;
   return 1;
 }
 
@@ -150,16 +168,13 @@ bool StartPython() {
   PublishModuleLibrary();
   CreateModuleRegistry();
   RegisterThreadNode();
-  const int32_t state = LibraryRef()->CPyGilState_Ensure();
-  if (state < 0) return true;
-  const bool started = StartUnderLock();
-  LibraryRef()->CPyGilState_Release(state);
-  return started;
+  LibraryGilScope lock(LibraryRef());
+  return StartUnderLock();
 }
 
 bool PluginStart() {
   if (!g_languageInfo) return false;
-  if (LibraryRef() && !StartPython()) return false;
+  if (IsPythonPresent() && !StartPython()) return false;
   RegisterPythonField();
   RegisterPythonFieldLayer();
   kelvar::GePluginMessage(kMessagePythonReady, nullptr);
@@ -173,7 +188,6 @@ bool PluginStart() {
 
 bool HasHostTables() { return g_hasTables; }
 LanguageInfo* GetLanguageInfo() { return g_languageInfo; }
-GeResource* GetModuleResource() { return g_resource; }
 
 bool InitModule() {
   if (!g_modulePath || !OpenModuleResource()) return false;
@@ -197,7 +211,7 @@ bool OpenModuleResource() {
   Filename folder = reinterpret_cast<const Filename*>(g_modulePath)->GetDirectory();
   if (folder.Append(kelvar::Text("qlx.res"))) return false;
   g_resource = GeResource::Open(folder);
-  if (g_resource) g_resourcePath = folder;
+  if (g_resource) *g_resourcePath = folder;
   return g_resource != nullptr;
 }
 

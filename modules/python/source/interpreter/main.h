@@ -2,7 +2,6 @@
 #ifndef INTERPRETER_MAIN_H
 #define INTERPRETER_MAIN_H
 
-#include "kelvar/resource.h"
 #include "kelvar/string.h"
 
 namespace qlx {
@@ -20,9 +19,6 @@ bool HasHostTables();
 
 // Null before message 1 succeeded, and after the close.
 LanguageInfo* GetLanguageInfo();
-
-// The module's texts; null while message 1 has not opened them.
-GeResource* GetModuleResource();
 
 // The host's test of a name in a resource file.
 int32_t TestResourceSymbol(const HostString* name);

@@ -2,7 +2,7 @@
 
 #include "interpreter/messages.h"
 
-#include <string>
+#include <string_view>
 
 #include "boundary/guard.h"
 #include "interpreter/lib_python.h"
@@ -41,11 +41,9 @@ bool AnswerAllLoaded(void*) {
 
 bool AnswerLoadPlugins(void*) {
   if (!IsPythonPresent()) return false;
-  CPythonLibrary* library = LibraryRef();
-  const int32_t state = library->CPyGilState_Ensure();
+  LibraryGilScope lock(LibraryRef());
   if (tavor::Error error = RegisterSymbols(false)) LogError(error);
   const tavor::Error error = LoadAllPlugins(1);
-  library->CPyGilState_Release(state);
   if (error) LogError(error);
   return !error;
 }
@@ -118,9 +116,11 @@ int32_t TestResourceSymbol(const HostString* name) {
       [&]() -> int32_t {
         if (!name || !IsPythonPresent()) return -1;
         GilScope lock;
+        const std::string_view text = kelvar::View(*reinterpret_cast<const String*>(name));
+        PyObject* key = PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace");
         PyObject* dictionary = PackageDictionary();
-        const std::string text(kelvar::View(*reinterpret_cast<const String*>(name)));
-        PyObject* value = dictionary ? PyDict_GetItemString(dictionary, text.c_str()) : nullptr;
+        PyObject* value = key && dictionary ? PyDict_GetItemWithError(dictionary, key) : nullptr;
+        Py_XDECREF(key);
         return value && PyLong_Check(value) ? HOST_SYMBOL_KNOWN : -1;
       },
       int32_t(-1));

@@ -3,6 +3,7 @@
 #include "kit/i_cpython.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace qlx {
 namespace {
@@ -19,6 +20,22 @@ std::wstring Decode(const std::string& bytes) {
 }  // namespace
 
 #if PY_VERSION_HEX < 0x03080000
+
+namespace {
+
+// Only this version's own command line reads the variable.
+std::vector<std::wstring> WarningsOfEnvironment() {
+  const char* variable = std::getenv("PYTHONWARNINGS");
+  std::vector<std::wstring> words;
+  for (std::string rest = variable ? variable : ""; !rest.empty();) {
+    const size_t end = rest.find(',');
+    if (end != 0) words.push_back(Decode(rest.substr(0, end)));
+    rest = end == std::string::npos ? "" : rest.substr(end + 1);
+  }
+  return words;
+}
+
+}  // namespace
 
 std::string StartInterpreter(const StartSettings& settings) {
   Py_IgnoreEnvironmentFlag = !settings.useEnvironment;
@@ -49,6 +66,12 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.utf8_mode = -1;
   config.argc = -1;
   config.nmodule_search_path = -1;
+  static std::vector<std::wstring> warnings;
+  static std::vector<wchar_t*> warningWords;
+  if (settings.useEnvironment && !settings.isolated) warnings = WarningsOfEnvironment();
+  for (std::wstring& warning : warnings) warningWords.push_back(warning.data());
+  config.warnoptions = warningWords.data();
+  config.nwarnoption = int(warningWords.size());
   const _PyInitError error = _Py_InitializeFromConfig(&config);
   return _Py_INIT_FAILED(error) ? (error.msg ? error.msg : "unknown reason") : "";
 }
@@ -72,10 +95,6 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.parser_debug = settings.debugParser;
   config.install_signal_handlers = settings.signalHandlers;
   config.parse_argv = 0;
-#if PY_VERSION_HEX >= 0x030b0000
-  // The first entry of sys.path belongs to the script that runs, not to the start.
-  config.safe_path = 1;
-#endif
   PyPreConfig early;
   PyPreConfig_InitPythonConfig(&early);
   early.use_environment = settings.useEnvironment;

@@ -28,7 +28,7 @@ struct StartSettings {
 };
 
 // Starts the interpreter; the calling thread holds the lock afterwards. On failure the text
-// says why, nothing runs, and the process goes on.
+// says why, no script can run in this process, and the process goes on.
 std::string StartInterpreter(const StartSettings& settings);
 
 // Sets `sys.argv` in the bytes of the process; `sys.path` is left alone.

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "interpreter/lib_python.h"
+#include "interpreter/lib_python_output.h"
 #include "interpreter/messages.h"
 #include "kelvar/general.h"
 
@@ -32,8 +34,11 @@ void FreeModuleRegistry() { g_registry.reset(); }
 void RegisterDynamicModules() {
   if (!g_registry) return;
   kelvar::GePluginMessage(kMessageRegisterDynamic, nullptr);
-  for (PyTypeObject* type : g_registry->classes)
-    if (PyType_Ready(type) != 0) PyErr_Clear();
+  for (PyTypeObject* type : g_registry->classes) {
+    if (PyType_Ready(type) == 0) continue;
+    LogError(tavor::Error(std::string("the type '") + type->tp_name +
+                          "' can't be made ready: " + TakePendingErrorText()));
+  }
 }
 
 }  // namespace qlx

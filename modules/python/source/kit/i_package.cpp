@@ -3,6 +3,7 @@
 #include "kit/i_package.h"
 
 #include "interpreter/lib_python_lock.h"
+#include "kit/i_lasting.h"
 
 namespace qlx {
 namespace {
@@ -19,23 +20,22 @@ PyModuleDef g_definition = {
     nullptr,
 };
 
-KeptReference g_packageModule;
-KeptReference g_packageDictionary;
-KeptReference g_importedModule;
+Lasting<KeptReference> g_packageModule;
+Lasting<KeptReference> g_packageDictionary;
+Lasting<KeptReference> g_importedModule;
 
-PyObject* CreateQlxModule() {
-  PyObject* module = PyModule_Create(&g_definition);
-  if (module && PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) == 0) return module;
-  Py_XDECREF(module);
-  return nullptr;
+// What the package holds ahead of the host's symbols.
+bool InitPackageContents(PyObject* module) {
+  return PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) == 0;
 }
 
 }  // namespace
 
 PyObject* InitPackage() {
-  PyObject* module = CreateQlxModule();
+  PyObject* module = PyModule_Create(&g_definition);
   PyObject* dictionary = module ? PyModule_GetDict(module) : nullptr;
-  if (!dictionary) {
+  if (!dictionary || !InitPackageContents(module)) {
+    Py_XDECREF(module);
     // The reason is of no use to whoever imports; a null without an error would be a fault
     // of its own for the interpreter.
     PyErr_Clear();
@@ -43,9 +43,9 @@ PyObject* InitPackage() {
     return nullptr;
   }
   Py_INCREF(module);
-  g_packageModule = KeptReference::Adopt(module);
+  *g_packageModule = KeptReference::Adopt(module);
   Py_INCREF(dictionary);
-  g_packageDictionary = KeptReference::Adopt(dictionary);
+  *g_packageDictionary = KeptReference::Adopt(dictionary);
   return module;
 }
 
@@ -53,16 +53,16 @@ tavor::Error ImportPackage() {
   PyObject* module = PyImport_ImportModule("qlx");
   PyErr_Clear();
   if (!module) return tavor::Error("unable to import qlx module");
-  g_importedModule = KeptReference::Adopt(module);
+  *g_importedModule = KeptReference::Adopt(module);
   return {};
 }
 
-PyObject* PackageDictionary() { return g_packageDictionary.Get(); }
+PyObject* PackageDictionary() { return g_packageDictionary->Get(); }
 
 void ReleasePackage() {
-  g_packageModule.Drop();
-  g_packageDictionary.Drop();
-  g_importedModule.Drop();
+  g_packageModule->Drop();
+  g_packageDictionary->Drop();
+  g_importedModule->Drop();
 }
 
 // The constants come with the types that they belong to.

@@ -176,11 +176,10 @@ typedef struct VirtualMachineInterface {
    * fails   null */
   TavorObject* (*GetLibraryRef)(VirtualMachine* self);
 
-  /* The files of the interpreter libraries that this machine can use, a line each, the one
-   * in use first.
+  /* The files of the interpreter libraries that this machine has loaded, a line each.
    * owner   the caller
    * thread  any
-   * waits   disk
+   * waits   no
    * since   23100
    * fails   empty */
   HostString (*GetAllAvailableVirtualMachineLibraries)(VirtualMachine* self);
