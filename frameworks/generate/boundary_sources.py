@@ -181,7 +181,8 @@ def write_tables_header(tables):
         elif t.service:
             lines.append(f"// Resolved through g_tavor on first use.\nconst {t.struct}& {t.stem}();")
     lines += ["", "// Copies what the host offers. A text names each required entry that it lacks; empty: none.",
-              "std::string Resolve(const HostTables* host);", "", "}  // namespace tables", ""]
+              "std::string Resolve(const HostTables* host);", "", "// Puts the stand-ins back.", "void Forget();", "",
+              "}  // namespace tables", ""]
     for t in tables:
         lines.append(f"namespace standin::{t.stem} {{")
         lines += [f"{e.declaration(e.name)};" for e in t.entries]
@@ -207,8 +208,10 @@ def write_tables_source(tables):
         filled = f"{{sizeof({t.struct}), 0" if t.group else f'{{{{sizeof({t.struct}), 1, "{t.identity}"}}'
         data = ", nullptr" * (t.words - (1 if t.group else 2))
         entries = "".join(f", &standin::{t.stem}::{e.name}" for e in t.entries)
-        name = t.stem if t.group else f"{t.stem}Fallback"
-        lines.append(f"{'' if t.group else 'static const '}{t.struct} {name} = {filled}{data}{entries}}};")
+        name = f"{t.stem}{'StandIns' if t.group else 'Fallback'}"
+        lines.append(f"static constexpr {t.struct} {name} = {filled}{data}{entries}}};")
+        if t.group:
+            lines.append(f"{t.struct} {t.stem} = {name};")
         lines.append("")
         if t.service:
             lines.append(f"const {t.struct}& {t.stem}() {{\n"
@@ -218,12 +221,13 @@ def write_tables_source(tables):
     lines.append("std::string Resolve(const HostTables* host) {\n  std::string missing;")
     for t in groups:
         required = ", ".join(f'{{offsetof({t.struct}, {e.name}), "{e.name}"}}' for e in t.entries if e.required)
-        lines.append(f"  static const {t.struct} {t.stem}StandIns = {t.stem};")
         lines.append(f'  const {t.struct} {t.stem}Offered = boundary::ResolveGroup(\n'
                      f'      host, {t.group}, "{t.stem}", {t.stem}StandIns, {{{required}}}, missing);')
     lines.append("  if (!missing.empty()) return missing;")
     lines += [f"  {t.stem} = {t.stem}Offered;" for t in groups]
-    lines += ["  return missing;", "}", "", "}  // namespace tables", ""]
+    lines += ["  return missing;", "}", "", "void Forget() {"]
+    lines += [f"  {t.stem} = {t.stem}StandIns;" for t in groups]
+    lines += ["}", "", "}  // namespace tables", ""]
     return "\n".join(lines)
 
 

@@ -125,6 +125,7 @@ int32_t CloseEntry() {
     g_modulePath = nullptr;
   }
   g_hasTables = false;
+  tables::Forget();
   return 1;
 }
 
