@@ -35,9 +35,9 @@ includes() {
 }
 
 report "The interpreter's lock has one door, $lock_header" \
-  "$(search '\b(PyGILState_(Ensure|Release)|PyEval_(Save|Restore)Thread)\b' "${layers[@]}" | grep -v "^$lock_header:")"
+  "$(search '\b(PyGILState_(Ensure|Release)|PyEval_(Save|Restore|Acquire|Release)(Thread|Lock)|PyThreadState_Swap|Py_(BEGIN|END)_ALLOW_THREADS|Py_(UN)?BLOCK_THREADS)\b' "${layers[@]}" | grep -v "^$lock_header:")"
 report "Versions of the interpreter are told apart in kit/i_cpython.h and i_cpython.cpp only" \
-  "$(search '\bPY_VERSION_HEX\b' "${layers[@]}" | grep -vE '/kit/i_cpython\.(h|cpp):')"
+  "$(search '\bPY_(VERSION_HEX|M[A-Z]+_VERSION)\b' "${layers[@]}" | grep -vE '/kit/i_cpython\.(h|cpp):')"
 report "The module and the frameworks know nothing of the host" "$(includes host modules frameworks)"
 report "The host and the frameworks know nothing of the module" "$(includes modules host frameworks)"
 

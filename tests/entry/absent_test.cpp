@@ -1,8 +1,13 @@
 // The module without Python, and messages out of order.
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdio>
+#include <fstream>
 #include <thread>
 
 #include "session.h"
@@ -27,6 +32,14 @@ struct ForeignLibrary {
 ForeignMachine* Self(VirtualMachine* self) { return reinterpret_cast<ForeignMachine*>(self); }
 
 constexpr TavorHead kForeignLibraryTable = {sizeof(TavorHead), 1, "org.example.library"};
+// Says that its interpreter runs, which is none that the module knows.
+const CPythonLibraryInterface kPretendingTable = [] {
+  CPythonLibraryInterface table{};
+  table.head = {sizeof table, 1, "net.tavor.python.interface.python.cpythonlibrary"};
+  table.CPy_IsInitialized = [](CPythonLibrary*) { return int32_t(1); };
+  table.CPyGilState_Ensure = [](CPythonLibrary*) { return int32_t(0); };
+  return table;
+}();
 // The table ends behind GetLibraryRef, as that of an older machine does.
 const VirtualMachineInterface kForeignTable = [] {
   VirtualMachineInterface table{};
@@ -39,7 +52,8 @@ const VirtualMachineInterface kForeignTable = [] {
     Self(self)->flags = fake::datadictionary::GetInt(settings, CPYTHON_INTERPRETERFLAGS, -1);
     Self(self)->runtime = runtime;
     std::this_thread::sleep_for(std::chrono::milliseconds(Self(self)->milliseconds));
-    if (Self(self)->fails) return {HOST_RESULT_ERROR, 0, nullptr, fake::string::FromUtf8("foreign words", 13)};
+    if (Self(self)->fails)
+      return {HOST_RESULT_ERROR, 7, "foreign.c", fake::string::FromUtf8("foreign words", 13)};
     return {};
   };
   table.Free = [](VirtualMachine* self) { ++Self(self)->ends; };
@@ -53,9 +67,9 @@ VirtualMachineClass foreignClass = {sizeof(VirtualMachineClass), 0, [] {
 
 class AbsentTest : public EntryTest {
  public:
-  void UseForeignMachine(bool fails, int milliseconds = 0) {
+  void UseForeignMachine(bool fails, int milliseconds = 0, const TavorHead* library = &kForeignLibraryTable) {
     foreign.table = &kForeignTable;
-    foreignLibrary.table = &kForeignLibraryTable;
+    foreignLibrary.table = library;
     foreign.fails = fails;
     foreign.milliseconds = milliseconds;
     app.registry[kMachineClasses][kMachineClass] = &foreignClass;
@@ -64,6 +78,11 @@ class AbsentTest : public EntryTest {
     for (const LogLine& line : app.log)
       if (line.level == LOGGER_LEVEL_ALL && line.text.find(words) != std::string::npos) return true;
     return false;
+  }
+  // Runs at the start of the interpreter.
+  void Customize(const std::string& source) {
+    std::ofstream(app.root / "sitecustomize.py") << source;
+    setenv("PYTHONPATH", app.root.c_str(), 1);
   }
 };
 
@@ -77,27 +96,41 @@ void PrintTo(const Reason& reason, std::ostream* stream) { *stream << reason.nam
 
 class ReasonTest : public AbsentTest, public testing::WithParamInterface<Reason> {};
 
+constexpr HostResult kRefused = {HOST_RESULT_ERROR, 7, "registry.c"};
+
 const Reason kReasons[] = {
     {"NoLibrary", [](auto&) { WithoutInterpreter(); }, {"/nonexistent/lib.so"}},
     {"NotALibrary", [](auto&) { setenv("QLX_PYTHON_LIBRARY", "/etc/passwd", 1); }, {"/etc/passwd"}},
     {"AnotherLibrary", [](auto&) { setenv("QLX_PYTHON_LIBRARY", "libm.so.6", 1); }, {"libm.so.6"}},
+    {"AnotherVersion",
+     [](auto&) { setenv("QLX_PYTHON_LIBRARY", OTHER_PYTHON, 1); },
+     {OTHER_PYTHON, PYTHON_VERSION, "3.99.0"}},
+    {"NoSearchPath", [](auto& test) { test.Customize("import sys\nsys.path = ()\n"); }, {"sys.path"}},
     {"BrokenHome",
      [](auto&) { setenv("PYTHONHOME", "/nonexistent/home", 1); },
      {"/nonexistent/home", "standard library"}},
     {"RegistryRefuses",
-     [](auto&) { fake::registry::Insert = [](auto...) { return HostResult{HOST_RESULT_ERROR}; }; },
-     {""}},
+     [](auto&) { fake::registry::Insert = [](auto...) { return kRefused; }; },
+     {"the operation failed", "no virtual machine is registered"}},
     {"RegistryRefusesTheMachine",
      [](auto&) {
        fake::registry::Insert = [insert = fake::registry::Insert](const char* name, const char* id,
                                                                   void* object) {
-         return name == std::string(kMachines) ? HostResult{HOST_RESULT_ERROR} : insert(name, id, object);
+         return name == std::string(kMachines) ? kRefused : insert(name, id, object);
        };
      },
-     {""}},
-    {"NoDictionary", [](auto&) { fake::datadictionary::Create = [] { return nullptr; }; }, {""}},
+     {"the operation failed"}},
+    {"NoDictionary",
+     [](auto&) { fake::datadictionary::Create = [] { return nullptr; }; },
+     {"no settings for the virtual machine"}},
     {"ForeignMachineFails", [](auto& test) { test.UseForeignMachine(true); }, {"foreign words"}},
     {"ForeignLibrary", [](auto& test) { test.UseForeignMachine(false); }, {}},
+    {"ForeignLibraryPretends",
+     [](auto& test) {
+       WithoutInterpreter();
+       test.UseForeignMachine(false, 0, &kPretendingTable.head);
+     },
+     {}},
 };
 
 TEST_P(ReasonTest, TheModuleStaysLoadedWithoutPython) {
@@ -105,6 +138,9 @@ TEST_P(ReasonTest, TheModuleStaysLoadedWithoutPython) {
   RoundWithoutPython();
   for (const char* words : GetParam().words) EXPECT_TRUE(Logged(words)) << words << " not in: " << app.Output();
   EXPECT_EQ(Logged(""), !GetParam().words.empty()) << app.Output();
+  for (const LogLine& line : app.log)
+    EXPECT_TRUE(line.line > 0 && line.file[0] != '-' && line.file[0] != '/')
+        << line.file << ":" << line.line << " of " << line.text;
   EXPECT_EQ(foreign.references, 0);
 }
 
@@ -113,6 +149,7 @@ INSTANTIATE_TEST_SUITE_P(Reasons, ReasonTest, testing::ValuesIn(kReasons),
 
 TEST_F(AbsentTest, ForeignMachineIsStartedAndEndedOnce) {
   UseForeignMachine(false);
+  *yieldDelegate = [](CpuYieldRecord*, void*) { ADD_FAILURE() << "nobody waits"; };
   RoundWithoutPython();
   EXPECT_EQ(foreign.starts, 1);
   EXPECT_EQ(foreign.ends, 1);
@@ -176,25 +213,34 @@ TEST_F(AbsentTest, FailuresOfSingleEntries) {
   EXPECT_EQ(Close(), 1);
 }
 
+// Each round has a process of its own, since an interpreter starts once in a process.
 TEST_F(AbsentTest, AnyAllocationOfTheHostMayFail) {
-  WithoutInterpreter();
-  int failing = 0;
-  for (bool failed = true; failed; ++failing) {
-    ASSERT_LT(failing, 500);
-    SCOPED_TRACE(failing);
-    app.ledger.FailAt(-1);
-    Path path(app.modulePath);
-    app.ledger.FailAt(failing);
-    EXPECT_EQ(Call(QLX_ACTION_OPEN, &app.tables, nullptr, path.Word()), 1);
-    TakeError(app.pair.BringUp());
-    const bool ready = Message(HOST_MESSAGE_INIT) == 1;
-    EXPECT_EQ(Call(QLX_ACTION_PLUGIN_START), ready);
-    EndStages(-1);
-    app.pair.Shutdown();
-    EXPECT_EQ(Close(), 1);
-    failed = app.ledger.Failed();
+  for (const bool python : {true, false}) {
+    app.identity = python ? "net.tavor.application.python" : "net.tavor.application.test";
+    if (!python) WithoutInterpreter();
+    bool failed = true;
+    for (int failing = 0; failed; ++failing) {
+      ASSERT_LT(failing, 500);
+      SCOPED_TRACE(failing);
+      const pid_t child = fork();
+      if (child == 0) {
+        app.ledger.FailAt(failing);
+        EXPECT_EQ(Open(), 1);
+        TakeError(app.pair.BringUp());
+        Message(HOST_MESSAGE_INIT);
+        Call(QLX_ACTION_PLUGIN_START);
+        End(InterpreterUp() ? 1 : -1);
+        TearDown();
+        std::fflush(nullptr);
+        _exit(HasFailure() ? 2 : app.ledger.Failed());
+      }
+      int status = 0;
+      ASSERT_EQ(waitpid(child, &status, 0), child);
+      ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) < 2) << status;
+      failed = WEXITSTATUS(status);
+      EXPECT_TRUE(failed || failing > 5) << "the module hardly asks the host for anything";
+    }
   }
-  EXPECT_GT(failing, 5) << "the module hardly asks the host for anything";
 }
 
 TEST_F(AbsentTest, LoggerOutput) {

@@ -238,6 +238,7 @@ void FakeApplication::InstallServices() {
   application::GetIdentity = [this] { return MakeText(identity); };
   application::GetArgumentCount = [this] { return int32_t(arguments.size()); };
   application::GetArgument = [this](int32_t index) { return MakeText(arguments.at(size_t(index))); };
+  application::GetExecutable = [this] { return MakePath(startup + "/application"); };
   application::RegisterModuleInfo = [this](const char* id, const HostString* shortName,
                                            const HostString* longName, const HostString* version) {
     const std::lock_guard lock(mutex_);
@@ -283,9 +284,10 @@ void FakeApplication::InstallServices() {
     self->outputs.emplace_back(output, level);
     return HostResult{};
   };
-  logger::Write = [this](Logger* self, int32_t, int32_t level, const HostString* text, const char*, int32_t) {
+  logger::Write = [this](Logger* self, int32_t, int32_t level, const HostString* text, const char* file,
+                         int32_t line) {
     const std::lock_guard lock(mutex_);
-    log.push_back({self, level, ::View(text)});
+    log.push_back({self, level, ::View(text), file ? file : "-", line});
   };
   logger::Remove = [this](Logger* self) {
     EXPECT_NE(self, &defaultLogger);

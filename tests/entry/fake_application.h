@@ -42,6 +42,8 @@ struct LogLine {
   Logger* logger;
   int32_t level;
   std::string text;
+  std::string file;  // "-": null
+  int32_t line;
 };
 
 class FakeApplication {

@@ -131,6 +131,9 @@ void FakeApplication::InstallValues() {
     return Value(self).c_str();
   };
   fake::string::Decode = Decode;
+  fake::string::FromBytes = [](const char* bytes, int64_t size) {
+    return Make<HostString>({bytes, size_t(size)});
+  };
 
   fake::filename::Construct = [](HostFilename* self) { self->word = nullptr; };
   fake::filename::Copy = [](const HostFilename* self) { return Make<HostFilename>(Value(self)); };

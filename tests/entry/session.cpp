@@ -76,9 +76,8 @@ int32_t EntryTest::Start() {
   return Call(QLX_ACTION_PLUGIN_START);
 }
 
-void EntryTest::StartWhole(std::optional<int32_t> started) {
-  const int32_t answer = Start();
-  EXPECT_EQ(answer, started.value_or(answer)) << app.Output();
+void EntryTest::StartWhole(int32_t started) {
+  EXPECT_EQ(Start(), started) << app.Output();
   EXPECT_EQ(Message(HOST_MESSAGE_ALL_LOADED), 1);
   EXPECT_EQ(Message(HOST_MESSAGE_LOAD_PLUGINS), 1);
   ASSERT_TRUE(InterpreterUp()) << app.Output();

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <optional>
 #include <string>
 
 #include "fake_application.h"
@@ -61,8 +60,8 @@ class EntryTest : public testing::Test {
   std::string BringUp() { return TakeError(app.pair.BringUp()); }
   // Action 1, the initialisation stage, message 1 and action 2, whose answer it gives.
   int32_t Start();
-  // A whole start with Python there; action 2 answers `started`, unless that does not matter.
-  void StartWhole(std::optional<int32_t> started = 1);
+  // A whole start with Python there; action 2 answers `started`.
+  void StartWhole(int32_t started = 1);
   // The three end stages, each with the same answer.
   void EndStages(int32_t answer);
   // The end stages, the other half of the initialisation pair, and action 3.

@@ -41,6 +41,7 @@ class InterpreterTest(unittest.TestCase):
         self.assertIn(os.path.join(home, "library", "python", "packages", "linux64"), sys.path)
         self.assertIn(os.path.join(home, "prefs", "python37"), sys.path)
         self.assertEqual(sys.path[0], os.path.dirname(os.path.abspath(sys.argv[0])))
+        self.assertFalse(getattr(sys.flags, "safe_path", False))
 
     def test_extension_modules_resolve_against_the_library(self):
         import ctypes

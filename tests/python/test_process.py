@@ -44,16 +44,19 @@ class ProcessTest(unittest.TestCase):
 
     def test_faults_of_a_script_are_reported(self):
         cases = [
-            ("raise ValueError('bad')", "ValueError: bad"),
-            ("def f(:", "SyntaxError"),
-            (b"x = '\xff'", "SyntaxError"),
-            ("import missing_module", "ModuleNotFoundError"),
+            ("raise ValueError('bad')", 1, "ValueError: bad"),
+            ("def f(:", 1, "SyntaxError"),
+            (b"x = '\xff'", 1, "SyntaxError"),
+            ("import missing_module", 1, "ModuleNotFoundError"),
+            ("import sys\nsys.excepthook = lambda *error: sys.exit(5)\n1/0", 5, r"\A\Z"),
+            ("import sys\nsys.excepthook = lambda: 0\n1/0", 1,
+             r"(?s)Error in sys\.excepthook:.*TypeError.*Original exception was:.*ZeroDivisionError"),
         ]
-        for text, expected in cases:
+        for text, expected_code, expected in cases:
             with self.subTest(text=text):
                 code, out, err = self.run_qlxpy(self.write("script.py", text))
-                self.assertEqual((code, out), (1, ""))
-                self.assertIn(expected, err)
+                self.assertEqual((code, out), (expected_code, ""))
+                self.assertRegex(err, expected)
 
     def test_files_that_cannot_run(self):
         cases = [("nowhere.py", "no such file or directory"), (".", "is a directory")]
@@ -64,16 +67,47 @@ class ProcessTest(unittest.TestCase):
                 self.assertIn("can't open file '%s': %s" % (path, reason), err)
 
     def test_wrong_command_lines(self):
-        for arguments, expected in ((["-c"], "-c"), (["-z"], "-z"), (["-m"], "-m")):
+        missing = "argument expected for the %s option"
+        for arguments, expected in ((["-c"], missing % "-c"), (["-z"], "unknown option -z"), (["-m"], missing % "-m")):
             with self.subTest(arguments=arguments):
                 code, out, err = self.run_qlxpy(*arguments)
                 self.assertEqual((code, out), (2, ""))
-                self.assertIn(expected, err)
+                self.assertEqual(err.count(expected), 1, err)
+                self.assertNotIn("no python vm found", err)
 
     def test_a_script_file_sees_its_name_its_folder_and_its_arguments(self):
         self.write("neighbour.py", "VALUE = 7")
         path = self.write("script.py", "import sys, neighbour\nprint(__name__, __file__, sys.argv[1:], neighbour.VALUE)")
         self.assertEqual(self.run_qlxpy(path, "x", "--y"), (0, "__main__ %s ['x', '--y'] 7\n" % path, ""))
+
+    def test_names_and_arguments_that_are_not_utf8(self):
+        for folder in ("", "d\udcff/"):
+            with self.subTest(folder=folder):
+                self.write(folder + "neighbour\udcfe.py", "VALUE = 7")
+                self.write(folder + "\udcff.py", "import sys\nprint(ascii(sys.argv), ascii(__file__), end=' ')\n"
+                           "print(__import__('neighbour\\udcfe').VALUE)")
+                name = folder + "\udcff.py"
+                out = "%a %a 7\n" % ([name, "\udcfd"], name)
+                self.assertEqual(self.run_qlxpy(name, "\udcfd"), (0, out, ""))
+
+    def test_a_process_of_multiprocessing_has_the_functions_of_the_script(self):
+        path = self.write("script.py", "import multiprocessing\n"
+                          "def work(): print('works', flush=True)\n"
+                          "if __name__ == '__main__':\n"
+                          "    process = multiprocessing.get_context('spawn').Process(target=work)\n"
+                          "    process.start()\n"
+                          "    process.join()\n"
+                          "    print(process.exitcode)\n")
+        self.assertEqual(self.run_qlxpy(path), (0, "works\n0\n", ""))
+
+    def test_environment(self):
+        cases = [
+            (dict(PYTHONWARNINGS="ignore,error::UserWarning"), "['ignore', 'error::UserWarning']\n"),
+            (dict(QLX_PYTHON_LIBRARY="", PYTHONWARNINGS=""), "[]\n"),
+        ]
+        for variables, out in cases:
+            with self.subTest(variables=variables):
+                self.assertEqual(self.run_qlxpy("-c", "import sys; print(sys.warnoptions)", **variables), (0, out, ""))
 
     def test_modules_and_standard_input_run_as_programs(self):
         code, out, err = self.run_qlxpy("-m", "json.tool", stdin=b'{"a":1}')
@@ -86,7 +120,6 @@ class ProcessTest(unittest.TestCase):
             ("raise ValueError('of the start')", "ValueError: of the start"),
             ("def f(:", "SyntaxError"),
             (b"# \xe4\n", "UTF-8"),
-            ("1/0", "ZeroDivisionError"),
         ]
         for text, expected in faults:
             with self.subTest(text=text):
@@ -99,17 +132,23 @@ class ProcessTest(unittest.TestCase):
         expected = "__main__ %s\nTrue\n" % os.path.join(self.home, init)
         self.assertEqual(self.run_qlxpy("-c", "import qlx, seen; print(seen is qlx)"), (0, expected, ""))
 
-    def test_a_startup_script_that_is_a_folder(self):
-        os.makedirs(os.path.join(self.home, "prefs/python37/python_init.py"))
-        code, out, err = self.run_qlxpy("-c", "print('goes on')")
-        self.assertEqual((code, out), (0, "goes on\n"))
-        self.assertIn("is a folder", err)
+    def test_a_startup_script_that_is_no_file(self):
+        path = os.path.join(self.home, "prefs/python37/python_init.py")
+        os.makedirs(os.path.dirname(path))
+        cases = [(os.mkdir, os.rmdir, "is a folder"), (os.mkfifo, os.remove, "is not a regular file")]
+        for make, remove, reason in cases:
+            with self.subTest(reason=reason):
+                make(path)
+                code, out, err = self.run_qlxpy("-c", "print('goes on')")
+                self.assertEqual((code, out), (0, "goes on\n"))
+                self.assertIn("'%s' %s" % (path, reason), err)
+                remove(path)
 
     def test_a_startup_script_can_ask_the_host_to_end(self):
         self.write("prefs/python37/python_init.py", "import sys\nsys.exit(3)")
-        code, out, err = self.run_qlxpy("-c", "print('never')")
-        self.assertEqual((code, out), (0, ""))
-        self.assertNotIn("Traceback", err)
+        self.assertEqual(self.run_qlxpy("-c", "print('never')"), (3, "", ""))
+        self.write("prefs/python37/python_init.py", "import sys\nsys.excepthook = lambda *error: sys.exit(5)\n1/0")
+        self.assertEqual(self.run_qlxpy("-c", "print('never')")[:2], (5, ""))
 
     def test_threads_left_running(self):
         cases = [
@@ -117,6 +156,8 @@ class ProcessTest(unittest.TestCase):
             ("threading.Thread(target=lambda: (time.sleep(0.3), print('waited for'))).start()", "waited for\n"),
             ("def spin():\n  while True: pass\nthreading.Thread(target=spin, daemon=True).start()", ""),
             ("atexit.register(print, 'at exit')", "at exit\n"),
+            ("from concurrent.futures import ThreadPoolExecutor as Pool\n"
+             "pool = Pool(1)\nprint(pool.submit(int).result())", "0\n"),
         ]
         for text, out in cases:
             with self.subTest(text=text):

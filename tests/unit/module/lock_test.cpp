@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "interpreter/lib_python_lock.h"
@@ -55,6 +57,30 @@ TEST_F(LockTest, KeptReferencesGoUnderTheLockOrNotAtAll) {
   EXPECT_FALSE(qlx::IsPythonRunning());
   late.Drop();  // must not touch the object or the lock
   EXPECT_FALSE(late);
+}
+
+TEST_F(LockTest, TheEndFindsAThreadThatDropsAReference) {
+  KeptReference kept;
+  {
+    GilScope lock;
+    kept = KeptReference::Adopt(PyList_New(0));
+    // The end goes through this destructor, and lets others at the lock there.
+    const char* source =
+        "import time\n"
+        "class D:\n  def __del__(self, sleep=time.sleep): sleep(0.1)\n"
+        "d = D()\n";
+    ASSERT_EQ(PyRun_SimpleString(source), 0);
+  }
+  bool returned = false;
+  qlx::TakeLockForEnd();
+  std::thread other([&] {
+    { const KeptReference last(std::move(kept)); }
+    returned = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(Py_FinalizeEx(), 0);
+  other.join();
+  EXPECT_FALSE(returned) << "the interpreter ends a thread that waits for it";
 }
 
 TEST_F(LockTest, AWindowLetsAnotherThreadIn) {

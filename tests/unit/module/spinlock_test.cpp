@@ -16,15 +16,11 @@ struct Call {
   void* address;
 };
 std::vector<Call> g_calls;
-std::atomic<int> g_yields{0};
 
 void Record(CpuYieldRecord* record, void* address) {
   g_calls.push_back({record->count, record->step, address});
 }
-void Yield(CpuYieldRecord*, void*) {
-  ++g_yields;
-  std::this_thread::yield();
-}
+void Yield(CpuYieldRecord*, void*) { std::this_thread::yield(); }
 
 class BackOffTest : public testing::Test {
  protected:
@@ -50,7 +46,7 @@ TEST_F(BackOffTest, CallsTheDelegateOnceTheCountPassesItsLimit) {
   EXPECT_EQ(g_calls.size(), 2u);
 }
 
-TEST_F(BackOffTest, StepDoublesAndStartsAnew) {
+TEST_F(BackOffTest, TheFirstTurnCanYieldAtOnce) {
   g_tavor.yieldFirst = 1;
   qlx::BackOff wait(&place_);
   wait.Turn();
@@ -61,6 +57,20 @@ TEST_F(BackOffTest, StepDoublesAndStartsAnew) {
   EXPECT_EQ(g_calls.size(), 1u) << "only the first turn yields at once";
 }
 
+TEST_F(BackOffTest, StepDoublesAndStartsAnew) {
+  qlx::BackOff wait(&place_);
+  for (int turn = 0; turn < 5 * 6 + 8; ++turn) wait.Turn();
+  ASSERT_GT(g_calls.size(), 8u);
+  // A call tells the step of the turn to come.
+  std::vector<int32_t> steps, counted;
+  for (auto call = g_calls.end() - 8; call != g_calls.end(); ++call) {
+    steps.push_back(call[-1].step);
+    counted.push_back(call->count - call[-1].count);
+  }
+  EXPECT_EQ(steps, (std::vector<int32_t>{16, 32, 64, 128, 256, 512, 16, 32}));
+  EXPECT_EQ(counted, steps);
+}
+
 TEST_F(BackOffTest, ReleaseTellsTheDelegate) {
   qlx::BackOff::Wake(&place_);
   ASSERT_EQ(g_calls.size(), 1u);
@@ -68,12 +78,18 @@ TEST_F(BackOffTest, ReleaseTellsTheDelegate) {
   EXPECT_EQ(g_calls[0].address, &place_);
 }
 
-TEST_F(BackOffTest, AVeryLongWaitDoesNotOverflow) {
-  g_CpuYieldDelegate = Yield;
+TEST_F(BackOffTest, AVeryLongWaitIsNoRelease) {
+  // The delegate moves the count close to its end, which takes minutes by waiting.
+  g_tavor.yieldFirst = 1;
+  g_CpuYieldDelegate = [](CpuYieldRecord* record, void* address) {
+    Record(record, address);
+    if (record->count == 0) record->count = 2147483647 - 20;
+  };
   qlx::BackOff wait(&place_);
-  // The count stands still at its end instead of going round.
-  for (int turn = 0; turn < 200000; ++turn) wait.Turn();
-  EXPECT_GT(g_yields.load(), 199000);
+  for (int turn = 0; turn < 8; ++turn) wait.Turn();
+  ASSERT_EQ(g_calls.size(), 9u);
+  EXPECT_EQ(g_calls[1].count, 2147483647 - 4);
+  for (size_t i = 2; i < g_calls.size(); ++i) EXPECT_EQ(g_calls[i].count, 2147483646) << i;
 }
 
 TEST(SpinLockTest, ExcludesEightThreads) {
