@@ -14,7 +14,8 @@ namespace boundary {
 // Runs an entry; an exception becomes the entry's documented failure. A thread that is being
 // cancelled unwinds on; its unwinding carries no object, which a sanitizer takes for a fault.
 template <class Function, class Failure>
-__attribute__((no_sanitize("undefined"))) auto Guard(Function&& function, Failure failure) -> std::invoke_result_t<Function> {
+__attribute__((no_sanitize("undefined"))) auto Guard(Function&& function, Failure failure)
+    -> std::invoke_result_t<Function> {
   try {
     return function();
   } catch (abi::__forced_unwind&) {

@@ -51,14 +51,12 @@ struct Taken {
   }
 };
 
-}  // namespace
-
-void PrintPendingError() {
-  const Taken error;
-  if (!error.type) return;
+// Shows an error through `sys.excepthook`; a hook that fails is shown with it.
+void Show(const Taken& error) {
+  PyObject* traceback = error.traceback ? error.traceback : Py_None;
   PySys_SetObject("last_type", error.type);
   PySys_SetObject("last_value", error.value);
-  PySys_SetObject("last_traceback", error.traceback ? error.traceback : Py_None);
+  PySys_SetObject("last_traceback", traceback);
   PyErr_Clear();
   PyObject* hook = PySys_GetObject("excepthook");
   if (!hook) {
@@ -67,16 +65,41 @@ void PrintPendingError() {
     return;
   }
   Py_INCREF(hook);
-  PyObject* done = PyObject_CallFunctionObjArgs(hook, error.type, error.value,
-                                                error.traceback ? error.traceback : Py_None, nullptr);
+  PyObject* done = PyObject_CallFunctionObjArgs(hook, error.type, error.value, traceback, nullptr);
   Py_DECREF(hook);
   Py_XDECREF(done);
-  if (done || PyErr_ExceptionMatches(PyExc_SystemExit)) return;
+  if (done || IsSystemExitPending()) return;
   const Taken fault;
   PySys_WriteStderr("Error in sys.excepthook:\n");
   PyErr_Display(fault.type, fault.value, fault.traceback);
   PySys_WriteStderr("\nOriginal exception was:\n");
   PyErr_Display(error.type, error.value, error.traceback);
+}
+
+// An error is seen at once, behind what was printed ahead of it.
+void FlushStreams() {
+  for (const char* name : {"stdout", "stderr"}) {
+    PyObject* stream = PySys_GetObject(name);
+    if (!stream || stream == Py_None) continue;
+    Py_INCREF(stream);
+    Py_XDECREF(PyObject_CallMethod(stream, "flush", nullptr));
+    Py_DECREF(stream);
+    PyErr_Clear();
+  }
+}
+
+}  // namespace
+
+void PrintPendingError() {
+  const Taken error;
+  if (!error.type) return;
+  Show(error);
+  // An exit that the hook asks for stays pending.
+  const bool exits = IsSystemExitPending();
+  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+  if (exits) PyErr_Fetch(&type, &value, &traceback);
+  FlushStreams();
+  if (exits) PyErr_Restore(type, value, traceback);
 }
 
 void PrintBridgeError() {
