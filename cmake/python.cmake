@@ -18,7 +18,8 @@ message(STATUS "Python ${QLX_PYTHON_VERSION} from ${QLX_PYTHON_LIBRARY}")
 # Headers for code that ends up in the module.
 add_library(python_headers INTERFACE)
 target_include_directories(python_headers SYSTEM INTERFACE ${QLX_PYTHON_INCLUDE})
-target_include_directories(python_headers INTERFACE ${CMAKE_BINARY_DIR}/generated/python)
+# As a system's header, for what compilers say of names that a file does not use.
+target_include_directories(python_headers SYSTEM INTERFACE ${CMAKE_BINARY_DIR}/generated/python)
 target_compile_options(python_headers INTERFACE -include python_weak.h)
 
 # Headers and library, for tests and benchmarks that are programs of their own.

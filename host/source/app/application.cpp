@@ -38,6 +38,10 @@ Application::Application(int argc, char** argv) {
 
 int Application::Run() {
   CreateHome();
+  if (const auto& scene = GetSettings().scene; !scene.empty()) {
+    Fail(fmt::format("can't open the scene '{}': this host has no documents yet", scene));
+    return ExitCode();
+  }
   try {
     const Module module(FindModule());
     if (Open(module)) RunOpened(module);

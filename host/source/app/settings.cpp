@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <stdexcept>
 
+#include "app/command_line.h"
 #include "tables/tables.h"
 
 namespace host {
@@ -35,14 +37,36 @@ void Configuration::Set(const char* name, int32_t value) {
   values_[name] = value;
 }
 
+bool Configuration::Change(const std::string& name, int32_t value) {
+  std::lock_guard guard(lock_);
+  const auto found = values_.find(name);
+  if (found == values_.end()) return false;
+  found->second = value;
+  return true;
+}
+
+std::string Configuration::Names() const {
+  std::lock_guard guard(lock_);
+  std::string names;
+  for (const auto& [name, value] : values_) names += (names.empty() ? "" : ", ") + name;
+  return names;
+}
+
 Settings& GetSettings() { return Lasting<Settings>(); }
 
 void InitSettings(int argc, char** argv) {
   Settings& settings = GetSettings();
-  settings.arguments.assign(argv, argv + argc);
+  const HostOptions options = TakeHostOptions({argv, argv + argc});
+  settings.arguments = options.arguments;
+  for (const std::string& folder : options.plugins) settings.plugins.push_back(fs::absolute(folder));
+  settings.scene = options.open;
+  for (const auto& [name, value] : options.set)
+    if (!settings.configuration.Change(name, value))
+      throw std::invalid_argument("--set " + name + ": there is no such configuration variable; known are " +
+                                  settings.configuration.Names());
   settings.executable = fs::read_symlink("/proc/self/exe");
   settings.startup = settings.executable.parent_path().parent_path() / "lib";
-  settings.home = FindHome();
+  settings.home = options.home.empty() ? FindHome() : fs::absolute(options.home);
   settings.mainThread = std::this_thread::get_id();
 }
 

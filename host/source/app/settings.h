@@ -19,6 +19,10 @@ class Configuration {
   int32_t Get(const char* name, int32_t fallback) const;
   void Set(const char* name, int32_t value);
 
+  // Changes a variable that is there; false when it is not.
+  bool Change(const std::string& name, int32_t value);
+  std::string Names() const;
+
  private:
   mutable std::mutex lock_;
   std::map<std::string, int32_t, std::less<>> values_{
@@ -30,8 +34,10 @@ struct Settings {
   std::string identity = "net.tavor.application.python";
   std::vector<std::string> arguments;
   std::filesystem::path executable;
-  std::filesystem::path startup;  // what the application ships
-  std::filesystem::path home;     // empty when the user has none
+  std::filesystem::path startup;               // what the application ships
+  std::filesystem::path home;                  // empty when the user has none
+  std::vector<std::filesystem::path> plugins;  // further folders of the plug-in search path
+  std::string scene;                           // to open ahead of the script; empty: none
   std::thread::id mainThread = std::this_thread::get_id();
   std::atomic<int> exitCode{0};
   Configuration configuration;
@@ -39,7 +45,8 @@ struct Settings {
 
 Settings& GetSettings();
 
-// Reads the arguments, the environment and the place of the executable.
+// Reads the arguments, the environment and the place of the executable. Throws
+// std::invalid_argument for a wrong option.
 void InitSettings(int argc, char** argv);
 
 // The user's folder by the environment; empty when the environment names none.

@@ -51,7 +51,7 @@ std::error_code DeleteTree(const fs::path& path) {
   return error;
 }
 
-void WriteStream(int descriptor, std::string_view text) {
+std::error_code WriteStream(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = write(descriptor, text.data(), text.size());
     if (written >= 0) {
@@ -60,9 +60,10 @@ void WriteStream(int descriptor, std::string_view text) {
       pollfd ready{descriptor, POLLOUT, 0};
       poll(&ready, 1, -1);
     } else if (errno != EINTR) {
-      return;
+      return LastError();
     }
   }
+  return {};
 }
 
 void Complain(std::string_view line) { WriteStream(STDERR_FILENO, fmt::format("qlxpy: {}\n", line)); }

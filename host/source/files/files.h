@@ -20,9 +20,8 @@ std::error_code Rename(const std::filesystem::path& from, const std::filesystem:
 // Deletes a file, or a folder with all that is in it; a missing path is an error.
 std::error_code DeleteTree(const std::filesystem::path& path);
 
-// Writes a text as it is, past every buffer, so that both streams keep one order. A stream
-// that nobody reads any more is no error.
-void WriteStream(int descriptor, std::string_view text);
+// Writes a text as it is, past every buffer, so that both streams keep one order.
+std::error_code WriteStream(int descriptor, std::string_view text);
 
 // One line on the error stream, behind the program's name.
 void Complain(std::string_view line);

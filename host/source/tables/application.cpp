@@ -1,3 +1,4 @@
+#include <ctime>
 #include <map>
 #include <mutex>
 
@@ -48,6 +49,14 @@ int32_t GetConfigurationBool(const char* name, int32_t fallback) {
 
 void SetConfigurationBool(const char* name, int32_t value) {
   if (name) GetSettings().configuration.Set(name, value != 0);
+}
+
+int32_t ConsoleIsAvailable() { return GetSettings().configuration.Get("g_console", 0); }
+
+int32_t GetCurrentYear() {
+  const std::time_t now = std::time(nullptr);
+  std::tm fields{};
+  return localtime_r(&now, &fields) ? fields.tm_year + 1900 : 0;
 }
 
 HostResult RegisterModuleInfo(const char* id, const HostString* shortName, const HostString* longName,

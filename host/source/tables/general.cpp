@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -72,6 +73,7 @@ std::vector<fs::path> PluginFolders() {
   const Settings& settings = GetSettings();
   std::vector<fs::path> folders{settings.startup / "plugins"};
   if (!settings.home.empty()) folders.push_back(settings.home / "plugins");
+  folders.insert(folders.end(), settings.plugins.begin(), settings.plugins.end());
   return folders;
 }
 
@@ -150,9 +152,24 @@ void StatusBarIdle() { State().busy = false; }
 
 void GePrint(const HostString* text) { WriteStream(STDOUT_FILENO, std::string(View(text)) + "\n"); }
 
-void ConsoleWrite(int32_t stream, const HostString* text) {
-  if (stream == HOST_CONSOLE_OUT) WriteStream(STDOUT_FILENO, View(text));
-  if (stream == HOST_CONSOLE_ERROR) WriteStream(STDERR_FILENO, View(text));
+int64_t ConsoleWrite(int32_t stream, const HostString* text) {
+  if (stream != HOST_CONSOLE_OUT && stream != HOST_CONSOLE_ERROR) return -EINVAL;
+  const std::string_view bytes = View(text);
+  const int descriptor = stream == HOST_CONSOLE_OUT ? STDOUT_FILENO : STDERR_FILENO;
+  const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+  if (written >= 0 || errno != EAGAIN) return written >= 0 ? written : -errno;
+  // A stream that does not wait by itself.
+  return WriteStream(descriptor, bytes) ? -errno : int64_t(bytes.size());
+}
+
+int32_t ConsoleRead(int64_t bytes, HostString* result) {
+  if (bytes <= 0 || !result) return -1;
+  *result = {};
+  std::string buffer(size_t(std::min<int64_t>(bytes, 1 << 20)), '\0');
+  const ssize_t read = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+  if (read < 0) return errno == EINTR ? 0 : -1;
+  *result = MakeString({buffer.data(), size_t(read)});
+  return 1;
 }
 
 void DiagnosticOutput(const HostString* text) {

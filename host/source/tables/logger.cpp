@@ -24,12 +24,16 @@ spdlog::level::level_enum SpdlogLevel(int32_t level) {
   return level == LOGGER_LEVEL_OUTPUT ? spdlog::level::info : spdlog::level::debug;
 }
 
+// The error of the calling thread's last text; spdlog's sinks return nothing.
+thread_local int32_t lastError = 0;
+
 // The streams of the process. Texts go out as they are; WriteStream keeps no state, so there
 // is nothing to lock.
 class StreamSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
-    host::WriteStream(message.level == spdlog::level::info ? STDOUT_FILENO : STDERR_FILENO,
-                      {message.payload.data(), message.payload.size()});
+    lastError = host::WriteStream(message.level == spdlog::level::info ? STDOUT_FILENO : STDERR_FILENO,
+                                  {message.payload.data(), message.payload.size()})
+                    .value();
   }
   void flush_() override {}
 };
@@ -102,10 +106,12 @@ HostResult AddOutput(Logger* logger, int32_t output, int32_t level) {
   return {};
 }
 
-void Write(Logger* logger, int32_t, int32_t level, const HostString* text, const char* file, int32_t line) {
-  if (!logger || level > logger->shown) return;
+int32_t Write(Logger* logger, int32_t, int32_t level, const HostString* text, const char* file, int32_t line) {
+  if (!logger || level > logger->shown) return 0;
   const std::string_view shown = View(text);
+  lastError = 0;
   logger->log.log(spdlog::source_loc(file, line, ""), SpdlogLevel(level), {shown.data(), shown.size()});
+  return lastError;
 }
 
 void Remove(Logger* logger) {

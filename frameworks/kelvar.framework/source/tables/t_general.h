@@ -194,13 +194,24 @@ typedef struct HostGeneral {
    * fails   nothing */
   void (*GePrint)(const HostString* text);
 
-  /* Writes a text as it is to one HostConsole stream.
+  /* Writes a text as it is to one HostConsole stream. The number of bytes written, which may
+   * be fewer than the text has; below 0, the system's number of an error, such as -EPIPE, or
+   * -EINTR when a signal came first. 0 drops the text.
    * owner   -
    * thread  any
-   * waits   until the text is handed over
+   * waits   until some of the text is handed over
    * since   23100
-   * fails   nothing */
-  void (*ConsoleWrite)(int32_t stream, const HostString* text);
+   * fails   0 */
+  int64_t (*ConsoleWrite)(int32_t stream, const HostString* text);
+
+  /* Asks the user for input of at most `bytes` bytes: a line, or what a pipe has. 1 with the
+   * text, which is empty at the end of input; 0 when a signal came first; -1 on failure.
+   * owner   the caller, of the text
+   * thread  main
+   * waits   for the user
+   * since   23100
+   * fails   -1 */
+  int32_t (*ConsoleRead)(int64_t bytes, HostString* result);
 
   /* Writes a line for developers; a release build of a host may discard it.
    * owner   -

@@ -70,6 +70,10 @@ tavor::Error InitMachine(VirtualMachine& machine, uint32_t flags) {
   DataDictionary* settings = DataDictionary::Create();
   if (!settings) return tavor::Error("no settings for the virtual machine", HOST_RESULT_OUT_OF_MEMORY);
   settings->SetInt(CPYTHON_INTERPRETERFLAGS, flags);
+  if (IsCommandLineApplication()) {
+    settings->SetString(CPYTHON_WARNING_OPTIONS, kelvar::Bytes(ReadCommandLine().warnings));
+    settings->SetString(CPYTHON_EXTENDED_OPTIONS, kelvar::Bytes(ReadCommandLine().extended));
+  }
   tavor::Error error = machine.Init(settings, DEFAULTRUNTIME_DEFAULT_37);
   settings->Free();
   return error;
@@ -166,6 +170,8 @@ void VmShutdown() {
 CPythonLibrary* LibraryRef() { return g_libraryRef; }
 VirtualMachine* MachineRef() { return g_machineRef->Get(); }
 bool IsPythonPresent() { return IsPythonRunning() && g_libraryRef && g_libraryRef->CPy_IsInitialized(); }
+
+Logger* PythonLogger() { return g_logger; }
 
 bool IsCommandLineApplication() {
   return kelvar::View(tavor::application::GetIdentity()) == "net.tavor.application.python";

@@ -7,6 +7,7 @@
 
 #include "tavor/cpythonlibrary.h"
 #include "tavor/error.h"
+#include "tavor/logger.h"
 #include "tavor/ref.h"
 #include "tavor/virtualmachine.h"
 
@@ -32,6 +33,9 @@ bool IsPythonPresent();
 
 // Runs one `python_init.py`.
 tavor::Error RunStartupScript(const Filename& file);
+
+// The logger "net.tavor.logger.python", or null ahead of its creation.
+Logger* PythonLogger();
 
 // Whether the process is the command-line application.
 bool IsCommandLineApplication();

@@ -1,214 +1,191 @@
-// The command line of the application, and its main routine.
+// The command line of the application.
 
 #include "interpreter/lib_python_commandline.h"
 
-#include <unistd.h>
+#include <string_view>
 
-#include <cstdlib>
-#include <ctime>
-
-#include "interpreter/lib_python.h"
 #include "interpreter/lib_python_flags.h"
-#include "interpreter/lib_python_lock.h"
-#include "interpreter/lib_python_threads.h"
-#include "interpreter/main.h"
-#include "kelvar/general.h"
 #include "kelvar/text.h"
-#include "kit/i_cpython.h"
 #include "tavor/application.h"
-#include "tavor/logger.h"
+#include "tavor/virtualmachine.h"
 
 namespace qlx {
 namespace {
 
-std::string Argument(int32_t index) {
-  return std::string(kelvar::View(tavor::application::GetArgument(index)));
-}
-
-tavor::Error Wrong(const std::string& what) {
-  tavor::application::SetExitCode(2);
-  return tavor::Error(what, HOST_RESULT_ILLEGAL_ARGUMENT);
-}
-
-struct Option {
-  std::string_view name;
-  uint32_t set;
-  uint32_t clear;
+struct Letter {
+  char letter;
+  uint32_t set, clear;
 };
 
-constexpr Option kOptions[] = {
-    {"-i", kFlagInteractive | kFlagInspect, 0},
-    {"-u", kFlagUnbuffered, 0},
-    {"-q", kFlagQuiet, 0},
-    {"-v", kFlagVerbose, 0},
-    {"-b", kFlagBytesWarning, 0},
-    {"-bb", kFlagBytesError, 0},
-    {"-d", kFlagDebugParser, 0},
-    {"-O", kFlagOptimize, 0},
-    {"-OO", kFlagOptimizeMore, 0},
-    {"-B", 0, kFlagWriteBytecode},
-    {"-E", 0, kFlagUseEnvironment},
-    {"-s", 0, kFlagUserSite},
-    {"-S", 0, kFlagImportSite},
-    {"-I", kFlagIsolated, kFlagUseEnvironment | kFlagUserSite},
-    {"-nogui", 0, 0},
+constexpr Letter kLetters[] = {
+    {'i', kFlagInteractive | kFlagInspect, 0},
+    {'u', kFlagUnbuffered, 0},
+    {'q', kFlagQuiet, 0},
+    {'v', kFlagVerbose, 0},
+    {'d', kFlagDebugParser, 0},
+    {'B', 0, kFlagWriteBytecode},
+    {'E', 0, kFlagUseEnvironment},
+    {'s', 0, kFlagUserSite},
+    {'S', 0, kFlagImportSite},
+    {'I', kFlagIsolated, kFlagUseEnvironment | kFlagUserSite},
 };
 
-const Option* FindOption(std::string_view name) {
-  for (const Option& option : kOptions)
-    if (option.name == name) return &option;
-  return nullptr;
-}
+// The letters that count: the second one means more.
+struct Counted {
+  char letter;
+  uint32_t once, twice;
+};
 
-int32_t OperationOf(std::string_view option) {
-  if (option == "-c") return PYSTARTOPERATION_EXECUTE_CODE;
-  if (option == "-m") return PYSTARTOPERATION_EXECUTE_MODULE;
-  if (option == "-V" || option == "--version") return PYSTARTOPERATION_VERSION;
-  return PYSTARTOPERATION_NONE;
-}
+constexpr Counted kCounted[] = {
+    {'O', kFlagOptimize, kFlagOptimizeMore},
+    {'b', kFlagBytesWarning, kFlagBytesError},
+};
 
-Filename CurrentFolder() {
-  char* folder = get_current_dir_name();
-  Filename result = folder ? Filename::FromString(kelvar::Bytes(folder)) : Filename();
-  std::free(folder);
-  return result;
-}
-
-// The first entry of `sys.path` and `sys.argv`, ahead of a run.
-tavor::Error PrepareRun(const Filename& folder, const std::vector<std::string>& arguments) {
-  GilScope lock;
-  if (!SetArguments(arguments)) {
-    PyErr_Clear();
-    return tavor::Error("sys.argv can't be set");
+bool ApplyLetter(char letter, uint32_t& flags) {
+  for (const Letter& known : kLetters) {
+    if (known.letter != letter) continue;
+    flags = (flags | known.set) & ~known.clear;
+    return true;
   }
-  return folder.Content() ? LibraryRef()->CPySys_SetPath(folder.Word(), 1, PATHHANDLE_INSERT_AT_BEGINNING)
-                          : tavor::Error();
-}
-
-void PrintLine(const std::string& text, HostConsole stream) {
-  kelvar::ConsoleWrite(stream, kelvar::Bytes(text + "\n"));
-}
-
-tavor::Error CantOpen(std::string_view file, const char* reason) {
-  PrintLine(Argument(0) + ": can't open file '" + std::string(file) + "': " + reason, HOST_CONSOLE_ERROR);
-  tavor::application::SetExitCode(2);
-  return tavor::Error(reason);
-}
-
-tavor::Error RunScript(const CommandLine& commandLine) {
-  const std::string_view path = kelvar::View(commandLine.argument);
-  const Filename file = Filename::FromString(commandLine.argument);
-  if (kelvar::HostFileExists(file, true)) return CantOpen(path, "is a directory");
-  if (!kelvar::HostFileExists(file, false)) return CantOpen(path, "no such file or directory");
-  const bool bare = path.find('/') == std::string_view::npos;
-  const Filename folder = bare ? CurrentFolder() : file.GetDirectory();
-  if (tavor::Error error = PrepareRun(folder, commandLine.arguments)) return error;
-  return MachineRef()->ExecuteFile(file);
-}
-
-tavor::Error RunOperation(const CommandLine& commandLine) {
-  switch (commandLine.operation) {
-    case PYSTARTOPERATION_EXECUTE_CODE:
-      if (tavor::Error error = PrepareRun(Filename(), commandLine.arguments)) return error;
-      return MachineRef()->ExecuteCode(commandLine.argument);
-    case PYSTARTOPERATION_EXECUTE_MODULE:
-      if (tavor::Error error = PrepareRun(CurrentFolder(), commandLine.arguments)) return error;
-      return MachineRef()->ExecuteModule(commandLine.argument);
-    case PYSTARTOPERATION_EXECUTE_FILE:
-      return RunScript(commandLine);
-    default:
-      return PrepareRun(Filename(), commandLine.arguments);
+  for (const Counted& known : kCounted) {
+    if (known.letter != letter) continue;
+    flags |= flags & known.once ? known.twice : known.once;
+    return true;
   }
+  return false;
 }
 
-std::string Year() {
-  const std::time_t now = std::time(nullptr);
-  std::tm fields{};
-  localtime_r(&now, &fields);
-  return std::to_string(fields.tm_year + 1900);
-}
-
-tavor::Error RunConsole() {
-  if (isatty(STDIN_FILENO)) {
-    const std::string name(kelvar::View(MachineRef()->GetName()));
-    const std::string version(kelvar::View(MachineRef()->GetVersion()));
-    PrintLine("Welcome to the world of QLX and " + name + " " + version + " (c) " + Year(), HOST_CONSOLE_OUT);
+// Walks over the arguments; each step takes one option.
+class Reader {
+ public:
+  explicit Reader(const std::vector<std::string>& arguments) : arguments_(arguments) {
+    line_.flags = kInterpreterFlags;
   }
-  return MachineRef()->EnterInteractiveMode();
-}
 
-bool RunCommandLine() {
-  const CommandLine& commandLine = ReadCommandLine();
-  if (commandLine.operation == PYSTARTOPERATION_VERSION) {
-    const CPythonDll* dll = LibraryRef()->GetDll();
-    PrintLine("Python " + std::to_string(dll->major) + "." + std::to_string(dll->minor) + "." +
-                  std::to_string(dll->micro),
-              HOST_CONSOLE_OUT);
-    return false;
-  }
-  tavor::Error error = RunOperation(commandLine);
-  if (commandLine.flags & kFlagInteractive) error = RunConsole();
-  JoinPythonThreads();
-  return !error;
-}
-
-CommandLine ParseCommandLine() {
-  CommandLine line;
-  line.flags = kInterpreterFlags;
-  const int32_t count = tavor::application::GetArgumentCount();
-  int32_t next = 1;
-  for (; next < count && line.operation == PYSTARTOPERATION_NONE; ++next) {
-    const std::string argument = Argument(next);
-    if (const Option* option = FindOption(argument)) {
-      line.flags = (line.flags | option->set) & ~option->clear;
-      continue;
+  CommandLine Read() {
+    while (next_ < arguments_.size() && !done_ && !line_.fault) Step(arguments_[next_++]);
+    if (line_.operation == PYSTARTOPERATION_NONE && !done_) {
+      line_.arguments = {""};
+      line_.flags |= kFlagInteractive;
     }
-    const bool isFile = argument.empty() || argument[0] != '-';
-    line.operation = isFile ? int32_t(PYSTARTOPERATION_EXECUTE_FILE) : OperationOf(argument);
-    if (line.operation == PYSTARTOPERATION_VERSION) return line;
-    if (line.operation == PYSTARTOPERATION_NONE) {
-      line.fault = Wrong("unknown option " + argument);
-      return line;
-    }
-    if (!isFile && ++next == count) {
-      line.fault = Wrong("argument expected for the " + argument + " option");
-      return line;
-    }
-    line.argument = tavor::application::GetArgument(next);
-    line.arguments = {argument};
+    while (next_ < arguments_.size()) line_.arguments.push_back(arguments_[next_++]);
+    return std::move(line_);
   }
-  if (line.operation == PYSTARTOPERATION_NONE) {
-    line.arguments = {""};
-    line.flags |= kFlagInteractive;
+
+ private:
+  void Step(const std::string& argument) {
+    if (argument == "-nogui") return;
+    if (argument == "-") return Program(PYSTARTOPERATION_NONE, "", "-");
+    if (argument == "--") return File();
+    if (argument == "--version") return Finish(PYSTARTOPERATION_VERSION);
+    if (argument == "--help") return Help();
+    if (argument.empty() || argument[0] != '-')
+      return Program(PYSTARTOPERATION_EXECUTE_FILE, argument, argument);
+    if (argument[1] == '-') return Fault("unknown option " + argument);
+    for (size_t i = 1; i < argument.size() && !done_ && !line_.fault; ++i) {
+      if (!LetterAt(argument, i)) continue;
+      return;
+    }
   }
-  for (; next < count; ++next) line.arguments.push_back(Argument(next));
+
+  // True when the letter has taken the rest of the argument.
+  bool LetterAt(const std::string& argument, size_t place) {
+    const char letter = argument[place];
+    const std::string rest = argument.substr(place + 1);
+    switch (letter) {
+      case 'V':
+        Finish(PYSTARTOPERATION_VERSION);
+        return true;
+      case 'h':
+      case '?':
+        Help();
+        return true;
+      case 'c':
+      case 'm': {
+        const std::string option = std::string("-") + letter;
+        std::string value;
+        if (!Value(option, rest, value)) return true;
+        Program(letter == 'c' ? PYSTARTOPERATION_EXECUTE_CODE : PYSTARTOPERATION_EXECUTE_MODULE, value, option);
+        return true;
+      }
+      case 'W':
+      case 'X': {
+        std::string value;
+        if (!Value(std::string("-") + letter, rest, value)) return true;
+        std::string& list = letter == 'W' ? line_.warnings : line_.extended;
+        list += (list.empty() ? "" : "\n") + value;
+        return true;
+      }
+      default:
+        if (!ApplyLetter(letter, line_.flags)) Fault(std::string("unknown option -") + letter);
+        return false;
+    }
+  }
+
+  // The value of an option: the rest of its argument, or the next one.
+  bool Value(const std::string& option, const std::string& rest, std::string& value) {
+    if (!rest.empty()) {
+      value = rest;
+    } else if (next_ < arguments_.size()) {
+      value = arguments_[next_++];
+    } else {
+      Fault("argument expected for the " + option + " option");
+      return false;
+    }
+    return true;
+  }
+
+  void Program(int32_t operation, const std::string& argument, const std::string& name) {
+    line_.argument = argument;
+    line_.arguments = {name};
+    if (operation == PYSTARTOPERATION_NONE) line_.flags |= kFlagInteractive;
+    Finish(operation);
+  }
+
+  void File() {
+    if (next_ == arguments_.size()) return;
+    const std::string& file = arguments_[next_++];
+    Program(PYSTARTOPERATION_EXECUTE_FILE, file, file);
+  }
+
+  void Help() {
+    line_.help = true;
+    done_ = true;
+  }
+
+  void Finish(int32_t operation) {
+    line_.operation = operation;
+    done_ = true;
+  }
+
+  void Fault(const std::string& text) { line_.fault = tavor::Error(text, HOST_RESULT_ILLEGAL_ARGUMENT); }
+
+  const std::vector<std::string>& arguments_;
+  size_t next_ = 1;
+  bool done_ = false;
+  CommandLine line_;
+};
+
+CommandLine ReadOnce() {
+  std::vector<std::string> arguments;
+  for (int32_t i = 0; i < tavor::application::GetArgumentCount(); ++i)
+    arguments.emplace_back(kelvar::View(tavor::application::GetArgument(i)));
+  CommandLine line = ParseCommandLine(arguments);
+  if (line.fault) {
+    const std::string program = arguments.empty() ? "" : arguments[0].substr(arguments[0].rfind('/') + 1);
+    line.fault = tavor::Error(program + ": " + line.fault.Text(), HOST_RESULT_ILLEGAL_ARGUMENT);
+    tavor::application::SetExitCode(2);
+  }
   return line;
 }
 
 }  // namespace
 
-const CommandLine& ReadCommandLine() {
-  static const auto* line = new CommandLine(ParseCommandLine());
-  return *line;
-}
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) { return Reader(arguments).Read(); }
 
-bool RunApplication() {
-  if (!HasHostTables()) return false;
-  // The bring-up has told the reason.
-  if (IsCommandLineApplication() && ReadCommandLine().fault) return false;
-  if (!MachineRef() || !LibraryRef()) {
-    tavor::logger::Write(tavor::logger::GetDefault(), LOGGER_TARGET_USER, LOGGER_LEVEL_CRITICAL,
-                         kelvar::Text("no python vm found\n"), nullptr, 0);
-    if (IsCommandLineApplication()) tavor::application::SetExitCode(2);
-    return false;
-  }
-  if (!IsCommandLineApplication()) return true;
-  constexpr const char* kDisable = "g_disableConsoleOutput";
-  const bool disabled = tavor::application::GetConfigurationBool(kDisable, 0);
-  if (disabled) tavor::application::SetConfigurationBool(kDisable, 0);
-  const bool result = RunCommandLine();
-  if (disabled) tavor::application::SetConfigurationBool(kDisable, 1);
-  return result;
+const CommandLine& ReadCommandLine() {
+  static const auto* line = new CommandLine(ReadOnce());
+  return *line;
 }
 
 }  // namespace qlx

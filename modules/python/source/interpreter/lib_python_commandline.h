@@ -13,13 +13,19 @@ namespace qlx {
 struct CommandLine {
   int32_t operation = 0;               // a StartOperation
   uint32_t flags = 0;                  // of the interpreter
-  String argument;                     // the text, the module's name or the file's path
-  std::vector<std::string> arguments;  // `sys.argv`, in the bytes of the process
-  tavor::Error fault;                  // names the option that is wrong
+  std::string argument;                // the text, the module's name or the file's path
+  std::vector<std::string> arguments;  // `sys.argv`
+  std::string warnings;                // of -W, a line each
+  std::string extended;                // of -X, a line each
+  bool help = false;
+  tavor::Error fault;  // names the option that is wrong
 };
 
-// The application's command line, `qlxpy [options] [-c CODE | -m MODULE | FILE] [arguments]`,
-// read once. A wrong one has set the exit code to 2. Main thread.
+// Reads `qlxpy [options] [-c CODE | -m MODULE | FILE | -] [arguments]`, in the bytes of the
+// process. No arguments: the console, or the program that standard input has.
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+
+// The application's command line, read once. A wrong one has set the exit code to 2. Main thread.
 const CommandLine& ReadCommandLine();
 
 // The main routine of the command-line application: runs what the command line asks for. Any

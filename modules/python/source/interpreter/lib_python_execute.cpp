@@ -4,12 +4,17 @@
 
 #include <Python.h>
 
+#include <csignal>
 #include <cstdio>
 #include <string>
 
+#include "interpreter/lib_python.h"
+#include "interpreter/lib_python_commandline.h"
+#include "interpreter/lib_python_flags.h"
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_output.h"
 #include "kelvar/text.h"
+#include "kit/i_cpython.h"
 #include "tavor/application.h"
 
 namespace qlx {
@@ -20,24 +25,20 @@ namespace {
 tavor::Error Settle(PyObject* result) {
   if (result) {
     Py_DECREF(result);
+    tavor::application::SetExitCode(0);
     return {};
   }
   int code = 1;
+  const bool interrupted = PyErr_ExceptionMatches(PyExc_KeyboardInterrupt);
   if (!IsSystemExitPending()) PrintPendingError();
   // The script's own hook for errors may ask for an exit as well.
-  TakeSystemExit(code);
+  if (TakeSystemExit(code))
+    code &= 0xff;
+  else if (interrupted && InterruptEndsBySignal())
+    code = -SIGINT;
   PyErr_Clear();
   tavor::application::SetExitCode(code);
   return code == 0 ? tavor::Error() : tavor::Error("the script ended with exit code " + std::to_string(code));
-}
-
-void FlushStreams() {
-  for (const char* name : {"stdout", "stderr"}) {
-    PyObject* stream = PySys_GetObject(name);
-    PyObject* done = stream && stream != Py_None ? PyObject_CallMethod(stream, "flush", nullptr) : nullptr;
-    Py_XDECREF(done);
-    PyErr_Clear();
-  }
 }
 
 PyObject* MainGlobals() {
@@ -45,22 +46,35 @@ PyObject* MainGlobals() {
   return module ? PyModule_GetDict(module) : nullptr;
 }
 
-// Opens and runs a file with `__file__` set for the time of the run.
+// What the interpreter's own command line binds for a script: its path and its loader.
+bool BindFile(PyObject* globals, const std::string& path) {
+  PyObject* name = PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size()));
+  PyObject* machinery = name ? PyImport_ImportModule("importlib.machinery") : nullptr;
+  PyObject* loader =
+      machinery ? PyObject_CallMethod(machinery, "SourceFileLoader", "sO", "__main__", name) : nullptr;
+  const bool ok = loader && PyDict_SetItemString(globals, "__file__", name) == 0 &&
+                  PyDict_SetItemString(globals, "__cached__", Py_None) == 0 &&
+                  PyDict_SetItemString(globals, "__loader__", loader) == 0;
+  Py_XDECREF(loader);
+  Py_XDECREF(machinery);
+  Py_XDECREF(name);
+  return ok;
+}
+
 PyObject* RunFile(const std::string& path, PyObject* globals) {
   FILE* stream = std::fopen(path.c_str(), "rb");
   if (!stream) {
     PyErr_SetFromErrnoWithFilename(PyExc_OSError, path.c_str());
     return nullptr;
   }
-  PyObject* name = PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size()));
-  const bool named = name && PyDict_SetItemString(globals, "__file__", name) == 0;
-  Py_XDECREF(name);
-  if (!named) {
+  if (!BindFile(globals, path)) {
     std::fclose(stream);
     return nullptr;
   }
   PyObject* result = PyRun_FileExFlags(stream, path.c_str(), Py_file_input, globals, globals, 1, nullptr);
-  if (result && PyDict_DelItemString(globals, "__file__") != 0) PyErr_Clear();
+  if (!result) return nullptr;
+  for (const char* name : {"__file__", "__cached__"})
+    if (PyDict_DelItemString(globals, name) != 0) PyErr_Clear();
   return result;
 }
 
@@ -80,7 +94,6 @@ tavor::Error InMain(Run run) {
   GilScope lock;
   PyObject* globals = MainGlobals();
   tavor::Error error = Settle(globals ? run(globals) : nullptr);
-  FlushStreams();
   return error;
 }
 
@@ -108,20 +121,11 @@ tavor::Error RunMainModule(const String& name) {
 
 tavor::Error RunInteractiveLoop() {
   return InMain([](PyObject* globals) -> PyObject* {
-    if (!Py_FdIsInteractive(stdin, "<stdin>"))
+    const bool inspect = IsCommandLineApplication() && ReadCommandLine().flags & kFlagInspect;
+    if (!inspect && !Py_FdIsInteractive(stdin, "<stdin>"))
       return PyRun_FileExFlags(stdin, "<stdin>", Py_file_input, globals, globals, 0, nullptr);
-    // Line editing, where the interpreter has it, comes with the import.
-    Py_XDECREF(PyImport_ImportModule("readline"));
-    PyErr_Clear();
-    PyObject* console = PyImport_ImportModule("code");
-    PyObject* interact = console ? PyObject_GetAttrString(console, "interact") : nullptr;
-    PyObject* arguments = interact ? PyTuple_New(0) : nullptr;
-    PyObject* keywords =
-        arguments ? Py_BuildValue("{s:s,s:s,s:O}", "banner", "", "exitmsg", "", "local", globals) : nullptr;
-    PyObject* result = keywords ? PyObject_Call(interact, arguments, keywords) : nullptr;
-    Py_XDECREF(keywords);
-    Py_XDECREF(arguments);
-    Py_XDECREF(interact);
+    PyObject* console = PyImport_ImportModule("_qlx_console");
+    PyObject* result = console ? PyObject_CallMethod(console, "interact", "O", globals) : nullptr;
     Py_XDECREF(console);
     return result;
   });

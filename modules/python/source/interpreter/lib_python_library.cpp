@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "interpreter/lib_python.h"
 #include "interpreter/lib_python_flags.h"
 #include "interpreter/lib_python_home.h"
 #include "interpreter/lib_python_link.h"
@@ -17,17 +18,36 @@
 #include "kit/i_cpython.h"
 #include "kit/i_package.h"
 #include "kit/i_typequeue.h"
+#include "tavor/application.h"
+#include "tavor/datadictionary.h"
 
 namespace qlx {
 namespace {
 
+constexpr int32_t kOutputLost = 120;
 constexpr int32_t kSpecialPaths = SPECIALPATH_PREFS_PYTHON_LOCAL_LIBS + 1;
 
 PyObject* Object(CPyObject* object) { return reinterpret_cast<PyObject*>(object); }
 CPyObject* Opaque(PyObject* object) { return reinterpret_cast<CPyObject*>(object); }
 
-StartSettings SettingsFromFlags(uint32_t flags) {
+std::vector<std::string> Lines(const String& text) {
+  std::vector<std::string> lines;
+  for (std::string_view rest = kelvar::View(text); !rest.empty();) {
+    const size_t end = rest.find('\n');
+    lines.emplace_back(rest.substr(0, end));
+    rest = end == std::string_view::npos ? "" : rest.substr(end + 1);
+  }
+  return lines;
+}
+
+StartSettings ReadSettings(const DataDictionary* dictionary) {
+  const auto flags = uint32_t(dictionary ? dictionary->GetInt(CPYTHON_INTERPRETERFLAGS, kInterpreterFlags)
+                                         : kInterpreterFlags);
   StartSettings settings;
+  if (dictionary) {
+    settings.warnings = Lines(dictionary->GetString(CPYTHON_WARNING_OPTIONS));
+    settings.extended = Lines(dictionary->GetString(CPYTHON_EXTENDED_OPTIONS));
+  }
   settings.useEnvironment = flags & kFlagUseEnvironment;
   settings.userSite = flags & kFlagUserSite;
   settings.importSite = flags & kFlagImportSite;
@@ -91,10 +111,10 @@ class CPythonLibraryImplementation : public CPythonLibrary {
 
   HostResult InitBuiltinModules() { return ImportPackage().ToHost(); }
 
-  HostResult CPy_Initialize(uint32_t flags) {
+  HostResult CPy_Initialize(const DataDictionary* dictionary) {
     if (!IsInterpreterLibraryBound()) return tavor::Error("the interpreter's library is not loaded").ToHost();
     if (Py_IsInitialized()) return tavor::Error("an interpreter runs in this process already").ToHost();
-    StartSettings settings = SettingsFromFlags(flags);
+    StartSettings settings = ReadSettings(dictionary);
     const tavor::Result<std::string> program =
         FindInterpreterHome(settings.useEnvironment && !settings.isolated);
     if (!program) return program.Failure().ToHost();
@@ -109,7 +129,9 @@ class CPythonLibraryImplementation : public CPythonLibrary {
   }
 
   void CPy_Finalize() {
-    if (Py_IsInitialized()) Py_FinalizeEx();
+    // A standard output that could not take all is an error, as it is for `python`.
+    if (Py_IsInitialized() && Py_FinalizeEx() != 0 && IsCommandLineApplication())
+      tavor::application::SetExitCode(kOutputLost);
   }
 
   void Free() {

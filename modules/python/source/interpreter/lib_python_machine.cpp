@@ -10,12 +10,14 @@
 #include <string>
 
 #include "interpreter/lib_python.h"
+#include "interpreter/lib_python_console.h"
 #include "interpreter/lib_python_execute.h"
 #include "interpreter/lib_python_flags.h"
 #include "interpreter/lib_python_link.h"
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_paths.h"
 #include "interpreter/lib_python_threads.h"
+#include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "tavor/application.h"
 #include "tavor/datadictionary.h"
@@ -48,7 +50,7 @@ class CPythonMachine : public VirtualMachine {
     const int64_t flags =
         settings ? settings->GetInt(CPYTHON_INTERPRETERFLAGS, kInterpreterFlags) : kInterpreterFlags;
     embedded_ = flags & kFlagEmbedded;
-    if (tavor::Error error = library->CPy_Initialize(uint32_t(flags))) return error.ToHost();
+    if (tavor::Error error = library->CPy_Initialize(settings)) return error.ToHost();
     started_ = true;
     if (tavor::Error error = Prepare(settings)) {
       End();
@@ -112,6 +114,7 @@ class CPythonMachine : public VirtualMachine {
       tavor::Error error =
           settings ? AddSearchPath(settings->GetString(CPYTHON_ADDITIONAL_SYS_PATH)) : tavor::Error();
       if (!error) error = AddOwnFolders();
+      if (!error) error = ConnectToConsole();
       if (!error && !embedded_) error = SetExecutable();
       return error;
     } catch (const std::bad_alloc&) {
@@ -134,6 +137,14 @@ class CPythonMachine : public VirtualMachine {
       rest = end == std::string_view::npos ? "" : rest.substr(end + 1);
     }
     return {};
+  }
+
+  // Without the framework's file the interpreter keeps its own streams.
+  static tavor::Error ConnectToConsole() {
+    const Filename framework = GetFrameworkFolder();
+    Filename file = framework;
+    if (!framework.Content() || file.Append(kelvar::Text("_qlx_init.py"))) return {};
+    return kelvar::HostFileExists(file, false) ? ConnectStreams(framework) : tavor::Error();
   }
 
   // What a script starts as its own interpreter has the package too.

@@ -2,6 +2,15 @@
 
 #include "kit/i_cpython.h"
 
+#if PY_VERSION_HEX < 0x03080000
+#include <errcode.h>
+#include <grammar.h>
+#include <node.h>
+#include <parsetok.h>
+
+extern "C" grammar _PyParser_Grammar;  // the library has it, its headers don't
+#endif
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -24,16 +33,33 @@ std::wstring Decode(const std::string& bytes) {
 namespace {
 
 // Only this version's own command line reads the variable.
-std::vector<std::wstring> WarningsOfEnvironment() {
+std::vector<std::string> WarningsOfEnvironment() {
   const char* variable = std::getenv("PYTHONWARNINGS");
-  std::vector<std::wstring> words;
+  std::vector<std::string> words;
   for (std::string rest = variable ? variable : ""; !rest.empty();) {
     const size_t end = rest.find(',');
-    if (end != 0) words.push_back(Decode(rest.substr(0, end)));
+    if (end != 0) words.push_back(rest.substr(0, end));
     rest = end == std::string::npos ? "" : rest.substr(end + 1);
   }
   return words;
 }
+
+// Options as the interpreter takes them: it keeps the pointers.
+class WordList {
+ public:
+  void Add(const std::vector<std::string>& words) {
+    for (const std::string& word : words) texts_.push_back(Decode(word));
+  }
+  wchar_t** Words(int& count) {
+    for (std::wstring& text : texts_) words_.push_back(text.data());
+    count = int(words_.size());
+    return words_.data();
+  }
+
+ private:
+  std::vector<std::wstring> texts_;
+  std::vector<wchar_t*> words_;
+};
 
 }  // namespace
 
@@ -66,15 +92,33 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.utf8_mode = -1;
   config.argc = -1;
   config.nmodule_search_path = -1;
-  static std::vector<std::wstring> warnings;
-  static std::vector<wchar_t*> warningWords;
-  if (settings.useEnvironment && !settings.isolated) warnings = WarningsOfEnvironment();
-  for (std::wstring& warning : warnings) warningWords.push_back(warning.data());
-  config.warnoptions = warningWords.data();
-  config.nwarnoption = int(warningWords.size());
+  static WordList warnings, extended;
+  if (settings.useEnvironment && !settings.isolated) warnings.Add(WarningsOfEnvironment());
+  warnings.Add(settings.warnings);
+  // Only this version's own command line turns the option into a filter.
+  if (settings.bytesWarning)
+    warnings.Add({settings.bytesWarning > 1 ? "error::BytesWarning" : "default::BytesWarning"});
+  extended.Add(settings.extended);
+  config.warnoptions = warnings.Words(config.nwarnoption);
+  config.xoptions = extended.Words(config.nxoption);
   const _PyInitError error = _Py_InitializeFromConfig(&config);
   return _Py_INIT_FAILED(error) ? (error.msg ? error.msg : "unknown reason") : "";
 }
+
+int TestCompleteness(const char* source) {
+  perrdetail error = {};
+  node* tree = PyParser_ParseString(source, &_PyParser_Grammar, Py_single_input, &error);
+  Py_CLEAR(error.filename);
+  PyObject_FREE(error.text);
+  PyErr_Clear();
+  if (tree) {
+    PyNode_Free(tree);
+    return 1;
+  }
+  return error.error == E_EOF ? 0 : -1;
+}
+
+bool InterruptEndsBySignal() { return false; }
 
 #else
 
@@ -95,18 +139,107 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.parser_debug = settings.debugParser;
   config.install_signal_handlers = settings.signalHandlers;
   config.parse_argv = 0;
+  const auto append = [](PyWideStringList& list, const std::vector<std::string>& words) {
+    for (const std::string& word : words) PyWideStringList_Append(&list, Decode(word).c_str());
+  };
   PyPreConfig early;
   PyPreConfig_InitPythonConfig(&early);
   early.use_environment = settings.useEnvironment;
   early.isolated = settings.isolated;
+  // Read before all other options, and so not by the configuration.
+  for (const std::string& option : settings.extended) {
+    if (option == "utf8" || option == "utf8=1") early.utf8_mode = 1;
+    if (option == "utf8=0") early.utf8_mode = 0;
+    if (option == "dev") early.dev_mode = 1;
+  }
   PyStatus status = Py_PreInitialize(&early);
   const std::wstring program = PyStatus_Exception(status) ? std::wstring() : Decode(settings.program);
   if (!PyStatus_Exception(status)) status = PyConfig_SetString(&config, &config.program_name, program.c_str());
-  if (!PyStatus_Exception(status)) status = Py_InitializeFromConfig(&config);
+  if (!PyStatus_Exception(status)) {
+    append(config.warnoptions, settings.warnings);
+    append(config.xoptions, settings.extended);
+    status = Py_InitializeFromConfig(&config);
+  }
   PyConfig_Clear(&config);
   if (!PyStatus_Exception(status)) return "";
   return status.err_msg ? status.err_msg : "unknown reason";
 }
+
+namespace {
+
+constexpr const char* kNoSyntaxError = "no syntax error";
+
+// The message of the pending SyntaxError, taken away; kNoSyntaxError for any other error.
+std::string TakeSyntaxMessage() {
+  PyObject *type, *value, *traceback;
+  PyErr_Fetch(&type, &value, &traceback);
+  PyErr_NormalizeException(&type, &value, &traceback);
+  const bool syntax = type && PyErr_GivenExceptionMatches(type, PyExc_SyntaxError);
+  PyObject* message = syntax ? PyObject_GetAttrString(value, "msg") : nullptr;
+  const char* utf8 = message && PyUnicode_Check(message) ? PyUnicode_AsUTF8(message) : nullptr;
+  std::string text = utf8 && *utf8 ? utf8 : kNoSyntaxError;
+  PyErr_Clear();
+  Py_XDECREF(message);
+  Py_XDECREF(type);
+  Py_XDECREF(value);
+  Py_XDECREF(traceback);
+  return text;
+}
+
+// Parsing warns in this version; a test says nothing, whatever the filters are.
+class IgnoredWarnings {
+ public:
+  IgnoredWarnings() {
+    PyObject* module = PyImport_ImportModule("warnings");
+    context_ = module ? PyObject_CallMethod(module, "catch_warnings", nullptr) : nullptr;
+    PyObject* entered = context_ ? PyObject_CallMethod(context_, "__enter__", nullptr) : nullptr;
+    PyObject* ignoring = entered ? PyObject_CallMethod(module, "simplefilter", "s", "ignore") : nullptr;
+    if (!entered) Py_CLEAR(context_);
+    Py_XDECREF(ignoring);
+    Py_XDECREF(entered);
+    Py_XDECREF(module);
+    PyErr_Clear();
+  }
+  ~IgnoredWarnings() {
+    if (!context_) return;
+    Py_XDECREF(PyObject_CallMethod(context_, "__exit__", "OOO", Py_None, Py_None, Py_None));
+    Py_DECREF(context_);
+    PyErr_Clear();
+  }
+  IgnoredWarnings(const IgnoredWarnings&) = delete;
+  IgnoredWarnings& operator=(const IgnoredWarnings&) = delete;
+
+ private:
+  PyObject* context_ = nullptr;
+};
+
+// The text parsed as one statement of a console; the message of what is wrong, or empty.
+std::string ParseSingle(const std::string& source, int options) {
+  PyCompilerFlags flags = {options | PyCF_ONLY_AST, PY_MINOR_VERSION};
+  PyObject* tree = Py_CompileStringExFlags(source.c_str(), "<console>", Py_single_input, &flags, -1);
+  if (!tree) return TakeSyntaxMessage();
+  Py_DECREF(tree);
+  return "";
+}
+
+bool StartsWith(const std::string& text, const char* start) { return text.rfind(start, 0) == 0; }
+
+}  // namespace
+
+// The answers are those of the parser of 3.7: an open text is wrong, a bracket too many at the
+// very end may still be mended, and a statement that only a backslash prolongs is complete.
+int TestCompleteness(const char* text) {
+  const IgnoredWarnings ignored;
+  std::string source = text;
+  if (source.size() > 2 && source.compare(source.size() - 2, 2, "\\\n") == 0) source.resize(source.size() - 2);
+  const std::string plain = ParseSingle(source, 0);
+  if (plain.empty()) return 1;
+  if (plain == kNoSyntaxError || StartsWith(plain, "unterminated ")) return -1;
+  if (StartsWith(plain, "unmatched ") && std::string(")]}").find(source.back()) != std::string::npos) return 0;
+  return ParseSingle(source, PyCF_ALLOW_INCOMPLETE_INPUT) == "incomplete input" ? 0 : -1;
+}
+
+bool InterruptEndsBySignal() { return true; }
 
 #endif
 

@@ -11,20 +11,22 @@ namespace qlx {
 
 // What the interpreter is started with; the names follow the options of `python`.
 struct StartSettings {
-  bool useEnvironment = true;   // not -E
-  bool userSite = true;         // not -s
-  bool importSite = true;       // not -S
-  bool writeBytecode = true;    // not -B
-  bool isolated = false;        // -I
-  bool unbuffered = false;      // -u
-  bool quiet = false;           // -q
-  bool inspect = false;         // -i
-  int optimize = 0;             // -O, -OO
-  int verbose = 0;              // -v
-  int bytesWarning = 0;         // -b, -bb
-  bool debugParser = false;     // -d
-  bool signalHandlers = false;  // SIGINT becomes KeyboardInterrupt
-  std::string program;          // the interpreter's executable, from which it finds its home
+  bool useEnvironment = true;         // not -E
+  bool userSite = true;               // not -s
+  bool importSite = true;             // not -S
+  bool writeBytecode = true;          // not -B
+  bool isolated = false;              // -I
+  bool unbuffered = false;            // -u
+  bool quiet = false;                 // -q
+  bool inspect = false;               // -i
+  int optimize = 0;                   // -O, -OO
+  int verbose = 0;                    // -v
+  int bytesWarning = 0;               // -b, -bb
+  bool debugParser = false;           // -d
+  bool signalHandlers = false;        // SIGINT becomes KeyboardInterrupt
+  std::string program;                // the interpreter's executable, from which it finds its home
+  std::vector<std::string> warnings;  // -W
+  std::vector<std::string> extended;  // -X
 };
 
 // Starts the interpreter; the calling thread holds the lock afterwards. On failure the text
@@ -33,6 +35,13 @@ std::string StartInterpreter(const StartSettings& settings);
 
 // Sets `sys.argv` in the bytes of the process; `sys.path` is left alone.
 bool SetArguments(const std::vector<std::string>& arguments);
+
+// Whether a statement of the console is complete: 1, 0 when another line must come, -1 when it
+// is wrong. Lock held; no error is pending afterwards.
+int TestCompleteness(const char* source);
+
+// Whether an uncaught KeyboardInterrupt ends the process by the signal, as `python` does.
+bool InterruptEndsBySignal();
 
 // The version of the running library, from its own words.
 struct InterpreterVersion {

@@ -45,7 +45,8 @@ typedef struct TavorApplicationService {
    * fails   empty */
   HostFilename (*GetExecutable)(void);
 
-  /* Sets the exit code with which the process ends.
+  /* Sets the exit code with which the process ends; a negative one ends it by the signal of
+   * that number.
    * owner   -
    * thread  any
    * waits   no
@@ -78,6 +79,22 @@ typedef struct TavorApplicationService {
    * fails   error */
   HostResult (*RegisterModuleInfo)(const char* id, const HostString* shortName, const HostString* longName,
                                    const HostString* version);
+
+  /* Whether a console can take part in a conversation.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  int32_t (*ConsoleIsAvailable)(void);
+
+  /* The year of today's date, such as 2024.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  int32_t (*GetCurrentYear)(void);
 } TavorApplicationService;
 
 #ifdef __cplusplus

@@ -59,14 +59,15 @@ typedef struct TavorLoggerService {
   HostResult (*AddOutput)(Logger* logger, int32_t output, int32_t level);
 
   /* Writes a text as it is, with no line end added. `file` and `line` tell where in the
-   * source it comes from; `file` may be null.
+   * source it comes from; `file` may be null. 0, or the system's number of the error that kept
+   * an output from taking the text, such as EPIPE.
    * owner   -
    * thread  any
    * waits   until the text is handed over
    * since   23100
-   * fails   nothing */
-  void (*Write)(Logger* logger, int32_t target, int32_t level, const HostString* text, const char* file,
-                int32_t line);
+   * fails   0 */
+  int32_t (*Write)(Logger* logger, int32_t target, int32_t level, const HostString* text, const char* file,
+                   int32_t line);
 
   /* Removes a logger; the pointer is not used afterwards.
    * owner   the host

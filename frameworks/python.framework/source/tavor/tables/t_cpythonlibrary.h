@@ -61,13 +61,14 @@ typedef struct CPythonLibraryInterface {
    * fails   error */
   HostResult (*InitBuiltinModules)(CPythonLibrary* self);
 
-  /* Starts the interpreter with interpreter flags; the calling thread holds the lock.
+  /* Starts the interpreter from the settings that a virtual machine takes, or with the usual
+   * ones for null; the calling thread holds the lock.
    * owner   the caller, of the error text
    * thread  main
    * waits   disk
    * since   23100
    * fails   error */
-  HostResult (*CPy_Initialize)(CPythonLibrary* self, uint32_t flags);
+  HostResult (*CPy_Initialize)(CPythonLibrary* self, const DataDictionary* settings);
 
   /* Ends the interpreter. Lock held; it is gone afterwards.
    * owner   -

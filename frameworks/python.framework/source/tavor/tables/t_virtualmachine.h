@@ -16,6 +16,8 @@ typedef struct TavorObject TavorObject;
 /* Keys of the dictionary that Init takes. */
 #define CPYTHON_ADDITIONAL_SYS_PATH "net.tavor.python.vminit.additionalsyspath"
 #define CPYTHON_INTERPRETERFLAGS "net.tavor.python.vminit.interpreterflags"
+#define CPYTHON_WARNING_OPTIONS "net.tavor.python.vminit.warningoptions"   /* a line each */
+#define CPYTHON_EXTENDED_OPTIONS "net.tavor.python.vminit.extendedoptions" /* a line each */
 #define CPYTHON_SUBINTERPRETER "net.tavor.python.vminit.subinterpreter"
 #define PYPY_EXECUTABLE "net.tavor.python.vminit.pypyexecutable"
 

@@ -1,0 +1,105 @@
+// The words of every error that the package raises.
+
+#include "kit/i_errors.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "kelvar/general.h"
+#include "kelvar/plugin.h"
+#include "kelvar/text.h"
+
+namespace qlx {
+namespace {
+
+constexpr size_t kTextBytes = 1000;
+constexpr size_t kExpectedBytes = 150;
+
+// A text that was cut may end inside a character.
+void RaiseText(PyObject* exception, const char* text) {
+  PyObject* message = PyUnicode_DecodeUTF8(text, Py_ssize_t(std::strlen(text)), "replace");
+  if (message) PyErr_SetObject(exception, message);
+  Py_XDECREF(message);
+}
+
+const char* NameOf(PyObject* object) { return object == Py_None ? "None" : Py_TYPE(object)->tp_name; }
+
+}  // namespace
+
+PyObject* RaiseFormatted(PyObject* exception, const char* format, ...) {
+  char text[kTextBytes];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  RaiseText(exception, text);
+  return nullptr;
+}
+
+PyObject* ReportAllocFailed(PyTypeObject* type, int32_t pluginId) {
+  const char* name = type->tp_name;
+  if (pluginId == 0) return RaiseFormatted(PyExc_BaseException, "could not allocate '%s' instance", name);
+  if (BasePlugin::FindPlugin(pluginId, 0))
+    return RaiseFormatted(PyExc_BaseException, "could not allocate '%s (ID %i)' instance", name, pluginId);
+  return RaiseFormatted(PyExc_BaseException, "the plugin '%s' (ID %i) is missing. Could not allocate instance",
+                        name, pluginId);
+}
+
+void ReportNotAlive(PyTypeObject* type) {
+  RaiseFormatted(PyExc_ReferenceError, "the object '%s' is not alive", type->tp_name);
+}
+
+void ReportHostNotAlive(PyTypeObject* type) {
+  RaiseFormatted(PyExc_ReferenceError, "the host object of '%s' is not alive", type->tp_name);
+}
+
+void ReportLinkedNotAlive(PyTypeObject* type) {
+  RaiseFormatted(PyExc_ReferenceError, "the linked object of '%s' is not alive", type->tp_name);
+}
+
+PyObject* RaiseMainThreadOnly() {
+  return RaiseFormatted(PyExc_RuntimeError, "must be called from the main thread");
+}
+
+PyObject* RaiseOutOfRange(const char* what) {
+  return RaiseFormatted(PyExc_IndexError, "%s out of range", what);
+}
+
+int RaiseReadOnlyAttribute() {
+  RaiseFormatted(PyExc_AttributeError, "the attribute is read-only");
+  return -1;
+}
+
+int RaiseAttributeNotRemovable(const char* name) {
+  RaiseFormatted(PyExc_AttributeError, "the attribute '%s' cannot be removed", name);
+  return -1;
+}
+
+void RaiseExpectedType(const char* expected, PyObject* object) {
+  char text[kExpectedBytes];
+  PyOS_snprintf(text, sizeof text, "Expected %.50s, not %.50s", expected, NameOf(object));
+  RaiseText(PyExc_TypeError, text);
+}
+
+void RaiseExpectedTypeFor(const char* function, const char* expected, PyObject* object) {
+  char text[kExpectedBytes];
+  PyOS_snprintf(text, sizeof text, "%.50s expected %.50s, not %.50s", function, expected, NameOf(object));
+  RaiseText(PyExc_TypeError, text);
+}
+
+void ReportBadComparison(PyObject* left, PyObject* right, int op) {
+  const char* words = "??";
+  if (op == Py_LT) words = "<";
+  if (op == Py_LE) words = "<=";
+  if (op == Py_GT) words = ">";
+  if (op == Py_GE) words = ">=";
+  if (words[0] == '?')
+    kelvar::DiagnosticOutput(
+        kelvar::Text("stop: a comparison with the code " + std::to_string(op) + " has no words"));
+  RaiseFormatted(PyExc_TypeError, "unsupported comparison operator ( '%s' ) for '%.100s' and '%.100s'", words,
+                 Py_TYPE(left)->tp_name, Py_TYPE(right)->tp_name);
+}
+
+}  // namespace qlx

@@ -1,0 +1,38 @@
+// The words of every error that the package raises. Lock held in all of these.
+#ifndef KIT_I_ERRORS_H
+#define KIT_I_ERRORS_H
+
+#include <Python.h>
+
+#include <cstdint>
+
+namespace qlx {
+
+// Raises `exception` with a printf-like text of at most 999 bytes.
+__attribute__((format(printf, 2, 3))) PyObject* RaiseFormatted(PyObject* exception, const char* format, ...);
+
+// BaseException: the host gave no instance of `type`. With the id of a plug-in, the text tells
+// whether the host has it.
+PyObject* ReportAllocFailed(PyTypeObject* type, int32_t pluginId);
+
+// ReferenceError: the wrapper's own object has gone, the object that holds its data has, or the
+// object that a helper was set up with has.
+void ReportNotAlive(PyTypeObject* type);
+void ReportHostNotAlive(PyTypeObject* type);
+void ReportLinkedNotAlive(PyTypeObject* type);
+
+PyObject* RaiseMainThreadOnly();                   // RuntimeError
+PyObject* RaiseOutOfRange(const char* what);       // IndexError
+int RaiseReadOnlyAttribute();                      // AttributeError
+int RaiseAttributeNotRemovable(const char* name);  // AttributeError
+
+// TypeError: what was expected and what came, by its type or as "None".
+void RaiseExpectedType(const char* expected, PyObject* object);
+void RaiseExpectedTypeFor(const char* function, const char* expected, PyObject* object);
+
+// TypeError for an ordering of two objects that have none. `op` is Py_LT, Py_LE, Py_GT or Py_GE.
+void ReportBadComparison(PyObject* left, PyObject* right, int op);
+
+}  // namespace qlx
+
+#endif
