@@ -213,6 +213,7 @@ void FakeApplication::InstallGeneral() {
   general::ConsoleWrite = [this](int32_t, const HostString* text) {
     const std::lock_guard lock(mutex_);
     console += ::View(text);
+    return int64_t(::View(text).size());
   };
   general::FindLibrary = [this](int32_t id, int32_t minimumVersion) -> const void* {
     Record("find " + std::to_string(id) + " " + std::to_string(minimumVersion));
@@ -288,6 +289,7 @@ void FakeApplication::InstallServices() {
                          int32_t line) {
     const std::lock_guard lock(mutex_);
     log.push_back({self, level, ::View(text), file ? file : "-", line});
+    return 0;
   };
   logger::Remove = [this](Logger* self) {
     EXPECT_NE(self, &defaultLogger);
