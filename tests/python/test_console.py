@@ -148,12 +148,14 @@ class ConsoleTest(unittest.TestCase):
                                   ("  x", '  File "<stdin>", line 1\n', "IndentationError: unexpected indent\n"),
                                   ("raise KeyboardInterrupt", runtime, "KeyboardInterrupt\n"),
                                   ("import sys; sys.stdout.close()", "", ""), ("1", runtime, "I/O operation on closed file.\n"),
-                                  ("sys.stdout = sys.__stderr__", "", "")):
+                                  ("sys.stdout = sys.__stderr__", "", ""), ("sys.stderr = None", "", ""),
+                                  ("1/0", runtime, "ZeroDivisionError: division by zero\n"),
+                                  ("sys.stderr = sys.__stderr__; del sys.ps2; sys.ps1 = type('P', (), {'__str__': lambda s: '>>> '})()", "", "")):
             with self.subTest(line=line):
                 answer = console.answer(line)
                 self.assertTrue(answer.startswith(first) and answer.endswith(last), answer)
         self.assertEqual(console.answer("6 * 7"), "42\n")
-        self.assertEqual(console.answer("sys.last_type.__name__"), "'ValueError'\n")
+        self.assertEqual(console.answer("sys.last_type.__name__"), "'ZeroDivisionError'\n")
 
     def test_an_interrupt_stops_the_statement_only(self):
         console = self.console()

@@ -58,7 +58,7 @@ TEXTS = [
 
 # Whole command lines; {f} is a script that prints its name and its arguments.
 LINES = [
-    ["{f}"], ["{f}", "a", "--b"], ["--", "{f}", "x"], ["-c"], ["-m"], ["-W"], ["-O", "-c", "print(__debug__)"], ["-OO", "{f}"],
+    ["{f}"], ["{f}", "a", "--b"], ["script.py"], ["./script.py"], ["link.py"], ["deep/../script.py"], ["--", "{f}", "x"], ["-c"], ["-m"], ["-W"], ["-O", "-c", "print(__debug__)"], ["-OO", "{f}"],
     ["-W", "error", "-c", "import warnings; warnings.warn('x')"], ["-Wignore", "-c", "import warnings; warnings.warn('x')"],
     ["-X", "utf8", "-c", "import sys; print(sys.flags.utf8_mode)"], ["-Xfaulthandler", "-c", "import faulthandler; print(faulthandler.is_enabled())"],
     ["-I", "-c", "import sys; print(sys.flags.isolated, sys.flags.ignore_environment, sys.flags.no_user_site)"], ["-E", "-s", "{f}"],
@@ -75,6 +75,10 @@ class LikePythonTest(unittest.TestCase):
         self.script = os.path.join(self.folder, "script.py")
         with open(self.script, "w") as out:
             out.write("import sys\nprint(sys.argv, __file__, __name__, sys.path[0])\nprint(sorted(globals()))\n")
+        os.mkdir(os.path.join(self.folder, "deep"))
+        real = os.path.join(self.folder, "deep", "real.py")
+        shutil.copy(self.script, real)
+        os.symlink(real, os.path.join(self.folder, "link.py"))
 
     def run_one(self, program, arguments, **variables):
         environment = dict(os.environ, QLX_HOME=self.folder, **variables)

@@ -14,11 +14,34 @@ for _name in __future__.all_feature_names:
 class Console(code.InteractiveConsole):
     """A line that is a statement runs at once; a block goes on until an empty line."""
 
+    def write(self, data):
+        try:
+            sys.stderr.write(data)
+        except Exception:
+            os.write(2, data.encode("utf-8", "backslashreplace"))
+
     def raw_input(self, prompt=""):
-        for stream in (sys.__stdout__, sys.__stderr__):
-            if stream is not None and not stream.closed:
+        for stream in (sys.stdout, sys.stderr, sys.__stdout__, sys.__stderr__):
+            try:
                 stream.flush()
+            except Exception:
+                pass
         return _qlx.read_line(prompt)
+
+    def converse(self):
+        """Until the end of input, whatever a statement does to the streams and the prompts."""
+        more = False
+        while True:
+            try:
+                line = self.raw_input(_prompt("ps2" if more else "ps1"))
+                more = self.push(line)
+            except EOFError:
+                self.write("\n")
+                return
+            except KeyboardInterrupt:
+                self.write("\nKeyboardInterrupt\n")
+                self.resetbuffer()
+                more = False
 
     def runsource(self, source, filename="<stdin>", symbol="single"):
         try:
@@ -42,15 +65,30 @@ class Console(code.InteractiveConsole):
             self.showsyntaxerror(filename)
 
 
-def _set_up(names):
+def _prompt(name):
+    try:
+        text = str(getattr(sys, name, ""))
+    except Exception:
+        return ""
+    return text.encode("utf-8", "backslashreplace").decode().replace("\0", "")
+
+
+def _set_up(console):
     """What `python` does ahead of its first prompt: line editing, and the user's own file."""
     hook = getattr(sys, "__interactivehook__", None)
     if hook and not sys.flags.isolated:
         hook()
     startup = None if sys.flags.ignore_environment else os.environ.get("PYTHONSTARTUP")
-    if startup:
-        with open(startup, "rb") as script:
-            exec(compile(script.read(), startup, "exec"), names)
+    if not startup:
+        return
+    with open(startup, "rb") as script:
+        source = script.read()
+    try:
+        compiled = compile(source, startup, "exec")
+    except (OverflowError, SyntaxError, ValueError):
+        console.showsyntaxerror(startup)
+    else:
+        console.runcode(compiled)
 
 
 def interact(names):
@@ -60,7 +98,7 @@ def interact(names):
         sys.ps2 = "... "
     console = Console(names, "<stdin>")
     try:
-        _set_up(names)
-    except Exception:
+        _set_up(console)
+    except (Exception, KeyboardInterrupt):
         console.showtraceback()
-    console.interact(banner="", exitmsg="")
+    console.converse()

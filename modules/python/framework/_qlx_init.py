@@ -93,11 +93,13 @@ class _Input(_Stream):
         return len(data)
 
     def _chunk(self, size):
-        import threading
-        # The host asks its user on the main thread only; the stream of a process can be read by any.
-        if self._descriptor is not None and threading.current_thread() is not threading.main_thread():
+        try:
+            return self._read(size).encode("utf-8", "surrogateescape")
+        except RuntimeError:
+            # The host asks its user on the main thread only; a stream of the process can be read by any.
+            if self._descriptor is None:
+                raise
             return os.read(self._descriptor, size)
-        return self._read(size).encode("utf-8", "surrogateescape")
 
 
 def _text(raw, old):

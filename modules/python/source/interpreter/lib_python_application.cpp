@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "interpreter/lib_python.h"
 #include "interpreter/lib_python_commandline.h"
@@ -67,14 +70,27 @@ tavor::Error PrepareRun(const Filename& folder, const CommandLine& commandLine) 
   return LibraryRef()->CPySys_SetPath(folder.Word(), 1, PATHHANDLE_INSERT_AT_BEGINNING);
 }
 
-void PrintLine(const std::string& text, HostConsole stream) {
-  kelvar::ConsoleWrite(stream, kelvar::Bytes(text + "\n"));
+void Print(std::string_view text, HostConsole stream) {
+  while (!text.empty()) {
+    const int64_t written = kelvar::ConsoleWrite(stream, kelvar::Bytes(text));
+    if (written == -EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(std::min(size_t(written), text.size()));
+  }
+}
+
+void PrintLine(const std::string& text, HostConsole stream) { Print(text + "\n", stream); }
+
+// The folder of a script, where a link leads to it.
+Filename FolderOf(const std::string& path) {
+  char* resolved = realpath(path.c_str(), nullptr);
+  Filename file = Filename::FromString(kelvar::Bytes(resolved ? resolved : path));
+  std::free(resolved);
+  return file.GetDirectory();
 }
 
 tavor::Error CantOpen(const std::string& file, const char* reason) {
-  PrintLine(std::string(kelvar::View(tavor::application::GetArgument(0))) + ": can't open file '" + file +
-                "': " + reason,
-            HOST_CONSOLE_ERROR);
+  PrintLine(ProgramName() + ": can't open file '" + file + "': " + reason, HOST_CONSOLE_ERROR);
   tavor::application::SetExitCode(2);
   return tavor::Error(reason);
 }
@@ -85,8 +101,7 @@ tavor::Error RunScript(const CommandLine& commandLine) {
   if (kelvar::HostFileExists(file, true)) return CantOpen(path, "is a directory");
   if (!kelvar::HostFileExists(file, false)) return CantOpen(path, "no such file or directory");
   if (access(path.c_str(), R_OK) != 0) return CantOpen(path, "permission denied");
-  const bool bare = path.find('/') == std::string::npos;
-  if (tavor::Error error = PrepareRun(bare ? CurrentFolder() : file.GetDirectory(), commandLine)) return error;
+  if (tavor::Error error = PrepareRun(FolderOf(path), commandLine)) return error;
   return MachineRef()->ExecuteFile(file);
 }
 
@@ -110,6 +125,10 @@ tavor::Error RunConsole(const CommandLine& commandLine) {
   const bool program = commandLine.operation == PYSTARTOPERATION_NONE && !isatty(STDIN_FILENO) &&
                        !(commandLine.flags & kFlagInspect);
   if (!program && !(commandLine.flags & kFlagQuiet)) {
+    {
+      GilScope lock;
+      FlushStreams();
+    }
     const std::string name(kelvar::View(MachineRef()->GetName()));
     const std::string version(kelvar::View(MachineRef()->GetVersion()));
     PrintLine("Welcome to the world of QLX and " + name + " " + version + " (c) " +
@@ -139,7 +158,7 @@ bool ImportStreamsOfGeneration2() {
 bool RunCommandLine() {
   const CommandLine& commandLine = ReadCommandLine();
   if (commandLine.help) {
-    kelvar::ConsoleWrite(HOST_CONSOLE_OUT, kelvar::Text(kHelp));
+    Print(kHelp, HOST_CONSOLE_OUT);
     return false;
   }
   if (commandLine.operation == PYSTARTOPERATION_VERSION) {
@@ -155,10 +174,7 @@ bool RunCommandLine() {
   return !error;
 }
 
-}  // namespace
-
-bool RunApplication() {
-  if (!HasHostTables()) return false;
+bool RunMainRoutine() {
   // The bring-up has told the reason.
   if (IsCommandLineApplication() && ReadCommandLine().fault) return false;
   if (!MachineRef() || !LibraryRef()) {
@@ -168,11 +184,17 @@ bool RunApplication() {
     return false;
   }
   if (!ImportStreamsOfGeneration2()) return false;
-  if (!IsCommandLineApplication()) return true;
+  return !IsCommandLineApplication() || RunCommandLine();
+}
+
+}  // namespace
+
+bool RunApplication() {
+  if (!HasHostTables()) return false;
   constexpr const char* kDisable = "g_disableConsoleOutput";
   const bool disabled = tavor::application::GetConfigurationBool(kDisable, 0);
   if (disabled) tavor::application::SetConfigurationBool(kDisable, 0);
-  const bool result = RunCommandLine();
+  const bool result = RunMainRoutine();
   if (disabled) tavor::application::SetConfigurationBool(kDisable, 1);
   return result;
 }

@@ -172,8 +172,7 @@ CommandLine ReadOnce() {
     arguments.emplace_back(kelvar::View(tavor::application::GetArgument(i)));
   CommandLine line = ParseCommandLine(arguments);
   if (line.fault) {
-    const std::string program = arguments.empty() ? "" : arguments[0].substr(arguments[0].rfind('/') + 1);
-    line.fault = tavor::Error(program + ": " + line.fault.Text(), HOST_RESULT_ILLEGAL_ARGUMENT);
+    line.fault = tavor::Error(ProgramName() + ": " + line.fault.Text(), HOST_RESULT_ILLEGAL_ARGUMENT);
     tavor::application::SetExitCode(2);
   }
   return line;
@@ -182,6 +181,11 @@ CommandLine ReadOnce() {
 }  // namespace
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments) { return Reader(arguments).Read(); }
+
+std::string ProgramName() {
+  const std::string path(kelvar::View(tavor::application::GetArgument(0)));
+  return path.substr(path.rfind('/') + 1);
+}
 
 const CommandLine& ReadCommandLine() {
   static const auto* line = new CommandLine(ReadOnce());

@@ -28,6 +28,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 // The application's command line, read once. A wrong one has set the exit code to 2. Main thread.
 const CommandLine& ReadCommandLine();
 
+// The name by which the application speaks of itself, without its folder.
+std::string ProgramName();
+
 // The main routine of the command-line application: runs what the command line asks for. Any
 // other application has nothing to do here. The exit code goes to the application.
 bool RunApplication();

@@ -111,7 +111,7 @@ tavor::Error RunMainText(const String& code) {
 }
 
 tavor::Error RunMainFile(const Filename& file) {
-  const std::string path(kelvar::View(file.GetString()));
+  const std::string path = ScriptFileName(std::string(kelvar::View(file.GetString())));
   return InMain([&](PyObject* globals) { return RunFile(path, globals); });
 }
 

@@ -4,6 +4,7 @@
 
 #include <Python.h>
 
+#include <cstdio>
 #include <utility>
 
 #include "interpreter/lib_python.h"
@@ -76,7 +77,8 @@ void Show(const Taken& error) {
   PyErr_Display(error.type, error.value, error.traceback);
 }
 
-// An error is seen at once, behind what was printed ahead of it.
+}  // namespace
+
 void FlushStreams() {
   for (const char* name : {"stdout", "stderr"}) {
     PyObject* stream = PySys_GetObject(name);
@@ -88,8 +90,6 @@ void FlushStreams() {
   }
 }
 
-}  // namespace
-
 void PrintPendingError() {
   const Taken error;
   if (!error.type) return;
@@ -98,6 +98,7 @@ void PrintPendingError() {
   const bool exits = IsSystemExitPending();
   PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
   if (exits) PyErr_Fetch(&type, &value, &traceback);
+  // An error is seen at once, behind what was printed ahead of it.
   FlushStreams();
   if (exits) PyErr_Restore(type, value, traceback);
 }
@@ -158,7 +159,15 @@ bool TakeSystemExit(int& code) {
   } else {
     code = 1;
     PyObject* stream = PySys_GetObject("stderr");
-    if (stream && stream != Py_None) PyFile_WriteObject(value, stream, Py_PRINT_RAW);
+    Py_XINCREF(stream);
+    if (stream && stream != Py_None) {
+      PyFile_WriteObject(value, stream, Py_PRINT_RAW);
+    } else {
+      PyObject_Print(value, stderr, Py_PRINT_RAW);
+      std::fflush(stderr);
+    }
+    Py_XDECREF(stream);
+    PyErr_Clear();
     PySys_WriteStderr("\n");
   }
   PyErr_Clear();
@@ -167,7 +176,9 @@ bool TakeSystemExit(int& code) {
 }
 
 void ResetExceptHook() {
-  if (PySys_GetObject("last_traceback")) PySys_SetObject("last_traceback", nullptr);
+  // The value holds the traceback too.
+  for (const char* name : {"last_traceback", "last_value", "last_type"})
+    if (PySys_GetObject(name)) PySys_SetObject(name, nullptr);
   PyObject* original = PySys_GetObject("__excepthook__");
   if (original && PySys_GetObject("excepthook") != original) PySys_SetObject("excepthook", original);
   PyErr_Clear();

@@ -16,6 +16,9 @@ void PrintBridgeError();
 
 bool IsSystemExitPending();
 
+// Flushes `sys.stdout` and `sys.stderr`. What goes wrong there is passed over.
+void FlushStreams();
+
 // PrintBridgeError, and no error is pending afterwards. In the command-line application an
 // exit leaves its code.
 void PrintAndClearError();

@@ -57,7 +57,7 @@ void WriteBuffer(PyObject* stream, FILE* fallback, char* buffer, int length) {
 void WriteFormat(const char* name, FILE* fallback, const char* format, va_list arguments) {
   const PreservedError preserved;
   if (PyObject* stream = PySys_GetObject(name)) {
-    char buffer[kLineBytes];
+    char buffer[kLineBytes] = "";
     WriteBuffer(stream, fallback, buffer, std::vsnprintf(buffer, sizeof buffer, format, arguments));
   } else {
     std::vfprintf(fallback, format, arguments);

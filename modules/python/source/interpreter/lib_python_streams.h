@@ -1,5 +1,5 @@
-// Printing from the module to the streams of the interpreter. Lock held in all of these; a
-// pending error survives them.
+// Printing from the module to the streams of the interpreter. Lock held in all of these. A
+// pending error survives a write.
 #ifndef INTERPRETER_LIB_PYTHON_STREAMS_H
 #define INTERPRETER_LIB_PYTHON_STREAMS_H
 

@@ -13,6 +13,7 @@ extern "C" grammar _PyParser_Grammar;  // the library has it, its headers don't
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 namespace qlx {
 namespace {
@@ -44,6 +45,13 @@ std::vector<std::string> WarningsOfEnvironment() {
   return words;
 }
 
+bool IsDevelopmentMode(const StartSettings& settings) {
+  for (const std::string& option : settings.extended)
+    if (option == "dev") return true;
+  const char* variable = settings.useEnvironment && !settings.isolated ? std::getenv("PYTHONDEVMODE") : nullptr;
+  return variable && *variable;
+}
+
 // Options as the interpreter takes them: it keeps the pointers.
 class WordList {
  public:
@@ -71,7 +79,7 @@ std::string StartInterpreter(const StartSettings& settings) {
   Py_IsolatedFlag = settings.isolated;
   Py_UnbufferedStdioFlag = settings.unbuffered;
   Py_QuietFlag = settings.quiet;
-  Py_InspectFlag = settings.inspect;
+  Py_InspectFlag = Py_InteractiveFlag = settings.inspect;
   Py_OptimizeFlag = settings.optimize;
   Py_VerboseFlag = settings.verbose;
   Py_BytesWarningFlag = settings.bytesWarning;
@@ -93,9 +101,10 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.argc = -1;
   config.nmodule_search_path = -1;
   static WordList warnings, extended;
+  // Only this version's own command line turns some options into filters.
+  if (IsDevelopmentMode(settings)) warnings.Add({"default"});
   if (settings.useEnvironment && !settings.isolated) warnings.Add(WarningsOfEnvironment());
   warnings.Add(settings.warnings);
-  // Only this version's own command line turns the option into a filter.
   if (settings.bytesWarning)
     warnings.Add({settings.bytesWarning > 1 ? "error::BytesWarning" : "default::BytesWarning"});
   extended.Add(settings.extended);
@@ -120,6 +129,8 @@ int TestCompleteness(const char* source) {
 
 bool InterruptEndsBySignal() { return false; }
 
+std::string ScriptFileName(const std::string& path) { return path; }
+
 #else
 
 std::string StartInterpreter(const StartSettings& settings) {
@@ -132,7 +143,7 @@ std::string StartInterpreter(const StartSettings& settings) {
   config.isolated = settings.isolated;
   config.buffered_stdio = !settings.unbuffered;
   config.quiet = settings.quiet;
-  config.inspect = settings.inspect;
+  config.inspect = config.interactive = settings.inspect;
   config.optimization_level = settings.optimize;
   config.verbose = settings.verbose;
   config.bytes_warning = settings.bytesWarning;
@@ -240,6 +251,12 @@ int TestCompleteness(const char* text) {
 }
 
 bool InterruptEndsBySignal() { return true; }
+
+std::string ScriptFileName(const std::string& path) {
+  std::error_code gone;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, gone);
+  return gone ? path : absolute.string();
+}
 
 #endif
 

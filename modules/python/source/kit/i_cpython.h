@@ -43,6 +43,9 @@ int TestCompleteness(const char* source);
 // Whether an uncaught KeyboardInterrupt ends the process by the signal, as `python` does.
 bool InterruptEndsBySignal();
 
+// The path by which a script file knows itself and tracebacks show it.
+std::string ScriptFileName(const std::string& path);
+
 // The version of the running library, from its own words.
 struct InterpreterVersion {
   unsigned major, minor, micro;
