@@ -156,16 +156,22 @@ TEST_F(LockTest, ExitCodesAreThoseOfTheInterpreter) {
   PyErr_Clear();
 }
 
-TEST_F(LockTest, TheExceptHookIsRestored) {
+TEST_F(LockTest, WhatAnUncaughtErrorHoldsIsFreedAndTheHookRestored) {
   GilScope lock;
   PyObject* globals = PyModule_GetDict(PyImport_AddModule("__main__"));
-  const char* source = "import sys\nsys.excepthook = print\nsys.last_traceback = 1";
-  PyObject* done = PyRun_String(source, Py_file_input, globals, globals);
-  ASSERT_NE(done, nullptr);
-  Py_DECREF(done);
+  const auto run = [&](const char* source) {
+    PyObject* done = PyRun_String(source, Py_file_input, globals, globals);
+    Py_XDECREF(done);
+    return done != nullptr;
+  };
+  EXPECT_FALSE(
+      run("import sys, weakref\nclass Held: pass\nsys.excepthook = lambda *error: None\n"
+          "def fail():\n  held = Held()\n  sys.held = weakref.ref(held)\n  1/0\nfail()"));
+  qlx::PrintPendingError();
+  EXPECT_TRUE(run("assert sys.held() and sys.last_traceback"));
   qlx::ResetExceptHook();
-  EXPECT_EQ(PySys_GetObject("excepthook"), PySys_GetObject("__excepthook__"));
-  EXPECT_EQ(PySys_GetObject("last_traceback"), nullptr);
+  EXPECT_TRUE(run("assert sys.held() is None and not hasattr(sys, 'last_traceback')"));
+  EXPECT_TRUE(run("assert sys.excepthook is sys.__excepthook__"));
 }
 
 }  // namespace
