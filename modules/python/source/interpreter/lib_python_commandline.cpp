@@ -168,8 +168,9 @@ class Reader {
 
 CommandLine ReadOnce() {
   std::vector<std::string> arguments;
-  for (int32_t i = 0; i < tavor::application::GetArgumentCount(); ++i)
-    arguments.emplace_back(kelvar::View(tavor::application::GetArgument(i)));
+  const int32_t count = tavor::application::GetArgumentCount();
+  arguments.reserve(size_t(count));
+  for (int32_t i = 0; i < count; ++i) arguments.emplace_back(kelvar::View(tavor::application::GetArgument(i)));
   CommandLine line = ParseCommandLine(arguments);
   if (line.fault) {
     line.fault = tavor::Error(ProgramName() + ": " + line.fault.Text(), HOST_RESULT_ILLEGAL_ARGUMENT);

@@ -15,6 +15,7 @@
 #include "interpreter/lib_python_output.h"
 #include "kelvar/text.h"
 #include "kit/i_cpython.h"
+#include "kit/i_errors.h"
 #include "tavor/application.h"
 
 namespace qlx {
@@ -93,8 +94,7 @@ template <class Run>
 tavor::Error InMain(Run run) {
   GilScope lock;
   PyObject* globals = MainGlobals();
-  tavor::Error error = Settle(globals ? run(globals) : nullptr);
-  return error;
+  return Settle(globals ? run(globals) : nullptr);
 }
 
 }  // namespace
@@ -102,10 +102,7 @@ tavor::Error InMain(Run run) {
 tavor::Error RunMainText(const String& code) {
   const std::string text(kelvar::View(code));
   return InMain([&](PyObject* globals) -> PyObject* {
-    if (text.find('\0') != std::string::npos) {
-      PyErr_SetString(PyExc_ValueError, "source code string cannot contain null bytes");
-      return nullptr;
-    }
+    if (!CheckSourceText(text)) return nullptr;
     return PyRun_StringFlags(text.c_str(), Py_file_input, globals, globals, nullptr);
   });
 }

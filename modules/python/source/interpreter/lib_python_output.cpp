@@ -94,13 +94,10 @@ void PrintPendingError() {
   const Taken error;
   if (!error.type) return;
   Show(error);
-  // An exit that the hook asks for stays pending.
-  const bool exits = IsSystemExitPending();
-  PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
-  if (exits) PyErr_Fetch(&type, &value, &traceback);
-  // An error is seen at once, behind what was printed ahead of it.
+  // An exit that the hook asks for stays pending. The error is seen at once, behind what was
+  // printed ahead of it.
+  const PreservedError exit;
   FlushStreams();
-  if (exits) PyErr_Restore(type, value, traceback);
 }
 
 void PrintBridgeError() {

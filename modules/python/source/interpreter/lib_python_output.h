@@ -2,9 +2,23 @@
 #ifndef INTERPRETER_LIB_PYTHON_OUTPUT_H
 #define INTERPRETER_LIB_PYTHON_OUTPUT_H
 
+#include <Python.h>
+
 #include <string>
 
 namespace qlx {
+
+// Keeps a pending error, or none, out of the way of what may raise another.
+class PreservedError {
+ public:
+  PreservedError() { PyErr_Fetch(&type_, &value_, &traceback_); }
+  ~PreservedError() { PyErr_Restore(type_, value_, traceback_); }
+  PreservedError(const PreservedError&) = delete;
+  PreservedError& operator=(const PreservedError&) = delete;
+
+ private:
+  PyObject *type_, *value_, *traceback_;
+};
 
 // Takes the pending error away and shows it through `sys.excepthook`. An exit that the hook
 // asks for is pending afterwards; the interpreter's own function would end the process there.

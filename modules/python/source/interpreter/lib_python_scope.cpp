@@ -10,6 +10,7 @@
 #include "interpreter/lib_python_machine.h"
 #include "interpreter/lib_python_output.h"
 #include "kelvar/text.h"
+#include "kit/i_errors.h"
 #include "tavor/datadictionary.h"
 
 namespace qlx {
@@ -36,10 +37,7 @@ class CPythonScope : public VirtualMachineScope {
     errorHandling_ = redirect ? ERRORHANDLING_REDIRECT : errorHandling;
     const std::string text(kelvar::View(*reinterpret_cast<const String*>(code)));
     const std::string file(kelvar::View(*reinterpret_cast<const String*>(name)));
-    if (text.find('\0') != std::string::npos) {
-      PyErr_SetString(PyExc_ValueError, "source code string cannot contain null bytes");
-      return Failure();
-    }
+    if (!CheckSourceText(text)) return Failure();
     globals_ = KeptReference::Adopt(NewGlobals());
     PyObject* fileName =
         globals_ ? PyUnicode_DecodeFSDefaultAndSize(file.data(), Py_ssize_t(file.size())) : nullptr;

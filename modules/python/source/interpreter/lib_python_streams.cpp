@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <string_view>
 
+#include "interpreter/lib_python_output.h"
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 
@@ -13,18 +14,6 @@ namespace {
 
 constexpr size_t kLineBytes = 1001;
 constexpr const char* kTruncated = "... truncated";
-
-// Keeps the caller's pending error out of the way of a write.
-class PreservedError {
- public:
-  PreservedError() { PyErr_Fetch(&type_, &value_, &traceback_); }
-  ~PreservedError() { PyErr_Restore(type_, value_, traceback_); }
-  PreservedError(const PreservedError&) = delete;
-  PreservedError& operator=(const PreservedError&) = delete;
-
- private:
-  PyObject *type_, *value_, *traceback_;
-};
 
 // A buffer that was cut must not end inside a character.
 void CutToCharacter(char* buffer) {

@@ -6,6 +6,7 @@
 
 #include "interpreter/lib_python_lock.h"
 #include "kit/i_cpython.h"
+#include "kit/i_errors.h"
 
 namespace qlx {
 namespace {
@@ -47,9 +48,7 @@ void ReadFault(SyntaxFault& fault) {
 
 PyObject* CompileForCheck(const std::string& source, const std::string& name, SyntaxFault& fault) {
   PyObject* code = nullptr;
-  if (source.find('\0') != std::string::npos) {
-    PyErr_SetString(PyExc_ValueError, "source code string cannot contain null bytes");
-  } else {
+  if (CheckSourceText(source)) {
     code = Py_CompileStringExFlags(source.c_str(), ("'" + name + "'").c_str(), Py_file_input, nullptr, -1);
   }
   if (!code) ReadFault(fault);

@@ -77,6 +77,12 @@ int RaiseAttributeNotRemovable(const char* name) {
   return -1;
 }
 
+bool CheckSourceText(const std::string& source) {
+  if (source.find('\0') == std::string::npos) return true;
+  RaiseFormatted(PyExc_ValueError, "source code string cannot contain null bytes");
+  return false;
+}
+
 void RaiseExpectedType(const char* expected, PyObject* object) {
   char text[kExpectedBytes];
   PyOS_snprintf(text, sizeof text, "Expected %.50s, not %.50s", expected, NameOf(object));

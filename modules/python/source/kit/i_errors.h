@@ -5,6 +5,7 @@
 #include <Python.h>
 
 #include <cstdint>
+#include <string>
 
 namespace qlx {
 
@@ -25,6 +26,9 @@ PyObject* RaiseMainThreadOnly();                   // RuntimeError
 PyObject* RaiseOutOfRange(const char* what);       // IndexError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
+
+// ValueError for a source text with a null byte, which the compiler would cut there; false then.
+bool CheckSourceText(const std::string& source);
 
 // TypeError: what was expected and what came, by its type or as "None".
 void RaiseExpectedType(const char* expected, PyObject* object);
