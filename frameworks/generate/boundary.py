@@ -12,7 +12,7 @@ A table header names its kind in its first comment:
     interface CLASS IDENTITY     the table in the first word of an object
     functions NAMESPACE          the entries become free functions
     value CLASS WORD             the entries become methods of a one-word value
-    class CLASS                  the entries become methods of a handle
+    class CLASS [: BASE]         the entries become methods of a handle
 
 Each entry has a comment of fixed form: what it does, then one line each for owner, thread,
 waits, since and fails. Any departure from that form stops the build with file and line.
@@ -93,7 +93,7 @@ def main():
     if chosen.output:
         out = chosen.output
         for table in tables:
-            write_if_changed(out / table.thin, boundary_sources.write_thin(table))
+            write_if_changed(out / table.thin, boundary_sources.write_thin(table, tables))
         write_if_changed(out / "boundary/tables.h", boundary_sources.write_tables_header(tables))
         write_if_changed(out / "boundary/tables.cpp", boundary_sources.write_tables_source(tables))
         write_if_changed(out / "boundary/host.h", boundary_sources.write_host_header(tables))

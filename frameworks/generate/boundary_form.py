@@ -74,6 +74,7 @@ class Table:
     functions: str = ""
     value: tuple = ()
     klass: str = ""
+    base: str = ""  # of the class
 
     @property
     def stem(self):
@@ -157,9 +158,10 @@ def parse_header(path):
         except (FormError, ValueError) as error:
             raise FormError(f"{path}:{line}: {function[2]}: {error}") from None
         entries.append(entry)
+    klass, _, base = directives.get("class", "").partition(" : ")
     split = lambda name: tuple(directives.get(name, "").split())
     return Table(path, struct[1], title, entries, words, directives.get("group", ""), split("service"),
-                 split("interface"), directives.get("functions", ""), split("value"), directives.get("class", ""))
+                 split("interface"), directives.get("functions", ""), split("value"), klass, base)
 
 
 def load_tables():

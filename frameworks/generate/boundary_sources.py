@@ -14,10 +14,14 @@ def thin_result(ctype, call):
         return WORDS[ctype], f"{WORDS[ctype]}::Adopt({call})"
     if ctype == "HostResult":
         return "tavor::Error", f"tavor::Error::Adopt({call})"
+    if ctype == "HostBool":
+        return "bool", f"{call} != 0"
     return ctype, call
 
 
 def thin_parameter(parameter, following):
+    if parameter.ctype == "HostBool":
+        return f"bool {parameter.name}", parameter.name
     match = re.fullmatch(r"(const )?(HostString|HostFilename)\*", parameter.ctype)
     if not match or (following and following.name == "count"):
         return f"{parameter.ctype} {parameter.name}", parameter.name
@@ -83,9 +87,9 @@ static_assert(sizeof({cls}) == sizeof({word}));
 """
 
 
-def thin_includes(table):
+def thin_includes(table, tables):
     used = " ".join(e.signature for e in table.entries)
-    includes = []
+    includes = [f'#include "{t.thin}"' for t in tables if table.base and t.klass == table.base]
     if "HostString" in used and table.stem != "string":
         includes.append('#include "kelvar/string.h"')
     if "HostFilename" in used and table.stem != "filename":
@@ -95,12 +99,12 @@ def thin_includes(table):
     return includes
 
 
-def write_thin(table):
+def write_thin(table, tables):
     guard = re.sub(r"\W", "_", table.thin).upper()
     lines = [f"// {table.title}", f"#ifndef {guard}", f"#define {guard}", "", "#include <utility>", "",
              '#include "boundary/tables.h"']
     # A value class and the error that carries it know each other: the class comes first.
-    includes = thin_includes(table)
+    includes = thin_includes(table, tables)
     late = [i for i in includes if table.value and ("error.h" in i)]
     lines += [i for i in includes if i not in late]
     lines.append("")
@@ -122,7 +126,8 @@ def write_thin(table):
             body = forwards[e.name].removeprefix("static ")
             lines.append("inline " + body.replace(f" {e.name}(", f" {cls}::{e.name}(", 1))
     elif table.klass:
-        lines.append(f"struct {table.klass} {{\n  {table.klass}() = delete;\n")
+        heritage = f" : {table.base}" if table.base else ""
+        lines.append(f"struct {table.klass}{heritage} {{\n  {table.klass}() = delete;\n")
         for e in table.entries:
             lines.append(doc(e, "  ") + "  " + thin_forward(e, callee(e), table.klass, "this", "static "))
         lines.append("};")

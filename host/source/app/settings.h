@@ -26,7 +26,7 @@ class Configuration {
  private:
   mutable std::mutex lock_;
   std::map<std::string, int32_t, std::less<>> values_{
-      {"g_console", 1}, {"g_disableConsoleOutput", 0}, {"g_encryptPypFile", 0}};
+      {"g_console", 1}, {"g_disableConsoleOutput", 0}, {"g_encryptPypFile", 0}, {"g_trackLeaks", 0}};
 };
 
 // Set before the module is loaded and only read afterwards, apart from the last two.

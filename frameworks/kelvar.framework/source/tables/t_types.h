@@ -18,6 +18,17 @@ typedef struct HostFilename {
   void* word;
 } HostFilename;
 
+/* A truth value in an answer or an argument, 0 or 1. */
+typedef int32_t HostBool;
+
+/* A weak reference to an object of the host: it answers null as soon as the object was
+ * destroyed, by whomever. The words belong to the host; all zero is the empty link. A link
+ * may be moved as bytes, and is ended by FreeLink of group 17. */
+typedef struct HostLink {
+  void* slot;
+  uint64_t generation;
+} HostLink;
+
 enum HostResultCode {
   HOST_RESULT_OK = 0,
   HOST_RESULT_ERROR = 1,

@@ -1,0 +1,67 @@
+/* Group 17: weak references to the host's objects.
+ * group     HOST_GROUP_LINK
+ * functions kelvar */
+#ifndef KELVAR_T_LINK_H
+#define KELVAR_T_LINK_H
+
+#include "t_host.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Waits until no call of the module holds an object that it looked up before. */
+typedef void (*HostQuiet)(void);
+
+typedef struct HostLinkGroup {
+  uint32_t size;
+  uint32_t reserved;
+
+  /* The object that the link points at, or null when it was destroyed or the link is empty. Its memory
+   * stays while the caller holds the interpreter's lock.
+   * owner   the host
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  void* (*GetLink)(HostLink link);
+
+  /* Ends the link and clears it.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*FreeLink)(HostLink* link);
+
+  /* As GetLink; the object's memory stays until UnpinLink, also when the object is destroyed meanwhile and
+   * without the interpreter's lock. Every answer but null wants an UnpinLink.
+   * owner   the host
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  void* (*PinLink)(HostLink link);
+
+  /* Ends what PinLink began.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*UnpinLink)(HostLink link);
+
+  /* Tells the host how it waits for the module: it calls `quiet` without holding a lock of its own, after it
+   * destroyed objects by itself and before it frees their memory. Null: the module has gone.
+   * owner   -
+   * thread  main
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*SetQuiet)(HostQuiet quiet);
+} HostLinkGroup;
+
+#ifdef __cplusplus
+}
+#endif
+#endif

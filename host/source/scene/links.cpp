@@ -1,0 +1,168 @@
+#include "scene/links.h"
+
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "boundary/host.h"
+#include "tables/tables.h"
+
+namespace host {
+
+struct LinkSlot {
+  std::atomic<Linkable*> object{nullptr};
+  std::atomic<uint64_t> generation{1};
+  std::atomic<uint32_t> pins{0};
+  std::atomic<Linkable*> doomed{nullptr};  // dead, and waiting for its last pin
+};
+
+namespace {
+
+class SlotTable {
+ public:
+  LinkSlot* Take() {
+    std::lock_guard guard(lock_);
+    if (free_.empty()) Grow();
+    LinkSlot* slot = free_.back();
+    free_.pop_back();
+    return slot;
+  }
+
+  // Never fails: the list has room for every slot that there is.
+  void Give(LinkSlot* slot) {
+    std::lock_guard guard(lock_);
+    free_.push_back(slot);
+  }
+
+ private:
+  static constexpr size_t kChunk = 1024;
+
+  void Grow() {
+    free_.reserve((chunks_.size() + 1) * kChunk);
+    chunks_.push_back(std::make_unique<LinkSlot[]>(kChunk));
+    for (size_t i = kChunk; i-- > 0;) free_.push_back(&chunks_.back()[i]);
+  }
+
+  std::mutex lock_;
+  std::vector<std::unique_ptr<LinkSlot[]>> chunks_;
+  std::vector<LinkSlot*> free_;
+};
+
+SlotTable& Slots() { return Lasting<SlotTable>(); }
+
+struct Graveyard {
+  std::mutex lock;
+  std::vector<Linkable*> objects;
+  HostQuiet quiet = nullptr;
+};
+
+Graveyard& Destroyed() { return Lasting<Graveyard>(); }
+
+Linkable* ObjectOf(HostLink link) {
+  const auto* slot = static_cast<const LinkSlot*>(link.slot);
+  if (!slot) return nullptr;
+  // The object is read first: when the slot has the next one already, it has the next generation too.
+  Linkable* object = slot->object.load(std::memory_order_acquire);
+  return slot->generation.load(std::memory_order_acquire) == link.generation ? object : nullptr;
+}
+
+// Whoever takes the doomed object out of the slot frees it: its destroyer, or its last pin.
+void FreeDoomed(LinkSlot* slot) {
+  Linkable* doomed = slot->doomed.exchange(nullptr);
+  if (!doomed) return;
+  delete doomed;
+  Slots().Give(slot);
+}
+
+}  // namespace
+
+Linkable::~Linkable() = default;
+
+void Linkable::Link(HostLink& link) {
+  LinkSlot* slot = slot_.load(std::memory_order_acquire);
+  if (!slot) {
+    LinkSlot* fresh = Slots().Take();
+    fresh->object.store(this, std::memory_order_release);
+    if (slot_.compare_exchange_strong(slot, fresh)) {
+      slot = fresh;
+    } else {
+      fresh->object.store(nullptr, std::memory_order_release);
+      Slots().Give(fresh);
+    }
+  }
+  link = {slot, slot->generation.load(std::memory_order_acquire)};
+}
+
+LinkSlot* Linkable::Die() {
+  LinkSlot* slot = slot_.load(std::memory_order_acquire);
+  if (!slot) return nullptr;
+  slot->generation.fetch_add(1);
+  slot->object.store(nullptr, std::memory_order_release);
+  return slot;
+}
+
+void DestroyNow(Linkable* object) {
+  if (!object) return;
+  LinkSlot* slot = object->Die();
+  if (!slot) {
+    delete object;
+    return;
+  }
+  slot->doomed.store(object);
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+  if (slot->pins.load() == 0) FreeDoomed(slot);
+}
+
+void DestroyLater(Linkable* object) {
+  if (!object) return;
+  object->Die();
+  std::lock_guard guard(Destroyed().lock);
+  Destroyed().objects.push_back(object);
+}
+
+void ReclaimDestroyed() {
+  std::vector<Linkable*> objects;
+  HostQuiet quiet;
+  {
+    std::lock_guard guard(Destroyed().lock);
+    objects.swap(Destroyed().objects);
+    quiet = Destroyed().quiet;
+  }
+  if (objects.empty()) return;
+  if (quiet) quiet();
+  for (Linkable* object : objects) DestroyNow(object);
+}
+
+}  // namespace host
+
+namespace host::link {
+
+void* GetLink(HostLink link) { return ObjectOf(link); }
+
+void FreeLink(HostLink* link) {
+  if (link) *link = {};
+}
+
+void* PinLink(HostLink link) {
+  auto* slot = static_cast<LinkSlot*>(link.slot);
+  if (!slot) return nullptr;
+  // Pinned ahead of the look: either this sees the death, or the destroyer sees the pin.
+  slot->pins.fetch_add(1);
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+  if (Linkable* object = ObjectOf(link)) return object;
+  UnpinLink(link);
+  return nullptr;
+}
+
+void UnpinLink(HostLink link) {
+  auto* slot = static_cast<LinkSlot*>(link.slot);
+  if (slot && slot->pins.fetch_sub(1) == 1) FreeDoomed(slot);
+}
+
+void SetQuiet(HostQuiet quiet) {
+  std::lock_guard guard(Destroyed().lock);
+  Destroyed().quiet = quiet;
+}
+
+}  // namespace host::link

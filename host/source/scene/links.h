@@ -1,0 +1,50 @@
+// What weak links point at, and the slots behind them.
+#ifndef HOST_SCENE_LINKS_H
+#define HOST_SCENE_LINKS_H
+
+#include <atomic>
+
+#include "kelvar.framework/source/tables/t_link.h"
+
+namespace host {
+
+// One slot for each object that was linked. A slot is never freed: after its object it is used
+// again with the next generation, so a link is checked by two reads and no lock.
+struct LinkSlot;
+
+// The base of every object that links may point at. It is the first base, so that a pointer to
+// it is the pointer to the object.
+class Linkable {
+ public:
+  Linkable() = default;
+  Linkable(const Linkable&) = delete;
+  Linkable& operator=(const Linkable&) = delete;
+  virtual ~Linkable();
+
+  // Points `link` at this object; throws std::bad_alloc. Any thread.
+  void Link(HostLink& link);
+
+ private:
+  friend void DestroyNow(Linkable*);
+  friend void DestroyLater(Linkable*);
+
+  // From here all links answer null. The slot, or null when nothing was ever linked.
+  LinkSlot* Die();
+
+  std::atomic<LinkSlot*> slot_{nullptr};
+};
+
+// Destroys an object whose destroyer holds the interpreter's lock, or no Python runs: only a
+// pinned one stays until its last pin goes.
+void DestroyNow(Linkable* object);
+
+// Destroys an object by the host's own will: its links are dead at once, and its memory goes with
+// the next reclaim. Any thread.
+void DestroyLater(Linkable* object);
+
+// Waits for the module and frees what DestroyLater collected. Main thread, no lock held.
+void ReclaimDestroyed();
+
+}  // namespace host
+
+#endif
