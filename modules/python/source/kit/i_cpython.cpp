@@ -279,4 +279,28 @@ InterpreterVersion GetInterpreterVersion() {
   return version;
 }
 
+PyObject* ToInteger(PyObject* object) {
+  const PyNumberMethods* methods = Py_TYPE(object)->tp_as_number;
+  if (PyLong_Check(object)) {
+    Py_INCREF(object);
+    return object;
+  }
+  if (!methods || !methods->nb_int)
+    return PyErr_Format(PyExc_TypeError, "an integer is required (got type %.200s)", Py_TYPE(object)->tp_name);
+  PyObject* integer = methods->nb_int(object);
+  if (!integer || PyLong_CheckExact(integer)) return integer;
+  const char* name = Py_TYPE(integer)->tp_name;
+  if (!PyLong_Check(integer))
+    PyErr_Format(PyExc_TypeError, "__int__ returned non-int (type %.200s)", name);
+  else if (PyErr_WarnFormat(
+               PyExc_DeprecationWarning, 1,
+               "__int__ returned non-int (type %.200s).  The ability to return an instance of a "
+               "strict subclass of int is deprecated, and may not be supported in a future version "
+               "of Python.",
+               name) == 0)
+    return integer;
+  Py_DECREF(integer);
+  return nullptr;
+}
+
 }  // namespace qlx

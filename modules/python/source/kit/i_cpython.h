@@ -52,6 +52,10 @@ struct InterpreterVersion {
 };
 InterpreterVersion GetInterpreterVersion();
 
+// The int that `__int__` of an object makes of it, as a new reference, or null with an exception. All
+// conversions of 3.7 do this to what is no int; later versions refuse or ask `__index__`.
+PyObject* ToInteger(PyObject* object);
+
 }  // namespace qlx
 
 #endif
