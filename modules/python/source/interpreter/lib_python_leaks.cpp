@@ -2,9 +2,83 @@
 
 #include "interpreter/lib_python_leaks.h"
 
-namespace qlx {
+#include <frameobject.h>
 
-// No wrapper type exists that could record one.
-void ReportLeaks() {}
+#include <new>
+#include <string>
+
+#include "interpreter/lib_python_output.h"
+#include "kelvar/general.h"
+#include "kelvar/text.h"
+#include "kit/i_lasting.h"
+
+namespace qlx {
+namespace {
+
+Lasting<LeakTracker> g_tracker;
+
+struct Place {
+  int32_t line = -1;
+  String file;
+};
+
+// The line of the script that runs; -1 where none does.
+Place PlaceOfScript() {
+  Place place;
+  PyFrameObject* frame = PyEval_GetFrame();
+  if (!frame) return place;
+  const PreservedError preserved;
+  PyObject* code = PyObject_GetAttrString(reinterpret_cast<PyObject*>(frame), "f_code");
+  PyObject* name = code ? PyObject_GetAttrString(code, "co_filename") : nullptr;
+  const char* utf8 = name && PyUnicode_Check(name) ? PyUnicode_AsUTF8(name) : nullptr;
+  if (utf8) place = {PyFrame_GetLineNumber(frame), kelvar::Text(utf8)};
+  PyErr_Clear();
+  Py_XDECREF(name);
+  Py_XDECREF(code);
+  return place;
+}
+
+std::string Describe(const String& file, int32_t line, const String& typeName) {
+  return std::string(kelvar::View(file)) + "(" + std::to_string(line) +
+         "): " + std::string(kelvar::View(typeName));
+}
+
+void Print(const std::string& text) { kelvar::DiagnosticOutput(kelvar::Text(text)); }
+
+}  // namespace
+
+LeakTracker& g_wrapperTracker = *g_tracker;
+
+void LeakTracker::Add(PyObject* object, int32_t line, const char* file) {
+  try {
+    Place place = PlaceOfScript();
+    if (place.line == -1) place = {line, kelvar::Text(std::string(file) + " - memleak outside Python context")};
+    records_[object] = {place.line, std::move(place.file), kelvar::Text(Py_TYPE(object)->tp_name)};
+  } catch (const std::bad_alloc&) {
+    // An instance that can't be recorded is not reported; it works all the same.
+  }
+}
+
+void LeakTracker::Remove(PyObject* object) {
+  const auto found = records_.find(object);
+  if (found == records_.end()) return;
+  const Record& record = found->second;
+  if (reported_)
+    Print("Python object (maybe) freed too late: " + Describe(record.file, record.line, record.typeName));
+  records_.erase(found);
+}
+
+void LeakTracker::Report() {
+  if (!IsOn()) return;
+  reported_ = true;
+  if (!records_.empty()) {
+    Print("\n\n*** Potential Memory Leak in Python Detected ***\n\n");
+    for (const auto& [object, record] : records_) Print(Describe(record.file, record.line, record.typeName));
+    Print(std::to_string(records_.size()) + " objects\n\n");
+  }
+  Print("Python Trace End...");
+}
+
+void ReportLeaks() { g_wrapperTracker.Report(); }
 
 }  // namespace qlx

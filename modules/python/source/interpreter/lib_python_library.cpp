@@ -17,6 +17,7 @@
 #include "kelvar/text.h"
 #include "kit/i_cpython.h"
 #include "kit/i_package.h"
+#include "kit/i_pool.h"
 #include "kit/i_typequeue.h"
 #include "tavor/application.h"
 #include "tavor/datadictionary.h"
@@ -129,6 +130,7 @@ class CPythonLibraryImplementation : public CPythonLibrary {
   }
 
   void CPy_Finalize() {
+    if (Py_IsInitialized()) ReleaseRecordPools();
     // A standard output that could not take all is an error, as it is for `python`.
     if (Py_IsInitialized() && Py_FinalizeEx() != 0 && IsCommandLineApplication())
       tavor::application::SetExitCode(kOutputLost);

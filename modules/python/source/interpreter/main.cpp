@@ -13,12 +13,15 @@
 #include "interpreter/messages.h"
 #include "interpreter/modulelibrary.h"
 #include "kelvar/general.h"
+#include "kelvar/link.h"
 #include "kelvar/resource.h"
 #include "kelvar/text.h"
 #include "kit/i_dynamic.h"
 #include "kit/i_lasting.h"
+#include "kit/i_wrapper.h"
 #include "nodes/nodes.h"
 #include "plugins/plugins.h"
+#include "tavor/application.h"
 #include "threading/threads.h"
 
 #define QLX_EXPORT extern "C" __attribute__((visibility("default")))
@@ -117,6 +120,7 @@ void FreeResource() {
 int32_t CloseEntry() {
   if (--g_entryCount != 0) return 1;
   if (g_hasTables) GeResource::SetSymbolHook(nullptr);
+  kelvar::SetQuiet(nullptr);
   PluginEnd();
   FreeResource();
   if (g_modulePath) {
@@ -169,6 +173,7 @@ bool StartPython() {
   PublishModuleLibrary();
   CreateModuleRegistry();
   RegisterThreadNode();
+  kelvar::SetQuiet(WaitForCalls);
   LibraryGilScope lock(LibraryRef());
   return StartUnderLock();
 }
@@ -196,6 +201,7 @@ bool InitModule() {
   g_languageInfo = new (std::nothrow) LanguageInfo;
   if (!g_languageInfo) return false;
   g_languageInfo->language = kelvar::GetDefaultLanguage();
+  g_languageInfo->trackLeaks = tavor::application::GetConfigurationBool("g_trackLeaks", false);
   const std::string_view language = kelvar::View(g_languageInfo->language);
   const size_t dash = language.find('-');
   if (dash != std::string_view::npos) g_languageInfo->country = kelvar::Text(language.substr(dash + 1));

@@ -67,6 +67,24 @@ PyObject* RaiseOutOfRange(const char* what) {
   return RaiseFormatted(PyExc_IndexError, "%s out of range", what);
 }
 
+PyObject* RaiseNotInstantiable() {
+  return RaiseFormatted(PyExc_NotImplementedError, "this type cannot be instantiated");
+}
+
+int RaiseItemDeletion(PyObject* object) {
+  RaiseFormatted(PyExc_TypeError, "'%s' object doesn't support item deletion.", Py_TYPE(object)->tp_name);
+  return -1;
+}
+
+PyObject* RaiseIntTooLarge() {
+  return RaiseFormatted(PyExc_OverflowError, "Python int too large to convert to C long");
+}
+
+int RaiseNumberAttribute(const char* name) {
+  RaiseFormatted(PyExc_TypeError, "the %s attribute must be a number", name);
+  return -1;
+}
+
 int RaiseReadOnlyAttribute() {
   RaiseFormatted(PyExc_AttributeError, "the attribute is read-only");
   return -1;

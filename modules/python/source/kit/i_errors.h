@@ -24,6 +24,10 @@ void ReportLinkedNotAlive(PyTypeObject* type);
 
 PyObject* RaiseMainThreadOnly();                   // RuntimeError
 PyObject* RaiseOutOfRange(const char* what);       // IndexError
+PyObject* RaiseNotInstantiable();                  // NotImplementedError
+int RaiseItemDeletion(PyObject* object);           // TypeError
+PyObject* RaiseIntTooLarge();                      // OverflowError
+int RaiseNumberAttribute(const char* name);        // TypeError: the attribute takes a number
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 

@@ -2,8 +2,15 @@
 
 #include "kit/i_package.h"
 
+#include <cstring>
+#include <string>
+
+#include "bitmaps/bitmaps.h"
 #include "interpreter/lib_python_lock.h"
 #include "kit/i_lasting.h"
+#include "plugins/plugins.h"
+#include "scene/scene.h"
+#include "values/values.h"
 
 namespace qlx {
 namespace {
@@ -24,9 +31,50 @@ Lasting<KeptReference> g_packageModule;
 Lasting<KeptReference> g_packageDictionary;
 Lasting<KeptReference> g_importedModule;
 
+PyTypeObject* const g_types[] = {&g_VectorType, &g_BaseContainerType, &g_QLXAtomType, &g_GeListNodeType,
+                                 &g_BaseList2DType};
+PyTypeObject* const g_bitmapTypes[] = {&g_BaseBitmapType};
+PyTypeObject* const g_pluginTypes[] = {&g_BaseDataType};
+
+// A type is known to its module by the last part of its name.
+template <size_t Count>
+bool AddTypes(PyObject* module, PyTypeObject* const (&types)[Count]) {
+  for (PyTypeObject* type : types) {
+    if (PyType_Ready(type) < 0) return false;
+    Py_INCREF(type);
+    if (PyModule_AddObject(module, std::strrchr(type->tp_name, '.') + 1, reinterpret_cast<PyObject*>(type)) ==
+        0)
+      continue;
+    Py_DECREF(type);
+    return false;
+  }
+  return true;
+}
+
+// A sub-module, which `import qlx.<name>` finds too.
+template <size_t Count>
+bool AddModule(PyObject* package, const char* name, const char* doc, PyTypeObject* const (&types)[Count]) {
+  PyObject* module = PyImport_AddModule((std::string("qlx.") + name).c_str());  // borrowed
+  if (!module || PyModule_SetDocString(module, doc) < 0 || !AddTypes(module, types)) return false;
+  Py_INCREF(module);
+  if (PyModule_AddObject(package, name, module) == 0) return true;
+  Py_DECREF(module);
+  return false;
+}
+
+// A module with a path is a package.
+bool MakePackage(PyObject* module) {
+  PyObject* path = PyList_New(0);
+  if (path && PyModule_AddObject(module, "__path__", path) == 0) return true;
+  Py_XDECREF(path);
+  return false;
+}
+
 // What the package holds ahead of the host's symbols.
 bool InitPackageContents(PyObject* module) {
-  return PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) == 0;
+  return MakePackage(module) && PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) == 0 &&
+         AddTypes(module, g_types) && AddModule(module, "bitmaps", "Module for color chooser", g_bitmapTypes) &&
+         AddModule(module, "plugins", "Module for plugins.", g_pluginTypes);
 }
 
 }  // namespace

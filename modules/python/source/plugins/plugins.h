@@ -2,11 +2,15 @@
 #ifndef PLUGINS_PLUGINS_H
 #define PLUGINS_PLUGINS_H
 
+#include <Python.h>
+
 #include <cstdint>
 
 #include "tavor/error.h"
 
 namespace qlx {
+
+extern PyTypeObject g_BaseDataType;
 
 // Plug-in files. Lock held in all but the forward, which takes it itself.
 tavor::Error LoadAllPlugins(int32_t state);

@@ -1,0 +1,56 @@
+// The type record of a wrapper class, from a short description.
+#ifndef KIT_I_TYPE_H
+#define KIT_I_TYPE_H
+
+#include <Python.h>
+
+#include "kit/i_pool.h"
+
+namespace qlx {
+
+// What a class presents. Fields that are left out are those of the base, or the interpreter's.
+struct TypeSpec {
+  const char* name;  // with the module: "qlx.BaseObject"; every message quotes it
+  const char* doc;
+  PyTypeObject* base = nullptr;
+  PyMethodDef* methods = nullptr;
+  newfunc create = nullptr;  // does all the constructing; null where only other calls give instances
+  destructor destroy = nullptr;
+  richcmpfunc compare = nullptr;
+  ternaryfunc call = nullptr;
+  reprfunc text = nullptr;  // repr and str
+  PyGetSetDef* attributes = nullptr;
+  unsigned long flags = 0;  // kSubclassable, kInlineValue
+};
+
+inline constexpr unsigned long kSubclassable = Py_TPFLAGS_BASETYPE;
+inline constexpr unsigned long kInlineValue = 1UL << 0;
+
+// Instances of `Record` come from a pool of records of that size; those of a script's subclass
+// come from the interpreter, which gives them a dictionary.
+template <class Record>
+PyTypeObject MakeType(const TypeSpec& spec) {
+  PyTypeObject type = {PyVarObject_HEAD_INIT(nullptr, 0)};
+  type.tp_name = spec.name;
+  type.tp_doc = spec.doc;
+  type.tp_basicsize = sizeof(Record);
+  type.tp_flags = Py_TPFLAGS_DEFAULT | spec.flags;
+  type.tp_base = spec.base;
+  type.tp_methods = spec.methods;
+  type.tp_getset = spec.attributes;
+  type.tp_new = spec.create;
+  type.tp_dealloc = spec.destroy;
+  type.tp_richcompare = spec.compare;
+  type.tp_call = spec.call;
+  type.tp_repr = spec.text;
+  type.tp_alloc = RecordPool<sizeof(Record)>::Alloc;
+  type.tp_free = RecordPool<sizeof(Record)>::Free;
+  return type;
+}
+
+// NotImplementedError: the `create` of a class that a script can't make instances of.
+PyObject* RefuseInstance(PyTypeObject* type, PyObject* args, PyObject* keywords);
+
+}  // namespace qlx
+
+#endif
