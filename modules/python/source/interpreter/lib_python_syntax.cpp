@@ -38,6 +38,7 @@ void ReadFault(SyntaxFault& fault) {
     PyObject* text = PyObject_GetAttrString(value, "text");
     const char* utf8 = text && PyUnicode_Check(text) ? PyUnicode_AsUTF8(text) : nullptr;
     if (utf8) fault.text = utf8;
+    if (utf8 && FaultLinesMayLackEnd() && !fault.text.ends_with('\n')) fault.text += '\n';
     PyErr_Clear();
     Py_XDECREF(text);
   }

@@ -11,9 +11,12 @@
 extern "C" grammar _PyParser_Grammar;  // the library has it, its headers don't
 #endif
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
+#include <string_view>
 
 namespace qlx {
 namespace {
@@ -127,6 +130,8 @@ int TestCompleteness(const char* source) {
   return error.error == E_EOF ? 0 : -1;
 }
 
+bool FaultLinesMayLackEnd() { return false; }
+
 bool InterruptEndsBySignal() { return false; }
 
 std::string ScriptFileName(const std::string& path) { return path; }
@@ -180,21 +185,40 @@ namespace {
 
 constexpr const char* kNoSyntaxError = "no syntax error";
 
-// The message of the pending SyntaxError, taken away; kNoSyntaxError for any other error.
-std::string TakeSyntaxMessage() {
+// What is wrong with a text, and which bytes of it are blamed; no message where nothing is wrong.
+struct Fault {
+  std::string message;
+  size_t begin = 0, end = 0;
+};
+
+// The byte where a place of an error is: lines and bytes, both counted from 1.
+size_t ByteAt(const std::string& source, int line, int column) {
+  size_t at = 0;
+  for (; line > 1 && at < source.size(); ++at) line -= source[at] == '\n';
+  return std::min(source.size(), at + size_t(std::max(column, 1)) - 1);
+}
+
+// The pending error, taken away. The message is kNoSyntaxError for what isn't a SyntaxError.
+Fault TakeFault(const std::string& source) {
   PyObject *type, *value, *traceback;
   PyErr_Fetch(&type, &value, &traceback);
   PyErr_NormalizeException(&type, &value, &traceback);
   const bool syntax = type && PyErr_GivenExceptionMatches(type, PyExc_SyntaxError);
-  PyObject* message = syntax ? PyObject_GetAttrString(value, "msg") : nullptr;
-  const char* utf8 = message && PyUnicode_Check(message) ? PyUnicode_AsUTF8(message) : nullptr;
-  std::string text = utf8 && *utf8 ? utf8 : kNoSyntaxError;
+  PyObject* details = syntax ? PyObject_GetAttrString(value, "args") : nullptr;
+  PyObject* ignored;
+  const char* message;
+  int line, column, endLine, endColumn;
+  Fault fault{kNoSyntaxError};
+  if (details && PyArg_ParseTuple(details, "s(OiiOii)", &message, &ignored, &line, &column, &ignored, &endLine,
+                                  &endColumn))
+    fault = {message, ByteAt(source, line, column), ByteAt(source, endLine, endColumn)};
+  fault.end = std::max(fault.begin, fault.end);
   PyErr_Clear();
-  Py_XDECREF(message);
+  Py_XDECREF(details);
   Py_XDECREF(type);
   Py_XDECREF(value);
   Py_XDECREF(traceback);
-  return text;
+  return fault;
 }
 
 // Parsing warns in this version; a test says nothing, whatever the filters are.
@@ -224,31 +248,119 @@ class IgnoredWarnings {
   PyObject* context_ = nullptr;
 };
 
-// The text parsed as one statement of a console; the message of what is wrong, or empty.
-std::string ParseSingle(const std::string& source, int options) {
+// The text parsed as one statement of a console.
+Fault ParseSingle(const std::string& source, int options) {
   PyCompilerFlags flags = {options | PyCF_ONLY_AST, PY_MINOR_VERSION};
   PyObject* tree = Py_CompileStringExFlags(source.c_str(), "<console>", Py_single_input, &flags, -1);
-  if (!tree) return TakeSyntaxMessage();
+  if (!tree) return TakeFault(source);
   Py_DECREF(tree);
-  return "";
+  return {};
 }
 
-bool StartsWith(const std::string& text, const char* start) { return text.rfind(start, 0) == 0; }
+bool IsOneOf(std::string_view letters, char letter) { return letters.find(letter) != std::string_view::npos; }
+
+bool Contains(const std::string& text, const char* words) { return text.find(words) != std::string::npos; }
+
+// 3.7 looks into texts only after parsing: here none is a format, bytes or badly escaped any more,
+// and each begins and ends where it did.
+std::string WithHarmlessTexts(const std::string& source) {
+  static const std::regex escape(R"(\\[NUux])"), prefix(R"(\b([FfBb][Rr]?|[Rr][FfBb])(?=['"]))");
+  return std::regex_replace(std::regex_replace(source, escape, "\\n"), prefix, "r");
+}
+
+enum class Mend { kReplace, kReplaceArguments, kInsert };
+
+// What 3.7 finds wrong only after parsing, or not at all, and what to write there so that this
+// version parses on. A number is followed by a name there without a space.
+constexpr struct {
+  const char* message;
+  Mend how;
+  const char* text;
+} kMends[] = {
+    {"cannot assign to ", Mend::kReplace, "x"},
+    {"expression cannot contain assignment", Mend::kReplace, "x"},
+    {"illegal expression for augmented assignment", Mend::kReplace, "x"},
+    {"illegal target for annotation", Mend::kReplace, "x"},
+    {"only single target", Mend::kReplace, "x"},
+    {"cannot delete ", Mend::kReplace, "x"},
+    {"cannot use starred expression here", Mend::kReplace, "x"},
+    {"Generator expression must be parenthesized", Mend::kReplace, "x"},
+    {"iterable argument unpacking follows", Mend::kReplace, "x"},
+    {"iterable unpacking cannot be used in comprehension", Mend::kReplace, "x"},
+    {"dict unpacking cannot be used in dict comprehension", Mend::kReplace, "x:"},
+    {"non-default argument follows", Mend::kReplace, "x=x"},
+    {"positional argument follows keyword argument", Mend::kReplaceArguments, "x"},
+    {"named arguments must follow bare *", Mend::kInsert, "x"},
+    {"trailing comma not allowed", Mend::kInsert, "x"},
+    {"invalid decimal literal", Mend::kInsert, " "},
+    {"invalid hexadecimal literal", Mend::kInsert, " "},
+    {"invalid imaginary literal", Mend::kInsert, " "},
+};
+
+// Whether the fault is one of those and the source is without it now.
+bool MendFault(std::string& source, const Fault& fault) {
+  for (const auto& mend : kMends) {
+    if (!Contains(fault.message, mend.message) || fault.begin >= source.size()) continue;
+    if (mend.how == Mend::kInsert) {
+      // Ahead of what ends a list, behind a digit, a star or a comma.
+      source.insert(fault.begin + !IsOneOf("):;\n", source[fault.begin]), mend.text);
+    } else if (mend.how == Mend::kReplaceArguments) {
+      // The place is behind all arguments that are well-formed but for their order.
+      size_t begin = fault.begin;
+      int depth = 0;
+      for (; begin > 0 && depth >= 0; --begin)
+        depth += IsOneOf(")]}", source[begin - 1]) - IsOneOf("([{", source[begin - 1]);
+      if (depth >= 0) return false;
+      source.replace(begin + 1, fault.begin - begin - 1, mend.text);
+    } else {
+      const bool keyword = fault.end > fault.begin && source[fault.end - 1] == '=';
+      source.replace(fault.begin, fault.end - fault.begin - keyword, mend.text);
+    }
+    return true;
+  }
+  return false;
+}
+
+// A bracket or a word that the parser stumbles over may hide such a fault ahead of it. It shows when
+// something ordinary follows instead.
+bool MendAhead(std::string& source, const Fault& fault) {
+  const size_t cut = Contains(fault.message, "invalid syntax") ? fault.end : fault.begin;
+  std::string head = source.substr(0, cut) + " x";
+  const Fault hidden = ParseSingle(head, 0);
+  if (hidden.message.empty() || hidden.end > cut || !MendFault(head, hidden)) return false;
+  source.replace(0, cut, head, 0, head.size() - 2);
+  return true;
+}
 
 }  // namespace
 
 // The answers are those of the parser of 3.7: an open text is wrong, a bracket too many at the
-// very end may still be mended, and a statement that only a backslash prolongs is complete.
+// very end may still be mended, and a statement that only a backslash prolongs is complete. What
+// that parser lets pass is mended until this one gets as far; what only one of the two languages
+// has is judged by the own one, and so is depth of nesting.
 int TestCompleteness(const char* text) {
   const IgnoredWarnings ignored;
   std::string source = text;
-  if (source.size() > 2 && source.compare(source.size() - 2, 2, "\\\n") == 0) source.resize(source.size() - 2);
-  const std::string plain = ParseSingle(source, 0);
-  if (plain.empty()) return 1;
-  if (plain == kNoSyntaxError || StartsWith(plain, "unterminated ")) return -1;
-  if (StartsWith(plain, "unmatched ") && std::string(")]}").find(source.back()) != std::string::npos) return 0;
-  return ParseSingle(source, PyCF_ALLOW_INCOMPLETE_INPUT) == "incomplete input" ? 0 : -1;
+  while (source.size() > 2 && source.ends_with("\\\n")) source.resize(source.size() - 2);
+  if (ParseSingle(source, 0).message.empty()) return 1;
+  source = WithHarmlessTexts(source);
+  for (int mends = 0; mends < 30; ++mends) {
+    const Fault fault = ParseSingle(source, 0);
+    if (fault.message.empty()) return 1;
+    for (const char* wrong : {kNoSyntaxError, "unterminated ", "starred expression in a dictionary value"})
+      if (Contains(fault.message, wrong)) return -1;
+    if (MendFault(source, fault) || MendAhead(source, fault)) continue;
+    const bool bracket =
+        Contains(fault.message, "unmatched ") || Contains(fault.message, "closing parenthesis ");
+    if (!bracket || !IsOneOf(")]}", source.back()))
+      return ParseSingle(source, PyCF_ALLOW_INCOMPLETE_INPUT).message == "incomplete input" ? 0 : -1;
+    // No statement has this either, but it stops the parser and not the tokenizer, which reads ahead.
+    source.back() = '?';
+  }
+  return -1;
 }
+
+bool FaultLinesMayLackEnd() { return true; }
 
 bool InterruptEndsBySignal() { return true; }
 

@@ -40,6 +40,9 @@ bool SetArguments(const std::vector<std::string>& arguments);
 // is wrong. Lock held; no error is pending afterwards.
 int TestCompleteness(const char* source);
 
+// Whether the line that a SyntaxError shows may lack its line end.
+bool FaultLinesMayLackEnd();
+
 // Whether an uncaught KeyboardInterrupt ends the process by the signal, as `python` does.
 bool InterruptEndsBySignal();
 
