@@ -134,7 +134,8 @@ class ConsoleTest(unittest.TestCase):
                               (["def f():", "  if 1:", "    return 6", "  return 7", ""], ""), (["f()"], "6\n"),
                               (["'''a", "b", "", "c'''"], "'a\\nb\\n\\nc'\n"), (["@staticmethod", "def g(): pass", ""], ""),
                               (["try:", "  1/0", "except ZeroDivisionError:", "  print('ca' + 'ught')", ""], "caught\n"),
-                              (["class C: x = 8", ""], ""), (["C.x"], "8\n")):
+                              (["class C: x = 8", ""], ""), (["C.x"], "8\n"), (["a = 9\\", ""], ""), (["if a: a # \\", ""], "9\n"),
+                              (["if 1:", "  (1,", "", "  2)", "  # c", "   ", "  3", ""], "(1, 2)\n3\n")):
             with self.subTest(lines=lines):
                 for line in lines[:-1]:
                     self.assertEqual(console.answer(line, MORE), "")
@@ -156,6 +157,27 @@ class ConsoleTest(unittest.TestCase):
                 self.assertTrue(answer.startswith(first) and answer.endswith(last), answer)
         self.assertEqual(console.answer("6 * 7"), "42\n")
         self.assertEqual(console.answer("sys.last_type.__name__"), "'ZeroDivisionError'\n")
+
+    def test_an_empty_line_ends_what_is_not_whole(self):
+        console = self.console()
+        for lines in (["if 1:", ""], ["try:", "  x", ""], ["@staticmethod", ""], ["if 1:", "  return", ""]):
+            with self.subTest(lines=lines):
+                for line in lines[:-1]:
+                    self.assertEqual(console.answer(line, MORE), "")
+                self.assertRegex(console.answer(lines[-1]), r'^  File "<stdin>", line \d\n(?s:.*)Error: .+\n$')
+
+    def test_a_text_that_the_compiler_gives_up(self):
+        console = self.console()
+        for text in ("(" * 250 + ")" * 250, "-" * 3900 + "1"):
+            self.assertRegex(console.answer(text), r"(MemoryError|(Syntax|Recursion)Error: .*)\n$")
+        self.assertEqual(console.answer("6 * 7"), "42\n")
+
+    def test_a_warning_comes_once(self):
+        console = self.console("-W", "always")
+        for lines in (["'\\d' and None"], ["if 1:", "  '\\d' and None", "  assert 1", ""]):
+            for line in lines[:-1]:
+                self.assertEqual(console.answer(line, MORE), "")
+            self.assertEqual(console.answer(lines[-1]).count("Warning"), 1)
 
     def test_an_interrupt_stops_the_statement_only(self):
         console = self.console()

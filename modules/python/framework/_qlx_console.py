@@ -1,8 +1,13 @@
 """The conversation on the console: prompt, statement, answer, until the end of input."""
 import __future__
+import ast
 import code
+import contextlib
+import io
 import os
 import sys
+import tokenize
+import warnings
 
 import _qlx
 
@@ -44,25 +49,72 @@ class Console(code.InteractiveConsole):
                 more = False
 
     def runsource(self, source, filename="<stdin>", symbol="single"):
-        try:
-            if "\n" not in source and _qlx.is_complete(source) == 1:
-                compiled = self.compile.compiler(source, filename, symbol)
-            else:
-                compiled = self.compile(source, filename, symbol)
-        except (OverflowError, SyntaxError, ValueError):
-            self._show_fault(source, filename, symbol)
+        if "\n" not in source and source.strip()[:1] in ("", "#"):
             return False
-        if compiled is None:
+        if self._goes_on(source):
             return True
-        self.runcode(compiled)
+        try:
+            compiled = self._compile(source)
+        except (MemoryError, OverflowError, RecursionError, SyntaxError, ValueError):
+            self.showsyntaxerror(filename)
+        else:
+            self.runcode(compiled)
         return False
 
-    def _show_fault(self, source, filename, symbol):
-        # The test for more lines has flags that change the words of an error, as the missing line end does.
-        try:
-            compile(source + "\n", filename, symbol, self.compile.compiler.flags & _FUTURE, True)
-        except (OverflowError, SyntaxError, ValueError):
-            self.showsyntaxerror(filename)
+    def _goes_on(self, source):
+        """Whether another line must come."""
+        answer = _qlx.is_complete(source + "\n")
+        ended = source.endswith("\n")  # by an empty line
+        if answer == 0:
+            return not ended or _is_joined(source)
+        if answer == 1 and ended:
+            return False
+        if answer == 1 and source.endswith("\\") and _is_joined(source):
+            return True
+        with _no_warnings():
+            try:
+                if answer == 1:
+                    return _is_block(self._compile(source, ast.PyCF_ONLY_AST))
+                # An open text is wrong by the test.
+                return self.compile(source, "<stdin>", "single") is None
+            except Exception:
+                return False
+
+    def _compile(self, source, options=0):
+        """Without codeop's other flags, which change the words of an error."""
+        options |= self.compile.compiler.flags & _FUTURE
+        compiled = compile(source + "\n", "<stdin>", "single", options, True)
+        self.compile.compiler.flags |= getattr(compiled, "co_flags", 0) & _FUTURE
+        return compiled
+
+
+def _is_block(tree):
+    return any(hasattr(tree.body[0], name) for name in ("body", "cases"))
+
+
+def _is_joined(source):
+    """Whether the end stands in brackets, in a text or behind a backslash: no empty line ends such a statement."""
+    try:
+        for _ in tokenize.generate_tokens(io.StringIO(source + "\n").readline):
+            pass
+    except tokenize.TokenError:
+        return True
+    except SyntaxError:
+        pass
+    return False
+
+
+@contextlib.contextmanager
+def _no_warnings():
+    """The compilation that counts gives them. `catch_warnings` would forget which were given already."""
+    rule = ("ignore", None, Warning, None, 0)
+    filters = warnings.filters
+    filters.insert(0, rule)
+    try:
+        yield
+    finally:
+        if rule in filters:
+            filters.remove(rule)
 
 
 def _prompt(name):
