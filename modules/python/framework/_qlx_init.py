@@ -9,6 +9,10 @@ import sys
 
 import _qlx
 
+# A long output goes in pieces: copies of it as a whole cost more than all else. A character that
+# falls into two of them is whole again at the host, since bytes that are not UTF-8 are kept.
+_PIECE = 1 << 16
+
 
 class _Stream(io.RawIOBase):
     """What both directions share: the stream of the process behind it, where there is one."""
@@ -74,8 +78,14 @@ class _Output(_Stream):
     def write(self, data):
         self._check_open()
         with memoryview(data) as view:
-            self._write(str(view, "utf-8", "surrogateescape"))
-            return view.nbytes
+            size = view.nbytes
+            if size <= _PIECE:
+                self._write(str(view, "utf-8", "surrogateescape"))
+                return size
+            with view.cast("B") as octets:
+                for start in range(0, size, _PIECE):
+                    self._write(str(octets[start:start + _PIECE], "utf-8", "surrogateescape"))
+            return size
 
 
 class _Input(_Stream):

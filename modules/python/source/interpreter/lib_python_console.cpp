@@ -45,7 +45,8 @@ PyObject* StdoutWrite(PyObject*, PyObject* arguments, PyObject* keywords) {
     int64_t written = 0;
     {
       HostBlockingScope window;
-      written = kelvar::ConsoleWrite(HOST_CONSOLE_OUT, kelvar::Bytes(rest.substr(0, kPiece)));
+      const bool whole = rest.size() <= kPiece && rest.size() == kelvar::View(text).size();
+      written = kelvar::ConsoleWrite(HOST_CONSOLE_OUT, whole ? text : kelvar::Bytes(rest.substr(0, kPiece)));
     }
     if (written == -EINTR) {
       if (PyErr_CheckSignals() != 0) return nullptr;
