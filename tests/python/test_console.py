@@ -172,6 +172,25 @@ class ConsoleTest(unittest.TestCase):
             self.assertRegex(console.answer(text), r"(MemoryError|(Syntax|Recursion)Error: .*)\n$")
         self.assertEqual(console.answer("6 * 7"), "42\n")
 
+    def test_a_hook_for_errors_that_fails(self):
+        console = self.console()
+        console.answer("import sys; sys.excepthook = lambda *a: nowhere")
+        for line in ("1/0", "1 +"):
+            answer = console.answer(line)
+            self.assertTrue(answer.startswith("Error in sys.excepthook:\n"), answer)
+            self.assertIn("name 'nowhere' is not defined", answer)
+        self.assertEqual(console.answer("6 * 7"), "42\n")
+
+    def test_the_end_of_input_ends_a_block(self):
+        console = self.console()
+        for lines, answer in ((["for i in range(2):", "  i * 21"], "0\n21\n"), (["(1,"], "SyntaxError: .*\n"), (["if 1:"], "Error: .*\n")):
+            for line in lines:
+                console.answer(line, MORE)
+            console.send(END_OF_INPUT)
+            self.assertRegex(console.until(PROMPT).replace("\r\n", "\n"), answer + PROMPT + "$")
+        console.send(END_OF_INPUT)
+        self.assertEqual(console.end(), ("\n", 0))
+
     def test_a_warning_comes_once(self):
         console = self.console("-W", "always")
         for lines in (["'\\d' and None"], ["if 1:", "  '\\d' and None", "  assert 1", ""]):

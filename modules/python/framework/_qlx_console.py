@@ -7,6 +7,7 @@ import io
 import os
 import sys
 import tokenize
+import traceback
 import warnings
 
 import _qlx
@@ -38,13 +39,24 @@ class Console(code.InteractiveConsole):
         more = False
         while True:
             try:
-                line = self.raw_input(_prompt("ps2" if more else "ps1"))
-                more = self.push(line)
-            except EOFError:
-                self.write("\n")
-                return
+                try:
+                    line = self.raw_input(_prompt("ps2" if more else "ps1"))
+                except EOFError:
+                    self.write("\n")
+                    if not more:
+                        return
+                    # The end of input ends a block as well, and it counts as read then.
+                    self._run("\n".join(self.buffer))
+                    self.resetbuffer()
+                    more = False
+                else:
+                    more = self.push(line)
             except KeyboardInterrupt:
                 self.write("\nKeyboardInterrupt\n")
+                self.resetbuffer()
+                more = False
+            except Exception:
+                self.write("Error in sys.excepthook:\n" + traceback.format_exc())
                 self.resetbuffer()
                 more = False
 
@@ -53,13 +65,16 @@ class Console(code.InteractiveConsole):
             return False
         if self._goes_on(source):
             return True
+        self._run(source)
+        return False
+
+    def _run(self, source):
         try:
             compiled = self._compile(source)
         except (MemoryError, OverflowError, RecursionError, SyntaxError, ValueError):
-            self.showsyntaxerror(filename)
+            self.showsyntaxerror("<stdin>")
         else:
             self.runcode(compiled)
-        return False
 
     def _goes_on(self, source):
         """Whether another line must come."""
