@@ -60,6 +60,10 @@ class Console(code.InteractiveConsole):
                 self.resetbuffer()
                 more = False
 
+    def resetbuffer(self):
+        super().resetbuffer()
+        self._in_block = False
+
     def runsource(self, source, filename="<stdin>", symbol="single"):
         if "\n" not in source and source.strip()[:1] in ("", "#"):
             return False
@@ -89,7 +93,9 @@ class Console(code.InteractiveConsole):
         with _no_warnings():
             try:
                 if answer == 1:
-                    return _is_block(self._compile(source, ast.PyCF_ONLY_AST))
+                    # More lines don't change what a block is, and a tree of each would take long.
+                    self._in_block = self._in_block or _is_block(self._compile(source, ast.PyCF_ONLY_AST))
+                    return self._in_block
                 # An open text is wrong by the test.
                 return self.compile(source, "<stdin>", "single") is None
             except Exception:
