@@ -221,31 +221,31 @@ Fault TakeFault(const std::string& source) {
   return fault;
 }
 
-// Parsing warns in this version; a test says nothing, whatever the filters are.
+// Parsing warns in this version; a test says nothing, whatever the filters are. The rule goes into the
+// list itself: `catch_warnings` would make the interpreter forget which warnings were given already.
 class IgnoredWarnings {
  public:
   IgnoredWarnings() {
     PyObject* module = PyImport_ImportModule("warnings");
-    context_ = module ? PyObject_CallMethod(module, "catch_warnings", nullptr) : nullptr;
-    PyObject* entered = context_ ? PyObject_CallMethod(context_, "__enter__", nullptr) : nullptr;
-    PyObject* ignoring = entered ? PyObject_CallMethod(module, "simplefilter", "s", "ignore") : nullptr;
-    if (!entered) Py_CLEAR(context_);
-    Py_XDECREF(ignoring);
-    Py_XDECREF(entered);
+    filters_ = module ? PyObject_GetAttrString(module, "filters") : nullptr;
+    rule_ = Py_BuildValue("(sOOOi)", "ignore", Py_None, PyExc_Warning, Py_None, 0);
+    if (!filters_ || !PyList_Check(filters_) || !rule_ || PyList_Insert(filters_, 0, rule_) < 0)
+      Py_CLEAR(rule_);
     Py_XDECREF(module);
     PyErr_Clear();
   }
   ~IgnoredWarnings() {
-    if (!context_) return;
-    Py_XDECREF(PyObject_CallMethod(context_, "__exit__", "OOO", Py_None, Py_None, Py_None));
-    Py_DECREF(context_);
+    if (rule_) Py_XDECREF(PyObject_CallMethod(filters_, "remove", "(O)", rule_));
     PyErr_Clear();
+    Py_XDECREF(rule_);
+    Py_XDECREF(filters_);
   }
   IgnoredWarnings(const IgnoredWarnings&) = delete;
   IgnoredWarnings& operator=(const IgnoredWarnings&) = delete;
 
  private:
-  PyObject* context_ = nullptr;
+  PyObject* filters_ = nullptr;
+  PyObject* rule_ = nullptr;
 };
 
 // The text parsed as one statement of a console.
