@@ -10,6 +10,7 @@
 #include "app/settings.h"
 #include "boundary/host.h"
 #include "files/files.h"
+#include "scene/links.h"
 #include "tables/tables.h"
 #include "tables/values.h"
 
@@ -109,6 +110,7 @@ void Application::Work(const Module& module) {
 void Application::DrainEvents() {
   while (const PendingEvents pending = GetEventQueue().Take())
     for (const Event& event : pending.events) quit_ = quit_ || event.id == HOST_EVENT_QUIT;
+  ReclaimDestroyed();
 }
 
 void Application::End(const Module& module) {
