@@ -167,26 +167,69 @@ const char* skipitem(const char** p_format, Targets* p_va) {
   return nullptr;
 }
 
-// The value of a keyword, borrowed, or null, with an exception where the look-up itself fails.
-PyObject* FindKeyword(PyObject* keywords, const char* name) {
-  const Py_ssize_t size = Py_ssize_t(std::strlen(name));
-  bool plain = true;
-  PyObject *key, *value;
-  // A walk along the few keywords of a call makes no text of the name.
-  for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, &value);) {
-    if (!PyUnicode_CheckExact(key) || !PyUnicode_IS_COMPACT_ASCII(key))
-      plain = false;
-    else if (PyUnicode_GET_LENGTH(key) == size &&
-             std::memcmp(PyUnicode_1BYTE_DATA(key), name, size_t(size)) == 0)
-      return value;
+// The keywords of a call, read once: comparing a few texts is faster than making one of every name.
+class Keywords {
+ public:
+  explicit Keywords(PyObject* dict) : dict_(dict) {}
+  ~Keywords() {
+    for (int i = 0; i < count_; ++i) {
+      Py_DECREF(entries_[i].key);
+      Py_DECREF(entries_[i].value);
+    }
   }
-  if (plain) return nullptr;
+  Keywords(const Keywords&) = delete;
+  Keywords& operator=(const Keywords&) = delete;
+
+  // The value, borrowed, or null, with an exception where the look-up itself fails.
+  PyObject* Find(const char* name) {
+    if (!read_) Read();
+    if (!plain_) return LookUp(name);
+    const Py_ssize_t size = Py_ssize_t(std::strlen(name));
+    // Most calls name their arguments in the list's order.
+    for (int i = 0; i < count_; ++i) {
+      const Entry& entry = entries_[next_];
+      if (++next_ == count_) next_ = 0;
+      const char* const text = reinterpret_cast<const char*>(PyUnicode_1BYTE_DATA(entry.key));
+      if (*text == *name && PyUnicode_GET_LENGTH(entry.key) == size &&
+          std::memcmp(text, name, size_t(size)) == 0)
+        return entry.value;
+    }
+    return nullptr;
+  }
+
+ private:
+  static constexpr int kMost = 16;
+  struct Entry {
+    PyObject *key, *value;
+  };
+
   // Keys of other kinds have their own idea of what they equal.
-  PyObject* text = PyUnicode_FromString(name);
-  value = text ? PyDict_GetItemWithError(keywords, text) : nullptr;
-  Py_XDECREF(text);
-  return value;
-}
+  void Read() {
+    read_ = true;
+    if (PyDict_Size(dict_) > kMost) return;
+    PyObject *key, *value;
+    for (Py_ssize_t position = 0; PyDict_Next(dict_, &position, &key, &value);) {
+      if (!PyUnicode_CheckExact(key) || !PyUnicode_IS_COMPACT_ASCII(key)) return;
+      Py_INCREF(key);
+      Py_INCREF(value);
+      entries_[count_++] = {key, value};
+    }
+    plain_ = true;
+  }
+  PyObject* LookUp(const char* name) {
+    PyObject* text = PyUnicode_FromString(name);
+    PyObject* value = text ? PyDict_GetItemWithError(dict_, text) : nullptr;
+    Py_XDECREF(text);
+    return value;
+  }
+
+  PyObject* const dict_;
+  bool read_ = false;
+  bool plain_ = false;
+  int count_ = 0;
+  int next_ = 0;
+  Entry entries_[kMost];
+};
 
 // Raises for the first keyword that is no entry of the list; true where all are.
 bool CheckNames(const Targets& targets, PyObject* keywords, const char* const* kwlist, int32_t len) {
@@ -237,6 +280,7 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
   }
 
   int32_t min = kAllRequired;
+  Keywords named(keywords);
   for (int32_t i = 0; i < len; ++i) {
     const char* const keyword = kwlist[i];
     if (*format == '|') {
@@ -249,7 +293,7 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
     }
     PyObject* value = nullptr;
     if (nkeywords != 0) {
-      value = FindKeyword(keywords, keyword);
+      value = named.Find(keyword);
       if (value) {
         --nkeywords;
         if (i < nargs) {

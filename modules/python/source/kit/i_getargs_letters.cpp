@@ -329,10 +329,9 @@ const char* Convert(Item& item, char letter, bool optional) {
 
 }  // namespace
 
-Targets::~Targets() {
-  va_end(list_);
+void Targets::GiveException() {
   // The exception of a letter behind the kept one stands.
-  if (type_ && !PyErr_Occurred()) {
+  if (!PyErr_Occurred()) {
     PyErr_Restore(type_, value_, traceback_);
     return;
   }

@@ -14,7 +14,10 @@ namespace qlx {
 class Targets {
  public:
   explicit Targets(va_list va) { va_copy(list_, va); }
-  ~Targets();
+  ~Targets() {
+    va_end(list_);
+    if (type_) GiveException();
+  }
   Targets(const Targets&) = delete;
   Targets& operator=(const Targets&) = delete;
 
@@ -28,6 +31,8 @@ class Targets {
   bool HasException() const { return type_ || PyErr_Occurred(); }
 
  private:
+  void GiveException();
+
   va_list list_;
   PyObject* type_ = nullptr;
   PyObject* value_ = nullptr;
