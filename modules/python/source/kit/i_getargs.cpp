@@ -82,13 +82,19 @@ int32_t CountItems(const char* format) {
   return count;
 }
 
-const char* convertitem(PyObject* arg, const char** p_format, Targets* p_va, Levels levels, char* msgbuf,
-                        PyObject** p_freelist, bool optional) {
-  if (**p_format != '(') {
-    const char* message = convertsimple(arg, p_format, p_va, optional, msgbuf, kMessageBytes, p_freelist);
-    if (message) SetLevel(levels, 0);
-    return message;
-  }
+const char* convertsequence(PyObject* arg, const char** p_format, Targets* p_va, Levels levels, char* msgbuf,
+                            PyObject** p_freelist);
+
+inline const char* convertitem(PyObject* arg, const char** p_format, Targets* p_va, Levels levels, char* msgbuf,
+                               PyObject** p_freelist, bool optional) {
+  if (**p_format == '(') return convertsequence(arg, p_format, p_va, levels, msgbuf, p_freelist);
+  const char* message = convertsimple(arg, p_format, p_va, optional, msgbuf, kMessageBytes, p_freelist);
+  if (message) SetLevel(levels, 0);
+  return message;
+}
+
+const char* convertsequence(PyObject* arg, const char** p_format, Targets* p_va, Levels levels, char* msgbuf,
+                            PyObject** p_freelist) {
   const char* format = *p_format + 1;
   const int32_t count = CountItems(format);
   if (!PySequence_Check(arg) || PyUnicode_Check(arg)) {

@@ -81,7 +81,7 @@ const char* ConvertRanged(const Item& item, const char* kind, const char* word) 
 }
 
 const char* ConvertReal(const Item& item, const char* word) {
-  const double value = PyFloat_AsDouble(item.arg);
+  const double value = PyFloat_CheckExact(item.arg) ? PyFloat_AS_DOUBLE(item.arg) : PyFloat_AsDouble(item.arg);
   if (value == -1 && item.targets.HasException()) return item.Refuse(word);
   *item.targets.Next<double>() = value;
   return nullptr;
