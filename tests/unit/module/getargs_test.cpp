@@ -285,12 +285,13 @@ import gc, types
 from decimal import Decimal
 gc.disable()
 class Str(str): pass
-data = types.SimpleNamespace(bytes=bytes(range(16)))
+def data(): return types.SimpleNamespace(bytes=bytes(range(16)))
 )"));
   const ParseCase cases[] = {
-      {"$U(ii)f", "a b c d", "((1.5, data, range(1000, 1002)), {Str('d'): 2})", ""},
+      {"$U(ii)f", "a b c d", "((1.5, data(), range(1000, 1002)), {Str('d'): 2})", ""},
       {"$%c", "a b c", "call('\\xe9' * 50, '\\xe8' * 50, '\\xe7')", ""},
       {"i#L", "a b c", "call(Decimal(5), 2**31, Decimal(7))", ""},
+      {"|iU", "a b", "call(b=data())", ""},
       {"M:f", "a", "call(1)", ""},
       {"|i", "a", "call(b=1)", ""},
       {"|i", "a", "((), {'\\ud800': 1})", ""},
