@@ -63,8 +63,7 @@ int SetComponent(PyObject* self, PyObject* value, void* name) {
 
 PyObject* Compare(PyObject* left, PyObject* right, int op) {
   if (!IsVector(left) || !IsVector(right)) Py_RETURN_NOTIMPLEMENTED;
-  if (op == Py_EQ || op == Py_NE)
-    return ToPython(kelvar::IsEqual(ValueOf(left), ValueOf(right)) == (op == Py_EQ));
+  if (op == Py_EQ || op == Py_NE) return ToPython((ValueOf(left) == ValueOf(right)) == (op == Py_EQ));
   ReportBadComparison(left, right, op);
   return nullptr;
 }
