@@ -262,6 +262,25 @@ bool CheckNames(const Targets& targets, PyObject* keywords, const char* const* k
   return true;
 }
 
+// Stores the usual numbers as their letters do, without the way there. False leaves it to the letter.
+bool TakeUsual(PyObject* arg, char letter, Targets* p_va) {
+  if (letter == 'i' && PyLong_CheckExact(arg)) {
+    int overflow = 0;
+    const long value = PyLong_AsLongAndOverflow(arg, &overflow);
+    // The letter tells -1 from an error, and has the words for what does not fit.
+    if (value == -1 || value != int32_t(value)) return false;
+    *p_va->Next<int32_t>() = int32_t(value);
+    return true;
+  }
+  if ((letter == 'd' || letter == 'f' || letter == 'r') && PyFloat_CheckExact(arg)) {
+    const double value = PyFloat_AS_DOUBLE(arg);
+    if (value == -1) return false;
+    *p_va->Next<double>() = value;
+    return true;
+  }
+  return false;
+}
+
 int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format, const char* const* kwlist,
                          Targets* p_va, int /*flags*/) {
   assert(args != nullptr && PyTuple_Check(args));
@@ -312,6 +331,10 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
     }
     if (!value && i < nargs) value = PyTuple_GET_ITEM(args, i);
     if (value) {
+      if (TakeUsual(value, *format, p_va)) {
+        ++format;
+        continue;
+      }
       const char* message = convertitem(value, &format, p_va, levels, msgbuf, &freelist, min != kAllRequired);
       if (!message) continue;
       RaiseRefused(*p_va, whole, i, levels, message);
