@@ -132,9 +132,9 @@ concept Linkable = requires(T* host, HostLink* link) {
   host->SetLink(link);
 };
 
-// C++ exceptions end here.
+// C++ exceptions end here. In place, since every bound call passes here.
 template <class Body>
-PyObject* Guarded(Body&& body) {
+[[gnu::always_inline]] inline PyObject* Guarded(Body&& body) {
   try {
     return body();
   } catch (const std::bad_alloc&) {

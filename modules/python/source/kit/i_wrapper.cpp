@@ -9,14 +9,6 @@
 namespace qlx {
 namespace {
 
-template <class Host>
-bool Resolve(AtomWrapper* wrapper, Host*& host) {
-  host = static_cast<Host*>(kelvar::GetLink(wrapper->link));
-  if (host) return true;
-  ReportNotAlive(Py_TYPE(wrapper));
-  return false;
-}
-
 void Destroy(QLXAtom* host) { static_cast<BaseList2D*>(host)->Free(); }
 void Destroy(BaseBitmap* host) { host->Free(); }
 
@@ -45,8 +37,10 @@ void FreeOwning(PyObject* self) {
 
 }  // namespace
 
-bool ResolveAtom(AtomWrapper* wrapper, QLXAtom*& host) { return Resolve(wrapper, host); }
-bool ResolveBitmap(AtomWrapper* wrapper, BaseBitmap*& host) { return Resolve(wrapper, host); }
+bool RefuseDead(AtomWrapper* wrapper) {
+  ReportNotAlive(Py_TYPE(wrapper));
+  return false;
+}
 
 PyObject* WrapAtom(PyTypeObject* type, QLXAtom* host, bool owned, int32_t line, const char* file) {
   return Wrap(type, host, owned, line, file);

@@ -21,9 +21,18 @@ struct AtomWrapper {
   bool owned;
 };
 
-// The gate: true with the object, or ReportNotAlive and false.
-bool ResolveAtom(AtomWrapper* wrapper, QLXAtom*& host);
-bool ResolveBitmap(AtomWrapper* wrapper, BaseBitmap*& host);
+// ReportNotAlive for the wrapper's type; false.
+bool RefuseDead(AtomWrapper* wrapper);
+
+// The gate: true with the object, or ReportNotAlive and false. In place, since every bound call passes it.
+inline bool ResolveAtom(AtomWrapper* wrapper, QLXAtom*& host) {
+  host = static_cast<QLXAtom*>(kelvar::GetLink(wrapper->link));
+  return host || RefuseDead(wrapper);
+}
+inline bool ResolveBitmap(AtomWrapper* wrapper, BaseBitmap*& host) {
+  host = static_cast<BaseBitmap*>(kelvar::GetLink(wrapper->link));
+  return host || RefuseDead(wrapper);
+}
 
 // A new wrapper of the Python type that fits the element best; null with an exception. With
 // `owned` the wrapper takes the element over, which is destroyed when there is no wrapper for it.
