@@ -67,7 +67,7 @@ def write_reference(tables):
         lines += [f"## `{t.struct}`", "", f"{t.title} {place[0].upper() + place[1:]}, "
                   f"in `{t.header.relative_to(FRAMEWORKS.parent).as_posix()}`.", ""]
         for i, e in enumerate(t.entries):
-            lines.append(f"**`{e.name}`**, word {t.words + i}{', required' if e.required else ''}:"
+            lines.append(f"**`{e.name}`**, word {t.words + i}{', required' if e.required else ''}{', quick' if e.quick else ''}:"
                          f" `{e.declaration('(*)')}`".replace(" (*)(", " (*)("))
             lines += ["", e.text, "", "Owner: {owner}. Thread: {thread}. Waits: {waits}. Since: {since}. "
                       "On failure: {fails}.".format(**e.notes), ""]

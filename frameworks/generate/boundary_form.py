@@ -25,6 +25,7 @@ class Entry:
     text: str
     notes: dict
     required: bool
+    quick: bool
 
     @property
     def signature(self):
@@ -56,7 +57,9 @@ class Entry:
         return f"{self.result}({int(word)})"
 
     def guarded(self, call):
-        """The call with its exceptions turned into the documented failure."""
+        """The call with its exceptions turned into the documented failure; a quick one has none."""
+        if self.quick:
+            return call
         failure = "" if self.notes["fails"] == "error" else self.failure()
         return f"boundary::Guard([&] {{ return {call}; }}{', ' + failure if failure else ''})"
 
@@ -120,7 +123,8 @@ def parse_comment(comment):
     if missing:
         raise FormError(f"lacks {', '.join(missing)}")
     joined = " ".join(text)
-    return joined.replace(" Required.", ""), notes, "Required." in joined
+    plain = joined.replace(" Required.", "").replace(" Quick.", "")
+    return plain, notes, "Required." in joined, "Quick." in joined
 
 
 def parse_header(path):
@@ -152,8 +156,8 @@ def parse_header(path):
         try:
             if match[1] is None:
                 raise FormError("has no comment")
-            text, notes, required = parse_comment(match[1])
-            entry = Entry(function[2], function[1], parse_parameters(function[3]), text, notes, required)
+            text, notes, required, quick = parse_comment(match[1])
+            entry = Entry(function[2], function[1], parse_parameters(function[3]), text, notes, required, quick)
             entry.failure()
         except (FormError, ValueError) as error:
             raise FormError(f"{path}:{line}: {function[2]}: {error}") from None

@@ -253,7 +253,7 @@ def write_host_header(tables):
     lines += [f'#include "{t.header.relative_to(FRAMEWORKS).as_posix()}"' for t in offered(tables)]
     for t in offered(tables):
         lines.append(f"\nnamespace host::{t.stem} {{")
-        lines += [f"{e.declaration(e.name)};" for e in t.entries]
+        lines += [f"{e.declaration(e.name)}{' noexcept' if e.quick else ''};" for e in t.entries]
         lines.append("}")
     lines += ["", "namespace host::boundary_tables {", ""]
     lines += [f"extern {t.struct} {t.stem};" for t in offered(tables)]

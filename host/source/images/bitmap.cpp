@@ -34,7 +34,7 @@ HostBool SetLink(BaseBitmap* self, HostLink* link) {
   return 1;
 }
 
-HostBool IsMultipassBitmap(const BaseBitmap*) { return 0; }
+HostBool IsMultipassBitmap(const BaseBitmap*) noexcept { return 0; }
 
 int32_t Init(BaseBitmap* self, int32_t width, int32_t height, int32_t depth, int32_t) {
   const bool known = std::find(std::begin(kDepths), std::end(kDepths), depth) != std::end(kDepths);
@@ -54,11 +54,11 @@ int32_t Init(BaseBitmap* self, int32_t width, int32_t height, int32_t depth, int
   return IMAGE_RESULT_OK;
 }
 
-int32_t GetBw(const BaseBitmap* self) { return self ? self->width : 0; }
+int32_t GetBw(const BaseBitmap* self) noexcept { return self ? self->width : 0; }
 
-int32_t GetBh(const BaseBitmap* self) { return self ? self->height : 0; }
+int32_t GetBh(const BaseBitmap* self) noexcept { return self ? self->height : 0; }
 
-int32_t GetBt(const BaseBitmap* self) { return self ? self->depth : 0; }
+int32_t GetBt(const BaseBitmap* self) noexcept { return self ? self->depth : 0; }
 
 BaseBitmap* GetClone(const BaseBitmap* self) {
   if (!self) return nullptr;

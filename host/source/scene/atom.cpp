@@ -11,9 +11,9 @@ HostBool SetLink(QLXAtom* self, HostLink* link) {
   return 1;
 }
 
-int32_t GetType(const QLXAtom* self) { return self ? self->type.id : 0; }
+int32_t GetType(const QLXAtom* self) noexcept { return self ? self->type.id : 0; }
 
-int32_t GetRealType(const QLXAtom* self) { return self ? self->type.id : 0; }
+int32_t GetRealType(const QLXAtom* self) noexcept { return self ? self->type.id : 0; }
 
 HostBool IsInstanceOf(const QLXAtom* self, int32_t id) {
   return self && AllNodeTypes().Derives(self->type, id);

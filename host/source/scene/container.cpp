@@ -14,9 +14,9 @@ HostBool IsEqual(const BaseContainer* self, const BaseContainer* other) {
   return self && other ? *self == *other : self == other;
 }
 
-int32_t GetId(const BaseContainer* self) { return self ? self->id : 0; }
+int32_t GetId(const BaseContainer* self) noexcept { return self ? self->id : 0; }
 
-void SetId(BaseContainer* self, int32_t id) {
+void SetId(BaseContainer* self, int32_t id) noexcept {
   if (self) self->id = id;
 }
 

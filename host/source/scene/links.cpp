@@ -138,13 +138,13 @@ void ReclaimDestroyed() {
 
 namespace host::link {
 
-void* GetLink(HostLink link) { return ObjectOf(link); }
+void* GetLink(HostLink link) noexcept { return ObjectOf(link); }
 
-void FreeLink(HostLink* link) {
+void FreeLink(HostLink* link) noexcept {
   if (link) *link = {};
 }
 
-void* PinLink(HostLink link) {
+void* PinLink(HostLink link) noexcept {
   auto* slot = static_cast<LinkSlot*>(link.slot);
   if (!slot) return nullptr;
   // Pinned ahead of the look: either this sees the death, or the destroyer sees the pin.

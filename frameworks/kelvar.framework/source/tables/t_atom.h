@@ -24,7 +24,7 @@ typedef struct HostAtomGroup {
    * fails   0 */
   HostBool (*SetLink)(QLXAtom* self, HostLink* link);
 
-  /* The id of the object's type.
+  /* The id of the object's type. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -33,7 +33,7 @@ typedef struct HostAtomGroup {
   int32_t (*GetType)(const QLXAtom* self);
 
   /* The id of the type that the object has beneath what it stands for, such as that of the generator that
-   * shows itself as another object.
+   * shows itself as another object. Quick.
    * owner   -
    * thread  any
    * waits   no

@@ -49,7 +49,7 @@ typedef struct HostBitmapGroup {
    * fails   0 */
   HostBool (*SetLink)(BaseBitmap* self, HostLink* link);
 
-  /* Whether it is a picture of several layers.
+  /* Whether it is a picture of several layers. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -66,7 +66,7 @@ typedef struct HostBitmapGroup {
    * fails   -2 */
   int32_t (*Init)(BaseBitmap* self, int32_t width, int32_t height, int32_t depth, int32_t flags);
 
-  /* The width in pixels.
+  /* The width in pixels. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -74,7 +74,7 @@ typedef struct HostBitmapGroup {
    * fails   0 */
   int32_t (*GetBw)(const BaseBitmap* self);
 
-  /* The height in pixels.
+  /* The height in pixels. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -82,7 +82,7 @@ typedef struct HostBitmapGroup {
    * fails   0 */
   int32_t (*GetBh)(const BaseBitmap* self);
 
-  /* The depth in bits of a pixel.
+  /* The depth in bits of a pixel. Quick.
    * owner   -
    * thread  any
    * waits   no

@@ -48,7 +48,7 @@ typedef struct HostContainerGroup {
    * fails   0 */
   HostBool (*IsEqual)(const BaseContainer* self, const BaseContainer* other);
 
-  /* The container's own id.
+  /* The container's own id. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -56,7 +56,7 @@ typedef struct HostContainerGroup {
    * fails   0 */
   int32_t (*GetId)(const BaseContainer* self);
 
-  /* Sets the container's own id.
+  /* Sets the container's own id. Quick.
    * owner   -
    * thread  any
    * waits   no

@@ -18,7 +18,7 @@ typedef struct HostLinkGroup {
   uint32_t reserved;
 
   /* The object that the link points at, or null when it was destroyed or the link is empty. Its memory
-   * stays while the caller holds the interpreter's lock.
+   * stays while the caller holds the interpreter's lock. Quick.
    * owner   the host
    * thread  any
    * waits   no
@@ -26,7 +26,7 @@ typedef struct HostLinkGroup {
    * fails   null */
   void* (*GetLink)(HostLink link);
 
-  /* Ends the link and clears it.
+  /* Ends the link and clears it. Quick.
    * owner   -
    * thread  any
    * waits   no
@@ -35,7 +35,7 @@ typedef struct HostLinkGroup {
   void (*FreeLink)(HostLink* link);
 
   /* As GetLink; the object's memory stays until UnpinLink, also when the object is destroyed meanwhile and
-   * without the interpreter's lock. Every answer but null wants an UnpinLink.
+   * without the interpreter's lock. Every answer but null wants an UnpinLink. Quick.
    * owner   the host
    * thread  any
    * waits   no

@@ -148,10 +148,13 @@ const char* ConvertVector(Item& item) {
   const bool color = item.Consume('C');
   const bool four = item.Consume('4') || item.Consume('3');
   const bool narrow = !item.Consume('6') && four && item.Consume('3');
-  const ValueLetter vectors[] = {ValueLetter::kVector, ValueLetter::kVector4d, ValueLetter::kVector4d32};
-  const ValueLetter colors[] = {ValueLetter::kColor, ValueLetter::kColorA, ValueLetter::kColorA32};
+  static constexpr ValueLetter vectors[] = {ValueLetter::kVector, ValueLetter::kVector4d,
+                                            ValueLetter::kVector4d32};
+  static constexpr ValueLetter colors[] = {ValueLetter::kColor, ValueLetter::kColorA, ValueLetter::kColorA32};
   const ValueLetter letter = (color ? colors : vectors)[int(four) + int(narrow)];
-  return ConvertValue(item, letter, DataTypeIdentifier(letter), item.targets.Next<void>());
+  const Conversion conversion = ConvertLetter(letter, item.arg, item.targets.Next<void>());
+  if (conversion == Conversion::kStored) return nullptr;
+  return conversion == Conversion::kFailed ? kRaised : item.Refuse(DataTypeIdentifier(letter));
 }
 
 // An id that is no 32 bit number and a dead gadget count as converted; their exceptions wait.

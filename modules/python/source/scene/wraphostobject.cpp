@@ -44,14 +44,33 @@ constexpr Choice kChoices[] = {
     {440000249, nullptr},        // qlx.FieldLayer
 };
 
+const Choice kOther = {0, &g_BaseList2DType};
+
+const Choice* Choose(const QLXAtom* host) {
+  for (const Choice& choice : kChoices)
+    if (host->IsInstanceOf(choice.id)) return &choice;
+  return &kOther;
+}
+
+// What a type derives from doesn't change while the host runs: the choice is remembered by the
+// type's id. Lock held.
+const Choice& ChoiceFor(const QLXAtom* host) {
+  struct Remembered {
+    int32_t id;
+    const Choice* choice;
+  };
+  static Remembered remembered[64];
+  const int32_t id = host->GetType();
+  Remembered& entry = remembered[uint32_t(id) % std::size(remembered)];
+  if (!entry.choice || entry.id != id) entry = {id, Choose(host)};
+  return *entry.choice;
+}
+
 }  // namespace
 
 PyObject* WrapHostObject(QLXAtom* host, bool owned) {
-  for (const Choice& choice : kChoices) {
-    if (!host->IsInstanceOf(choice.id)) continue;
-    return WrapAtom(choice.type ? choice.type : &g_BaseList2DType, host, owned && !choice.neverOwned);
-  }
-  return WrapAtom(&g_BaseList2DType, host, owned);
+  const Choice& choice = ChoiceFor(host);
+  return WrapAtom(choice.type ? choice.type : &g_BaseList2DType, host, owned && !choice.neverOwned);
 }
 
 }  // namespace qlx
