@@ -13,11 +13,13 @@ namespace host {
 struct LinkSlot {
   std::atomic<Linkable*> object{nullptr};
   std::atomic<uint64_t> generation{1};
-  std::atomic<uint32_t> pins{0};
+  std::atomic<uint32_t> pins{0};           // with kDoomed while the object waits for the last one
   std::atomic<Linkable*> doomed{nullptr};  // dead, and waiting for its last pin
 };
 
 namespace {
+
+constexpr uint32_t kDoomed = uint32_t(1) << 31;
 
 class SlotTable {
  public:
@@ -67,10 +69,14 @@ Linkable* ObjectOf(HostLink link) {
   return slot->generation.load(std::memory_order_acquire) == link.generation ? object : nullptr;
 }
 
-// Whoever takes the doomed object out of the slot frees it: its destroyer, or its last pin.
+// For the destroyer and for each pin that goes: the one that finds the object doomed and unpinned frees it.
+// The mark and the pins are one word, so that none of them acts on what was so before.
 void FreeDoomed(LinkSlot* slot) {
+  uint32_t unpinned = kDoomed;
+  if (!slot->pins.compare_exchange_strong(unpinned, 0)) return;
   Linkable* doomed = slot->doomed.exchange(nullptr);
-  if (!doomed) return;
+  // A pin's holder may have linked the dead object: such a link must not find the slot's next one.
+  slot->generation.fetch_add(1);
   delete doomed;
   Slots().Give(slot);
 }
@@ -110,8 +116,8 @@ void DestroyNow(Linkable* object) {
     return;
   }
   slot->doomed.store(object);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
-  if (slot->pins.load() == 0) FreeDoomed(slot);
+  slot->pins.fetch_or(kDoomed);
+  FreeDoomed(slot);
 }
 
 void DestroyLater(Linkable* object) {
@@ -149,7 +155,6 @@ void* PinLink(HostLink link) noexcept {
   if (!slot) return nullptr;
   // Pinned ahead of the look: either this sees the death, or the destroyer sees the pin.
   slot->pins.fetch_add(1);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
   if (Linkable* object = ObjectOf(link)) return object;
   UnpinLink(link);
   return nullptr;
@@ -157,7 +162,7 @@ void* PinLink(HostLink link) noexcept {
 
 void UnpinLink(HostLink link) {
   auto* slot = static_cast<LinkSlot*>(link.slot);
-  if (slot && slot->pins.fetch_sub(1) == 1) FreeDoomed(slot);
+  if (slot && slot->pins.fetch_sub(1) == (kDoomed | 1)) FreeDoomed(slot);
 }
 
 void SetQuiet(HostQuiet quiet) {
