@@ -68,6 +68,12 @@ class InterpreterTest : public testing::Test {
     Py_XDECREF(done);
     return done != nullptr;
   }
+  // Gives a name of __main__ to an object that the caller owns.
+  static void Set(const char* name, PyObject* object) {
+    ASSERT_TRUE(object) << name;
+    PyDict_SetItemString(Names(), name, object);
+    Py_DECREF(object);
+  }
   // A name of __main__, borrowed.
   static PyObject* Get(const char* name) { return PyDict_GetItemString(Names(), name); }
   static std::string Eval(const char* expression) {

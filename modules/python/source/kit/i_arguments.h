@@ -261,12 +261,11 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
     return false;
   }
 
-  // Such code may have destroyed a host object that a letter before it gave.
-  template <size_t Position>
+  // Resolves the host object of a letter once more; false with an exception when it has gone.
+  template <size_t Position, bool Needed>
   bool ResolveAgain(PyObject* args, PyObject* keywords) {
     constexpr FormatItem item = kFormat.items[Position];
-    if constexpr ((item.letter == 'A' || item.letter == 'P' || item.letter == 'C') &&
-                  RunsPythonBehind(Position)) {
+    if constexpr ((item.letter == 'A' || item.letter == 'P' || item.letter == 'C') && Needed) {
       auto& value = std::get<Position>(arguments_).value;
       using Host = std::remove_pointer_t<std::remove_reference_t<decltype(value)>>;
       return !value || Present<Host>::Get(Given<size_t(item.keyword)>(args, keywords), value);
@@ -285,8 +284,19 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
  public:
   static constexpr const char* kKeywords[] = {KeywordName<Keywords>::kName.data()..., nullptr};
 
-  // False with an exception.
-  bool Parse(PyObject* args, PyObject* keywords) {
+  Arguments() = default;
+  Arguments(const Arguments&) = delete;
+  Arguments& operator=(const Arguments&) = delete;
+  ~Arguments() { Py_XDECREF(keywordsCopy_); }
+
+  // False with an exception. The targets only borrow: a dictionary that a script's code could empty
+  // meanwhile is replaced by a copy.
+  bool Parse(PyObject* args, PyObject*& keywords) {
+    if (keywords && Py_REFCNT(keywords) > 1) {
+      keywordsCopy_ = PyDict_Copy(keywords);
+      if (!keywordsCopy_) return false;
+      keywords = keywordsCopy_;
+    }
     const bool parsed = std::apply(
         [&](auto&... argument) {
           return std::apply(
@@ -300,7 +310,18 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
     // These letters may be taken although their value could not be had.
     if constexpr (kFormat.Has("#$%"))
       if (PyErr_Occurred()) return false;
-    return [&]<size_t... I>(std::index_sequence<I...>) { return (ResolveAgain<I>(args, keywords) && ...); }
+    // A script's code behind a letter may have destroyed the host object that it gave.
+    return [&]<size_t... I>(std::index_sequence<I...>) {
+      return (ResolveAgain<I, RunsPythonBehind(I)>(args, keywords) && ...);
+    }
+    (std::make_index_sequence<kCount>());
+  }
+
+  // False with an exception when one of the host objects has gone since.
+  bool CheckAlive(PyObject* args, PyObject* keywords) {
+    return [&]<size_t... I>(std::index_sequence<I...>) {
+      return (ResolveAgain<I, true>(args, keywords) && ...);
+    }
     (std::make_index_sequence<kCount>());
   }
 
@@ -335,6 +356,7 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
 
  private:
   typename Storage<std::make_index_sequence<kCount>>::Type arguments_;
+  PyObject* keywordsCopy_ = nullptr;
 };
 
 }  // namespace qlx

@@ -22,6 +22,14 @@ struct FixedString {
   constexpr std::string_view View() const { return {text, Size - 1}; }
 };
 
+// Where a character stands, or the text's size. The standard library's search is no constant for the text of
+// a template argument when the sanitizers are on.
+constexpr size_t PlaceOf(char wanted, std::string_view text) {
+  size_t at = 0;
+  while (at < text.size() && text[at] != wanted) ++at;
+  return at;
+}
+
 // One target of a format: a letter with its suffixes.
 struct FormatItem {
   char letter = 0;
@@ -128,7 +136,7 @@ struct ParsedFormat {
     }
     // What a sequence gave is released behind its letter: nothing that is only borrowed can stand there.
     const bool counted = std::string_view("#$%46").find(letter) == std::string_view::npos &&
-                         rest.substr(0, length).find('C') == std::string_view::npos;
+                         PlaceOf('C', rest.substr(0, length)) == length;
     const bool borrowed = std::string_view("ACOPX").find(letter) != std::string_view::npos;
     if (depth > 0 && (!counted || borrowed)) Refuse(kNested, letter);
     const bool more = length < rest.size() && rest[length] != ':' && rest[length] != ';';
@@ -142,7 +150,7 @@ struct ParsedFormat {
 struct KeywordText {
   std::string_view name, preset;
 
-  constexpr explicit KeywordText(std::string_view text) : name(text.substr(0, text.find('='))) {
+  constexpr explicit KeywordText(std::string_view text) : name(text.substr(0, PlaceOf('=', text))) {
     if (name.size() < text.size()) preset = text.substr(name.size() + 1);
   }
 };

@@ -110,6 +110,8 @@ struct SelfArgument {
 // Keeps a host object's memory while the lock is free. An object that died meanwhile is told by `held`.
 template <class Host>
 class Pin {
+  HostLink link_{};  // ahead of what is made with it
+
  public:
   explicit Pin(Host* host)
       : held(!host || (host->SetLink(&link_) && kelvar::PinLink(link_))), pinned_(host && held) {}
@@ -123,7 +125,6 @@ class Pin {
   const bool held;
 
  private:
-  HostLink link_{};
   const bool pinned_;
 };
 
@@ -218,10 +219,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
   static PyObject* CallWaiting(PyObject* object, Self& self, Args& arguments, PyObject* args,
                                PyObject* keywords) {
     const auto run = [&](const auto&... pins) -> PyObject* {
-      if (!(pins.held && ...)) {
-        ReportNotAlive(Py_TYPE(object));
-        return nullptr;
-      }
+      if (!(pins.held && ...)) return ReportUnheld(object, self, arguments, args, keywords);
       return Convert(object, args, keywords, arguments, [&]() -> Result {
         HostBlockingScope blocking;
         return Invoke(self, arguments);
@@ -235,6 +233,16 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
             return run(PinOf(HeldBy(argument))...);
         },
         arguments.All());
+  }
+
+  // What has gone says so itself; otherwise memory lacked for a link.
+  template <class Self, class Args>
+  static PyObject* ReportUnheld(PyObject* object, Self& self, Args& arguments, PyObject* args,
+                                PyObject* keywords) {
+    if constexpr (!std::same_as<Self, NoSelf>)
+      if (!self.Get(object)) return nullptr;
+    if (!arguments.CheckAlive(args, keywords)) return nullptr;
+    return PyErr_NoMemory();
   }
 
   struct NoPin {
@@ -278,7 +286,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
 
   template <FixedString Keyword, class Args>
   static constexpr void CheckNamed() {
-    if constexpr (Args::template PlaceOf<Keyword>() >= sizeof...(Keywords))
+    if constexpr (Args::template PlaceOf<Keyword>() == Args::kFormat.targets)
       (void)sizeof(RowNamesNoSuchKeyword<HostMethod, Keyword>);
   }
 
