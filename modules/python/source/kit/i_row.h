@@ -45,6 +45,8 @@ struct Row {
 // Faults of a row, declared only, as those of the arguments are.
 template <auto HostMethod, FixedString Keyword>
 struct RowNamesNoSuchKeyword;
+template <auto HostMethod, FixedString Keyword>
+struct RowTakesWhatHasNoOwner;
 template <auto HostMethod, class Parameter>
 struct WaitingRowCantHoldParameter;
 template <auto HostMethod, class Result>
@@ -159,7 +161,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
     return Guarded([&]() -> PyObject* {
       SelfArgument<typename Signature::Self> self;
       if (!self.Get(object)) return nullptr;
-      Arguments<HostMethod, TypeList<>, ""> none;
+      Arguments<HostMethod, typename Signature::Parameters, ""> none;
       return Finish(object, self, none, nullptr, nullptr);
     });
   }
@@ -345,7 +347,10 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
   template <class Args, FixedString Keyword>
   static void SettleArgument(Takes<Keyword>, PyObject* args, PyObject* keywords) {
     CheckNamed<Keyword, Args>();
-    constexpr size_t place = size_t(Args::kFormat.items[Args::template PlaceOf<Keyword>()].keyword);
+    constexpr FormatItem item = Args::kFormat.items[Args::template PlaceOf<Keyword>()];
+    if constexpr (item.letter != 'A' && item.letter != 'P')
+      (void)sizeof(RowTakesWhatHasNoOwner<HostMethod, Keyword>);
+    constexpr size_t place = size_t(item.keyword);
     PyObject* given = Args::template Given<place>(args, keywords);
     if (given && given != Py_None)
       reinterpret_cast<AtomWrapper*>(given)->owned = false;  // the host's from here
