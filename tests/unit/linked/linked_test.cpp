@@ -1,0 +1,193 @@
+// Wrappers and the real host: elements that die while scripts use them, and the record of leaks.
+#include <Python.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/settings.h"
+#include "boundary/host.h"
+#include "boundary/tables.h"
+#include "interpreter/lib_python_leaks.h"
+#include "interpreter/lib_python_lock.h"
+#include "interpreter/main.h"
+#include "kelvar/baselist.h"
+#include "kelvar/text.h"
+#include "kit/i_cpython.h"
+#include "kit/i_package.h"
+#include "kit/i_wrapper.h"
+#include "python_interpreter.h"
+#include "scene/links.h"
+#include "scene/scene.h"
+#include "values/values.h"
+
+extern "C" int32_t qlx_main(int32_t action, void* p1, void* p2, void* p3);
+extern "C" TavorRecord g_tavor;
+
+namespace {
+
+constexpr int32_t kCube = 5159;
+
+// The module is open, Python runs, and the test holds the lock. Each test has a process of its own.
+class LinkedTest : public testing::Test {
+ protected:
+  inline static std::vector<std::string> diagnostics;
+
+  void SetUp() override { Start(false); }
+  void Start(bool trackLeaks) {
+    host::GetSettings().startup = HOST_STARTUP;
+    host::GetSettings().configuration.Set("g_trackLeaks", trackLeaks);
+    host::boundary_tables::Fill(host_, HOST_VERSION_MINIMUM);
+    g_tavor = {sizeof(TavorRecord), 1, host::boundary_tables::ResolveService, 0, 0};
+    ASSERT_EQ(tables::Resolve(&host_), "");
+    Filename module = Filename::FromString(kelvar::Text(HOST_STARTUP "/qlx.so"));
+    ASSERT_EQ(qlx_main(QLX_ACTION_OPEN, &host_, nullptr, &module), 1);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the id travels as a number
+    ASSERT_EQ(
+        qlx_main(QLX_ACTION_MESSAGE, reinterpret_cast<void*>(intptr_t(HOST_MESSAGE_INIT)), nullptr, nullptr),
+        1);
+    tables::general.DiagnosticOutput = [](const HostString* text) {
+      int64_t size;
+      const char* bytes = tables::string.GetUtf8(text, &size);
+      diagnostics.emplace_back(bytes, size_t(size));
+    };
+    ASSERT_FALSE(qlx::BindInterpreterLibrary());
+    PyImport_AppendInittab("qlx", qlx::InitPackage);
+    qlx::StartSettings settings;
+    settings.program = QLX_PYTHON_EXECUTABLE;
+    ASSERT_EQ(qlx::StartInterpreter(settings), "");
+    kelvar::SetQuiet(qlx::WaitForCalls);
+    ASSERT_FALSE(qlx::ImportPackage());
+  }
+  void TearDown() override {
+    qlx::ReleasePackage();
+    EXPECT_EQ(Py_FinalizeEx(), 0);
+    qlx_main(QLX_ACTION_CLOSE, nullptr, nullptr, nullptr);
+  }
+
+  // Runs a text in __main__ as the file "scene.py".
+  static void Run(const char* source) {
+    PyObject* code = Py_CompileString(source, "scene.py", Py_file_input);
+    PyObject* done = code ? PyEval_EvalCode(code, Names(), Names()) : nullptr;
+    if (!done) PyErr_Print();
+    EXPECT_TRUE(done);
+    Py_XDECREF(code);
+    Py_XDECREF(done);
+  }
+  static PyObject* Names() { return PyModule_GetDict(PyImport_AddModule("__main__")); }
+  static void Set(const char* name, PyObject* object) {
+    ASSERT_TRUE(object);
+    PyDict_SetItemString(Names(), name, object);
+    Py_DECREF(object);
+  }
+
+ private:
+  HostTables host_{};
+};
+
+// The host's own destruction, which needs no lock. Both sides know the object by the same pointer.
+void Destroy(BaseList2D* element) { host::DestroyLater(reinterpret_cast<host::Linkable*>(element)); }
+
+// Whatever a script does with an element that dies meanwhile, it gets the element or ReferenceError.
+TEST_F(LinkedTest, ThreadsUseElementsThatTheHostDestroys) {
+  constexpr int kElements = 16;
+  std::vector<BaseList2D*> elements;
+  PyObject* list = PyList_New(kElements);
+  const auto renew = [&](int i) {
+    elements[size_t(i)] = BaseList2D::Alloc(kCube);
+    PyList_SetItem(list, i, qlx::WrapHostObject(elements[size_t(i)], false));
+  };
+  elements.resize(kElements);
+  for (int i = 0; i < kElements; ++i) renew(i);
+  Py_INCREF(list);
+  Set("elements", list);
+  Run("import sys, threading\n"
+      "sys.setswitchinterval(1e-5)\n"
+      "ends, faults, uses, deaths = [], [], [0] * 8, [0] * 8\n"
+      "calls = [\n"
+      "  lambda op: op.GetName() == 'Cube', lambda op: op.GetType() == 5159, lambda op: "
+      "op.IsInstanceOf(5155),\n"
+      "  lambda op: op == op, lambda op: op() in (op, None), lambda op: op.SetName('Cube') is None,\n"
+      "  lambda op: op.GetDataInstance().GetId() == 0, lambda op: op.GetDataInstance().SetId(0) is None,\n"
+      "  lambda op: op.IsAlive() in (True, False), lambda op: op.GetDataInstance() == op.GetDataInstance()]\n"
+      "def work(number):\n"
+      "  while not ends:\n"
+      "    for i in range(len(elements)):\n"
+      "      op = elements[i]\n"
+      "      for call in calls:\n"
+      "        try:\n"
+      "          if call(op) is not True: faults.append(call.__code__.co_firstlineno)\n"
+      "          uses[number] += 1\n"
+      "        except ReferenceError as error:\n"
+      "          if not str(error).endswith(' is not alive'): faults.append(error)\n"
+      "          deaths[number] += 1\n"
+      "        except BaseException as error: faults.append(error)\n"
+      "threads = [threading.Thread(target=work, args=(i,)) for i in range(8)]\n"
+      "for thread in threads: thread.start()\n");
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  int rounds = 0;
+  for (int from = 0; std::chrono::steady_clock::now() < end; from = (from + 4) % kElements) {
+    {
+      const qlx::HostBlockingScope withoutLock;
+      for (int i = from; i < from + 4; ++i) Destroy(elements[size_t(i)]);
+      host::ReclaimDestroyed();
+    }
+    for (int i = from; i < from + 4; ++i) renew(i);
+    ++rounds;
+  }
+  Run("ends.append(1)\n"
+      "for thread in threads: thread.join()\n"
+      "assert not faults, faults[:5]\n"
+      "assert all(uses) and sum(deaths) > 0, (uses, deaths)\n"
+      "for op in elements: op.IsAlive()\n");
+  EXPECT_GT(rounds, 1000);
+  for (BaseList2D* element : elements) Destroy(element);
+  {
+    const qlx::HostBlockingScope withoutLock;
+    host::ReclaimDestroyed();
+  }
+  Run("for op in elements: assert op() is None");
+  Py_DECREF(list);
+}
+
+class LeakTest : public LinkedTest {
+ protected:
+  void SetUp() override { Start(true); }
+};
+
+TEST_F(LeakTest, InstancesThatLiveAreToldByTheScriptsLine) {
+  Run("import qlx\n"
+      "gone = qlx.BaseList2D(5159)\n"
+      "del gone\n"
+      "kept = qlx.bitmaps.BaseBitmap()\n");
+  Set("early", qlx::NewVector({}));
+  Set("other", qlx::WrapHostObject(BaseList2D::Alloc(kCube), true));
+  qlx::ReportLeaks();
+  ASSERT_EQ(diagnostics.size(), 6U);
+  EXPECT_EQ(diagnostics.front(), "\n\n*** Potential Memory Leak in Python Detected ***\n\n");
+  EXPECT_EQ(diagnostics[4], "3 objects\n\n");
+  EXPECT_EQ(diagnostics[5], "Python Trace End...");
+  std::sort(diagnostics.begin() + 1, diagnostics.begin() + 4);
+  const auto expect = [](const std::string& told, const std::string& file, const std::string& type) {
+    const std::string_view rest(told);
+    const std::string head = "modules/python/source/" + file + " - memleak outside Python context(";
+    EXPECT_TRUE(rest.starts_with(head) && rest.ends_with("): " + type)) << told;
+    EXPECT_EQ(rest.substr(head.size()).find_first_not_of("0123456789"),
+              rest.size() - head.size() - type.size() - 3);
+  };
+  expect(diagnostics[1], "scene/wraphostobject.cpp", "qlx.BaseList2D");
+  expect(diagnostics[2], "values/PyVector.cpp", "qlx.Vector");
+  EXPECT_EQ(diagnostics[3], "scene.py(4): qlx.bitmaps.BaseBitmap");
+
+  diagnostics.clear();
+  Run("del kept");
+  EXPECT_EQ(diagnostics, std::vector<std::string>{
+                             "Python object (maybe) freed too late: scene.py(4): qlx.bitmaps.BaseBitmap"});
+  Run("del early, other");
+  EXPECT_EQ(diagnostics.size(), 3U);
+}
+
+}  // namespace
