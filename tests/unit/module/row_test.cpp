@@ -163,7 +163,7 @@ class RowTest : public SceneTest {
 };
 
 TEST_F(RowTest, ADeadObjectIsNotTouched) {
-  const std::string dead = " is not alive", reference = "ReferenceError: the object '";
+  const std::string reference = "ReferenceError: the object '";
   const struct {
     const char *expression, *message;
   } cases[] = {
@@ -222,12 +222,8 @@ TEST_F(RowTest, ValuesGoInAndOut) {
       {"t.Throw(2)", "RuntimeError: 100 % broken"},
       {"t.Throw(3)", "3"},
       {"t.GiveThing()", "owned"},
-      {"t.Nothing(1)", "TypeError: Nothing() takes no arguments (1 given)"},
   };
-  for (const auto& c : cases) {
-    const std::string told = Try(c.expression);
-    EXPECT_EQ(told.substr(told.find("test.") == 0 ? 5 : 0), c.result) << c.expression;
-  }
+  for (const auto& c : cases) EXPECT_EQ(Try(c.expression), c.result) << c.expression;
   const std::string surrogate = Try("t.Touch(1, '\\ud800')");
   EXPECT_EQ(surrogate.substr(0, surrogate.find(':')), "UnicodeEncodeError");
   EXPECT_EQ(Thing::log, "");

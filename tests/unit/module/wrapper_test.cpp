@@ -108,17 +108,6 @@ TEST_F(WrapperTest, ARecordThatIsUsedAgainIsEmpty) {
   }
 }
 
-// Records beyond those that a pool keeps come and go as well.
-TEST_F(WrapperTest, AThousandRecordsAndMore) {
-  std::vector<PyObject*> wrappers;
-  for (int i = 0; i < 3000; ++i) wrappers.push_back(Wrap(qlx::g_BaseList2DType, Make(), true));
-  std::sort(wrappers.begin(), wrappers.end());
-  EXPECT_EQ(std::adjacent_find(wrappers.begin(), wrappers.end()), wrappers.end());
-  for (PyObject* wrapper : wrappers) Py_DECREF(wrapper);
-  EXPECT_TRUE(
-      std::all_of(objects.begin(), objects.end(), [](const auto& object) { return object.freed == 1; }));
-}
-
 TEST_F(WrapperTest, AScriptsSubclassHasADictionaryAndIsLetGo) {
   Py_INCREF(&qlx::g_BaseDataType);
   Set("BaseData", reinterpret_cast<PyObject*>(&qlx::g_BaseDataType));
@@ -194,15 +183,6 @@ TEST_F(WrapperTest, ScriptsSeeTheDeathOfAnObject) {
         EXPECT_EQ(told, expected) << c.expression;
     }
   }
-}
-
-TEST_F(WrapperTest, AccessorsRefuseObjectsOfOtherTypes) {
-  EXPECT_EQ(qlx::BaseContainerOf(Py_None), nullptr);
-  const std::string container = Take(PyExc_SystemError);
-  EXPECT_NE(container.find("PyBaseContainer.cpp"), std::string::npos) << container;
-  EXPECT_EQ(qlx::VectorOf(Py_None), nullptr);
-  const std::string vector = Take(PyExc_SystemError);
-  EXPECT_NE(vector.find("PyVector.cpp"), std::string::npos) << vector;
 }
 
 // The chain of ids, with what can be told apart today: who owns the element.
