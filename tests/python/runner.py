@@ -4,14 +4,26 @@ import io
 import sys
 import unittest
 
+
+def run(path):
+    """What went wrong, or the end mark; nothing of the tests stays behind."""
+    spec = importlib.util.spec_from_file_location("tests_of_file", path)
+    module = importlib.util.module_from_spec(spec)
+    sys.modules[spec.name] = module
+    try:
+        spec.loader.exec_module(module)
+        report = io.StringIO()
+        tests = unittest.defaultTestLoader.loadTestsFromModule(module)
+        result = unittest.TextTestRunner(report, verbosity=2).run(tests)
+    finally:
+        del sys.modules[spec.name]
+    if result.wasSuccessful() and result.testsRun:
+        return None, "end of tests: %d ran" % result.testsRun
+    return report.getvalue() or "no test ran", None
+
+
 sys.dont_write_bytecode = True
-spec = importlib.util.spec_from_file_location("tests_of_file", sys.argv[1])
-module = importlib.util.module_from_spec(spec)
-sys.modules[spec.name] = module
-spec.loader.exec_module(module)
-report = io.StringIO()
-result = unittest.TextTestRunner(report, verbosity=2).run(unittest.defaultTestLoader.loadTestsFromModule(module))
-if result.wasSuccessful() and result.testsRun:
-    print("end of tests: %d ran" % result.testsRun)
-else:
-    sys.exit(report.getvalue() or "no test ran")
+fault, mark = run(sys.argv[1])
+if fault:
+    sys.exit(fault)
+print(mark)
