@@ -86,6 +86,8 @@ void FreeDoomed(LinkSlot* slot) {
 Linkable::~Linkable() = default;
 
 void Linkable::Link(HostLink& link) {
+  link = {};
+  if (dead_.load(std::memory_order_acquire)) return;
   LinkSlot* slot = slot_.load(std::memory_order_acquire);
   if (!slot) {
     LinkSlot* fresh = Slots().Take();
@@ -101,6 +103,7 @@ void Linkable::Link(HostLink& link) {
 }
 
 LinkSlot* Linkable::Die() {
+  dead_.store(true, std::memory_order_release);
   LinkSlot* slot = slot_.load(std::memory_order_acquire);
   if (!slot) return nullptr;
   slot->generation.fetch_add(1);

@@ -32,6 +32,7 @@ class Linkable {
   LinkSlot* Die();
 
   std::atomic<LinkSlot*> slot_{nullptr};
+  std::atomic<bool> dead_{false};  // also where nothing was linked before
 };
 
 // Destroys an object whose destroyer holds the interpreter's lock, or no Python runs: only a
@@ -39,7 +40,7 @@ class Linkable {
 void DestroyNow(Linkable* object);
 
 // Destroys an object by the host's own will: its links are dead at once, and its memory goes with
-// the next reclaim. Any thread.
+// the next reclaim. Any thread. Only for what the host owns: a script's wrapper destroys the rest.
 void DestroyLater(Linkable* object);
 
 // Waits for the module and frees what DestroyLater collected. Main thread, no lock held.

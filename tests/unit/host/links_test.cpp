@@ -91,7 +91,7 @@ TEST(Links, APinnedObjectStaysUntilItsLastPin) {
   UnpinLink(link);
   EXPECT_EQ(freed, 1);
   auto* next = new Counted(freed);
-  ASSERT_EQ(LinkTo(next).slot, late.slot);
+  ASSERT_EQ(LinkTo(next).slot, link.slot);
   EXPECT_EQ(GetLink(late), nullptr);
   host::DestroyNow(next);
 }

@@ -5,6 +5,7 @@
 #include "bitmaps/bitmaps.h"
 #include "kit/i_row.h"
 #include "scene/scene.h"
+#include "values/values.h"
 
 #ifndef CASE
 #define CASE 0
@@ -64,6 +65,10 @@ PyMethodDef g_methods[] = {
     Method<Row<Takes<"id">>, &QLXAtom::IsInstanceOf, "i", "id">("", ""),
 #elif CASE == 19  // FormatHasAnotherNumberOfLetters SetName
     Method<&BaseList2D::SetName>("", ""),
+#elif CASE == 20  // RowOwnsWhatHasNoOwner GetId
+    Method<Row<TakesSelf>, &BaseContainer::GetId>("", ""),
+#elif CASE == 21  // WaitingRowCantHoldParameter GetId
+    Method<Row<Waits>, &BaseContainer::GetId>("", ""),
 #endif
     {},
 };

@@ -189,6 +189,7 @@ TEST_F(WrapperTest, ScriptsSeeTheDeathOfAnObject) {
 TEST_F(WrapperTest, SomeElementsAreNeverOwned) {
   static int32_t own;
   tables::atom.IsInstanceOf = [](const QLXAtom*, int32_t id) { return HostBool(id == own); };
+  tables::atom.GetType = [](const QLXAtom*) { return own; };
   for (const auto& [id, owned] :
        {std::pair(5155, true), {5694, true}, {1, true}, {110305, false}, {431000054, false}}) {
     own = id;

@@ -289,14 +289,9 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
   Arguments& operator=(const Arguments&) = delete;
   ~Arguments() { Py_XDECREF(keywordsCopy_); }
 
-  // False with an exception. The targets only borrow: a dictionary that a script's code could empty
-  // meanwhile is replaced by a copy.
+  // False with an exception. The targets only borrow from the caller's keywords, or from a copy of them.
   bool Parse(PyObject* args, PyObject*& keywords) {
-    if (keywords && Py_REFCNT(keywords) > 1) {
-      keywordsCopy_ = PyDict_Copy(keywords);
-      if (!keywordsCopy_) return false;
-      keywords = keywordsCopy_;
-    }
+    if (keywords && !OwnKeywords(keywords, keywordsCopy_)) return false;
     const bool parsed = std::apply(
         [&](auto&... argument) {
           return std::apply(

@@ -16,6 +16,7 @@ namespace qlx {
 namespace {
 
 constexpr size_t kMessageBytes = 512;
+constexpr const char* kKeysNoStrings = "keywords must be strings";
 constexpr int32_t kAllRequired = std::numeric_limits<int32_t>::max();
 
 // The place of a failed item inside nested sequences, from outside in; a zero ends it. Levels that
@@ -242,7 +243,7 @@ bool CheckNames(const Targets& targets, PyObject* keywords, const char* const* k
   PyObject* key;
   for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, nullptr);) {
     if (!PyUnicode_Check(key)) {
-      Raise(targets, PyExc_TypeError, "keywords must be strings");
+      Raise(targets, PyExc_TypeError, kKeysNoStrings);
       return false;
     }
     const char* name = PyUnicode_AsUTF8(key);
@@ -360,6 +361,24 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
 }
 
 }  // namespace
+
+bool OwnKeywords(PyObject*& keywords, PyObject*& copy) {
+  bool plain = true;
+  PyObject *key, *value;
+  for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, nullptr);)
+    plain &= PyUnicode_CheckExact(key);
+  if (plain && Py_REFCNT(keywords) == 1) return true;
+  copy = PyDict_New();
+  for (Py_ssize_t position = 0; copy && PyDict_Next(keywords, &position, &key, &value);) {
+    PyObject* name = PyUnicode_Check(key) ? PyUnicode_FromObject(key) : nullptr;
+    if (!name && !PyErr_Occurred()) PyErr_SetString(PyExc_TypeError, kKeysNoStrings);
+    const bool added = name && PyDict_SetItem(copy, name, value) == 0;
+    Py_XDECREF(name);
+    if (!added) Py_CLEAR(copy);
+  }
+  keywords = copy;
+  return copy != nullptr;
+}
 
 int32_t VaParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* format,
                                 const char* const* kwlist, va_list va) {

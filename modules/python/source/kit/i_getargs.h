@@ -24,6 +24,10 @@ int32_t ParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* fo
 int32_t VaParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* format,
                                 const char* const* kwlist, va_list va);
 
+// Keywords that no code of a script can change or is asked about: the dictionary itself, or a copy
+// with plain texts as keys, which the caller releases. False with an exception.
+bool OwnKeywords(PyObject*& keywords, PyObject*& copy);
+
 }  // namespace qlx
 
 #endif

@@ -47,6 +47,8 @@ template <auto HostMethod, FixedString Keyword>
 struct RowNamesNoSuchKeyword;
 template <auto HostMethod, FixedString Keyword>
 struct RowTakesWhatHasNoOwner;
+template <auto HostMethod, class Self>
+struct RowOwnsWhatHasNoOwner;
 template <auto HostMethod, class Parameter>
 struct WaitingRowCantHoldParameter;
 template <auto HostMethod, class Result>
@@ -195,6 +197,8 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
 
   template <class Self, class Args>
   static PyObject* Finish(PyObject* object, Self& self, Args& arguments, PyObject* args, PyObject* keywords) {
+    if constexpr ((Options::template kHas<TakesSelf> || Options::template kHas<GivesSelf>)&&!HasOwner<Self>())
+      (void)sizeof(RowOwnsWhatHasNoOwner<HostMethod, Self>);
     if (Options::template kHas<MainThreadOnly> && !kelvar::GeIsMainThread()) return RaiseMainThreadOnly();
     if (!(InRangeOf(Policies{}, self, arguments) && ...)) return nullptr;
     if constexpr (Options::template kHas<Waits>) {
@@ -216,10 +220,21 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
     });
   }
 
+  // Whether the object's record has an owner's flag.
+  template <class Self>
+  static constexpr bool HasOwner() {
+    if constexpr (requires { typename Self::Host; })
+      return Linkable<typename Self::Host> || std::same_as<typename Self::Host, AtomWrapper>;
+    else
+      return false;
+  }
+
   // Keeps every host object of the call, then frees the lock around the host's method.
   template <class Self, class Args>
   static PyObject* CallWaiting(PyObject* object, Self& self, Args& arguments, PyObject* args,
                                PyObject* keywords) {
+    if constexpr (!std::same_as<Self, NoSelf> && !HasOwner<Self>())
+      (void)sizeof(WaitingRowCantHoldParameter<HostMethod, Self>);
     const auto run = [&](const auto&... pins) -> PyObject* {
       if (!(pins.held && ...)) return ReportUnheld(object, self, arguments, args, keywords);
       return Convert(object, args, keywords, arguments, [&]() -> Result {

@@ -61,6 +61,7 @@ const Choice& ChoiceFor(const QLXAtom* host) {
   };
   static Remembered remembered[64];
   const int32_t id = host->GetType();
+  if (id == 0) return *Choose(host);  // a host without types
   Remembered& entry = remembered[uint32_t(id) % std::size(remembered)];
   if (!entry.choice || entry.id != id) entry = {id, Choose(host)};
   return *entry.choice;
