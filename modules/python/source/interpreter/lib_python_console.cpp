@@ -165,6 +165,16 @@ PyMethodDef g_functions[] = {
     {},
 };
 
+// The same in the package.
+PyMethodDef g_packageFunctions[] = {
+    {"stdout_write", WithKeywords(StdoutWrite), METH_VARARGS | METH_KEYWORDS, "The stdout file object."},
+    {"stderr_write", WithKeywords(StderrWrite), METH_VARARGS | METH_KEYWORDS, "The stderr file object."},
+    {"stdin_read", WithKeywords(StdinRead), METH_VARARGS | METH_KEYWORDS, "The stdin file object."},
+    g_functions[3],
+    g_functions[4],
+    {},
+};
+
 PyModuleDef g_definition = {
     PyModuleDef_HEAD_INIT, "_qlx", "The host's console.", -1, g_functions, nullptr, nullptr, nullptr, nullptr};
 
@@ -180,6 +190,8 @@ bool AddPrivateModule() {
 }
 
 }  // namespace
+
+bool AddConsoleFunctions(PyObject* package) { return PyModule_AddFunctions(package, g_packageFunctions) == 0; }
 
 tavor::Error ConnectStreams(const Filename& framework) {
   const std::string folder(kelvar::View(framework.GetString()));

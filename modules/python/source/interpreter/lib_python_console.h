@@ -2,6 +2,8 @@
 #ifndef INTERPRETER_LIB_PYTHON_CONSOLE_H
 #define INTERPRETER_LIB_PYTHON_CONSOLE_H
 
+#include <Python.h>
+
 #include "kelvar/filename.h"
 #include "tavor/error.h"
 
@@ -10,6 +12,9 @@ namespace qlx {
 // Makes `_qlx` importable and runs `_qlx_init` of the framework folder, which lays the streams
 // over it. Lock held. No Python error is pending afterwards.
 tavor::Error ConnectStreams(const Filename& framework);
+
+// Adds the functions that the package offers too. Lock held; false with an exception.
+bool AddConsoleFunctions(PyObject* package);
 
 }  // namespace qlx
 

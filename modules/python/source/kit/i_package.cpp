@@ -3,9 +3,11 @@
 #include "kit/i_package.h"
 
 #include <cstring>
+#include <initializer_list>
 #include <string>
 
 #include "bitmaps/bitmaps.h"
+#include "interpreter/lib_python_console.h"
 #include "interpreter/lib_python_lock.h"
 #include "kit/i_lasting.h"
 #include "plugins/plugins.h"
@@ -31,50 +33,91 @@ Lasting<KeptReference> g_packageModule;
 Lasting<KeptReference> g_packageDictionary;
 Lasting<KeptReference> g_importedModule;
 
-PyTypeObject* const g_types[] = {&g_VectorType, &g_BaseContainerType, &g_QLXAtomType, &g_GeListNodeType,
-                                 &g_BaseList2DType};
-PyTypeObject* const g_bitmapTypes[] = {&g_BaseBitmapType};
-PyTypeObject* const g_pluginTypes[] = {&g_BaseDataType};
+using Types = std::initializer_list<PyTypeObject*>;
 
-// A type is known to its module by the last part of its name.
-template <size_t Count>
-bool AddTypes(PyObject* module, PyTypeObject* const (&types)[Count]) {
-  for (PyTypeObject* type : types) {
-    if (PyType_Ready(type) < 0) return false;
-    Py_INCREF(type);
-    if (PyModule_AddObject(module, std::strrchr(type->tp_name, '.') + 1, reinterpret_cast<PyObject*>(type)) ==
-        0)
-      continue;
-    Py_DECREF(type);
-    return false;
-  }
+struct Module {
+  const char* name;
+  const char* doc;
+  Types types;
+};
+
+// The tree, in the order in which scripts find it. A type is known by the last part of its name.
+
+const Types kTypes = {
+    &g_VectorType, &g_BaseContainerType, &g_QLXAtomType, &g_GeListNodeType, &g_BaseList2DType,
+};
+
+const Module kModules[] = {
+    {"gui", "A module to create custom dialogs.", {}},
+    {"documents", "Module for document handling.", {}},
+    {"storage", "Module for IO operations", {}},
+    // The text is that of another module; help() of scripts has always shown it.
+    {"bitmaps", "Module for color chooser", {&g_BaseBitmapType}},
+    {"modules", "The host's specialised modules.", {}},
+    {"modules.character", "Character animation.", {}},
+    {"modules.clonix", "Cloners, falloffs and fields.", {}},
+    {"modules.net", "The render farm.", {}},
+    {"modules.hair", "Hair.", {}},
+    {"modules.frescoa", "Painting.", {}},
+    {"modules.particles", "Particles of emitters.", {}},
+    {"modules.driftmotes", "The particle system.", {}},
+    {"modules.render", "Rendering.", {}},
+    {"modules.sculpting", "Sculpting.", {}},
+    {"modules.graphview", "Graphs of nodes.", {}},
+    {"modules.snap", "Snapping.", {}},
+    {"modules.takesystem", "Takes.", {}},
+    {"modules.tokensystem", "Tokens in file names.", {}},
+    {"modules.colorchooser", "Module for color chooser", {}},
+    {"modules.substance", "Substance materials.", {}},
+    {"modules.motiontracker", "Motion tracking.", {}},
+    {"modules.volume", "Volumes.", {}},
+    {"plugins", "Plug-ins: their classes and registration.", {&g_BaseDataType}},
+    {"utils", "Helpers for geometry and modeling.", {}},
+    {"threading", "Threads of the host.", {}},
+    {"internals", "What serves the tests of the package.", {}},
+};
+
+bool AddTo(PyObject* module, const char* name, PyObject* object) {
+  Py_INCREF(object);
+  if (PyModule_AddObject(module, name, object) == 0) return true;
+  Py_DECREF(object);
+  return false;
+}
+
+bool AddTypes(PyObject* module, const Types& types) {
+  for (PyTypeObject* type : types)
+    if (PyType_Ready(type) < 0 ||
+        !AddTo(module, std::strrchr(type->tp_name, '.') + 1, reinterpret_cast<PyObject*>(type)))
+      return false;
   return true;
 }
 
-// A sub-module, which `import qlx.<name>` finds too.
-template <size_t Count>
-bool AddModule(PyObject* package, const char* name, const char* doc, PyTypeObject* const (&types)[Count]) {
-  PyObject* module = PyImport_AddModule((std::string("qlx.") + name).c_str());  // borrowed
-  if (!module || PyModule_SetDocString(module, doc) < 0 || !AddTypes(module, types)) return false;
-  Py_INCREF(module);
-  if (PyModule_AddObject(package, name, module) == 0) return true;
-  Py_DECREF(module);
-  return false;
-}
-
-// A module with a path is a package.
+// A module with a path is a package: the interpreter looks for its sub-modules.
 bool MakePackage(PyObject* module) {
   PyObject* path = PyList_New(0);
-  if (path && PyModule_AddObject(module, "__path__", path) == 0) return true;
+  const bool made = path && AddTo(module, "__path__", path);
   Py_XDECREF(path);
-  return false;
+  return made;
 }
 
-// What the package holds ahead of the host's symbols.
+// A sub-module under its short name, which `import` finds by the whole one.
+bool AddModule(PyObject* package, const Module& entry) {
+  const std::string name = std::string("qlx.") + entry.name;
+  const size_t dot = name.rfind('.');
+  PyObject* parent =
+      dot == 3 ? package : PyImport_AddModule(name.substr(0, dot).c_str());  // borrowed, as all here
+  PyObject* module = parent ? PyImport_AddModule(name.c_str()) : nullptr;
+  return module && PyModule_SetDocString(module, entry.doc) == 0 && MakePackage(module) &&
+         AddTypes(module, entry.types) && AddTo(parent, name.c_str() + dot + 1, module);
+}
+
 bool InitPackageContents(PyObject* module) {
-  return MakePackage(module) && PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) == 0 &&
-         AddTypes(module, g_types) && AddModule(module, "bitmaps", "Module for color chooser", g_bitmapTypes) &&
-         AddModule(module, "plugins", "Module for plugins.", g_pluginTypes);
+  if (!MakePackage(module) || PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) < 0) return false;
+  if (!AddConsoleFunctions(module) || !AddTypes(module, kTypes)) return false;
+  for (const Module& entry : kModules)
+    if (!AddModule(module, entry)) return false;
+  AddKnownSymbols(module);
+  return true;
 }
 
 }  // namespace
@@ -112,8 +155,5 @@ void ReleasePackage() {
   g_packageDictionary->Drop();
   g_importedModule->Drop();
 }
-
-// The constants come with the types that they belong to.
-tavor::Error RegisterSymbols(bool) { return {}; }
 
 }  // namespace qlx

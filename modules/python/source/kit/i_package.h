@@ -25,6 +25,9 @@ void ReleasePackage();
 // host says that they changed. Takes the lock itself.
 tavor::Error RegisterSymbols(bool onlyIfChanged);
 
+// Fills them into a package that is built anew; nothing ahead of the first registration. Lock held.
+void AddKnownSymbols(PyObject* module);
+
 }  // namespace qlx
 
 #endif
