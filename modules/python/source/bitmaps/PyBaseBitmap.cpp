@@ -10,15 +10,6 @@ namespace {
 
 PyObject* GetSize(BaseBitmap* self) { return Py_BuildValue("(ii)", self->GetBw(), self->GetBh()); }
 
-PyObject* Compare(PyObject* left, PyObject* right, int op) {
-  if (!PyObject_TypeCheck(left, &g_BaseBitmapType) || !PyObject_TypeCheck(right, &g_BaseBitmapType))
-    Py_RETURN_NOTIMPLEMENTED;
-  BaseBitmap *a, *b;
-  if (!Present<BaseBitmap>::Get(left, a) || !Present<BaseBitmap>::Get(right, b)) return nullptr;
-  if (op != Py_EQ && op != Py_NE) Py_RETURN_NOTIMPLEMENTED;
-  return ToPython((a == b) == (op == Py_EQ));
-}
-
 PyMethodDef g_methods[] = {
     Method<Row<Gives>, &BaseBitmap::GetClone>("GetClone",
                                               "GetClone() -> qlx.bitmaps.BaseBitmap or None\n\nA copy."),
@@ -46,7 +37,7 @@ PyTypeObject g_BaseBitmapType = MakeType<AtomWrapper>({
     .methods = g_methods,
     .create = Create<&BaseBitmap::Alloc, "">,
     .destroy = FreePicture,
-    .compare = Compare,
+    .compare = CompareHosts<BaseBitmap>,
 });
 
 namespace {

@@ -16,6 +16,7 @@
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "kit/i_errors.h"
+#include "kit/i_type.h"
 #include "tavor/logger.h"
 
 namespace qlx {
@@ -140,26 +141,22 @@ PyObject* ReadLine(PyObject*, PyObject* arguments, PyObject* keywords) {
   return PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(size), "surrogateescape");
 }
 
-PyCFunction WithKeywords(PyCFunctionWithKeywords function) {
-  return reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function));
-}
-
 PyMethodDef g_functions[] = {
-    {"stdout_write", WithKeywords(StdoutWrite), METH_VARARGS | METH_KEYWORDS,
+    {"stdout_write", AsMethod(StdoutWrite), METH_VARARGS | METH_KEYWORDS,
      "stdout_write(str) -> None\n\nWrites to the host's console. Raises OSError when it can't take more."},
-    {"stderr_write", WithKeywords(StderrWrite), METH_VARARGS | METH_KEYWORDS,
+    {"stderr_write", AsMethod(StderrWrite), METH_VARARGS | METH_KEYWORDS,
      "stderr_write(str) -> None\n\nWrites to the host's log as an error of a script."},
-    {"stdin_read", WithKeywords(StdinRead), METH_VARARGS | METH_KEYWORDS,
+    {"stdin_read", AsMethod(StdinRead), METH_VARARGS | METH_KEYWORDS,
      "stdin_read(size=8192) -> str\n\nAsks the user for input; empty at its end. Bytes that are not UTF-8 are\n"
      "lone surrogates. Raises RuntimeError on another thread than the main one."},
-    {"GePrint", WithKeywords(GePrint), METH_VARARGS | METH_KEYWORDS,
+    {"GePrint", AsMethod(GePrint), METH_VARARGS | METH_KEYWORDS,
      "GePrint(str) -> None\n\nPrints a line on the host's console."},
-    {"WriteConsole", WithKeywords(WriteConsole), METH_VARARGS | METH_KEYWORDS,
+    {"WriteConsole", AsMethod(WriteConsole), METH_VARARGS | METH_KEYWORDS,
      "WriteConsole(str) -> None\n\nWrites to the host's log as output of a script."},
-    {"read_line", WithKeywords(ReadLine), METH_VARARGS | METH_KEYWORDS,
+    {"read_line", AsMethod(ReadLine), METH_VARARGS | METH_KEYWORDS,
      "read_line(prompt='') -> str\n\nA line from the terminal, without its end. Raises EOFError at the end of "
      "input."},
-    {"is_complete", WithKeywords(IsCompleteFunction), METH_VARARGS | METH_KEYWORDS,
+    {"is_complete", AsMethod(IsCompleteFunction), METH_VARARGS | METH_KEYWORDS,
      "is_complete(str) -> int\n\nWhether a statement of the console is complete: 1, 0 for more lines, -1 for "
      "an error."},
     {},
@@ -167,9 +164,9 @@ PyMethodDef g_functions[] = {
 
 // The same in the package.
 PyMethodDef g_packageFunctions[] = {
-    {"stdout_write", WithKeywords(StdoutWrite), METH_VARARGS | METH_KEYWORDS, "The stdout file object."},
-    {"stderr_write", WithKeywords(StderrWrite), METH_VARARGS | METH_KEYWORDS, "The stderr file object."},
-    {"stdin_read", WithKeywords(StdinRead), METH_VARARGS | METH_KEYWORDS, "The stdin file object."},
+    {"stdout_write", AsMethod(StdoutWrite), METH_VARARGS | METH_KEYWORDS, "The stdout file object."},
+    {"stderr_write", AsMethod(StderrWrite), METH_VARARGS | METH_KEYWORDS, "The stderr file object."},
+    {"stdin_read", AsMethod(StdinRead), METH_VARARGS | METH_KEYWORDS, "The stdin file object."},
     g_functions[3],
     g_functions[4],
     {},

@@ -58,6 +58,18 @@ inline PyObject* ToPython(const String& value) { return StringToPython(value); }
 inline PyObject* ToPython(const Filename& value) { return FilenameToPython(value); }
 inline PyObject* ToPython(PyObject* value) { return value; }  // a body's own result
 
+// The tp_richcompare of classes whose wrappers are equal when their host objects are the same: each
+// call that answers with an object makes a new wrapper. A dead side raises.
+template <class Host>
+PyObject* CompareHosts(PyObject* left, PyObject* right, int op) {
+  PyTypeObject* type = &Present<Host>::Type();
+  if (!PyObject_TypeCheck(left, type) || !PyObject_TypeCheck(right, type)) Py_RETURN_NOTIMPLEMENTED;
+  Host *a, *b;
+  if (!Present<Host>::Get(left, a) || !Present<Host>::Get(right, b)) return nullptr;
+  if (op != Py_EQ && op != Py_NE) Py_RETURN_NOTIMPLEMENTED;
+  return ToPython((a == b) == (op == Py_EQ));
+}
+
 inline PyObject* NewNone() {
   Py_INCREF(Py_None);
   return Py_None;

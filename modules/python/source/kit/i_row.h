@@ -19,6 +19,7 @@
 #include "kelvar/general.h"
 #include "kit/i_arguments.h"
 #include "kit/i_errors.h"
+#include "kit/i_type.h"
 
 namespace qlx {
 
@@ -371,10 +372,6 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       reinterpret_cast<AtomWrapper*>(given)->owned = false;  // the host's from here
   }
 };
-
-inline PyCFunction AsMethod(PyCFunctionWithKeywords function) {
-  return reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function));
-}
 
 // The rows. Without a format the method takes no arguments.
 

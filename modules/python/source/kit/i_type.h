@@ -8,6 +8,11 @@
 
 namespace qlx {
 
+// A function with keywords as the method tables want it.
+inline PyCFunction AsMethod(PyCFunctionWithKeywords function) {
+  return reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function));
+}
+
 // What a class presents. Fields that are left out are those of the base, or the interpreter's.
 struct TypeSpec {
   const char* name;  // with the module: "qlx.BaseObject"; every message quotes it

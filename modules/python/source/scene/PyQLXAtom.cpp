@@ -21,16 +21,6 @@ PyObject* Call(PyObject* self, PyObject* args, PyObject* keywords) {
   return result;
 }
 
-// Each call that answers with an element makes a new wrapper: equality is that of the elements.
-PyObject* Compare(PyObject* left, PyObject* right, int op) {
-  if (!PyObject_TypeCheck(left, &g_QLXAtomType) || !PyObject_TypeCheck(right, &g_QLXAtomType))
-    Py_RETURN_NOTIMPLEMENTED;
-  QLXAtom *a, *b;
-  if (!ResolveAtom(AsWrapper(left), a) || !ResolveAtom(AsWrapper(right), b)) return nullptr;
-  if (op != Py_EQ && op != Py_NE) Py_RETURN_NOTIMPLEMENTED;
-  return ToPython((a == b) == (op == Py_EQ));
-}
-
 PyMethodDef g_methods[] = {
     Method<&IsAlive>(
         "IsAlive",
@@ -58,7 +48,7 @@ PyTypeObject g_QLXAtomType = MakeType<AtomWrapper>({
     .methods = g_methods,
     .create = RefuseInstance,
     .destroy = FreeLinkOnly,
-    .compare = Compare,
+    .compare = CompareHosts<QLXAtom>,
     .call = Call,
 });
 
