@@ -5,6 +5,7 @@
 #define KELVAR_T_CONTAINER_H
 
 #include "t_host.h"
+#include "t_values.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -63,6 +64,144 @@ typedef struct HostContainerGroup {
    * since   23100
    * fails   nothing */
   void (*SetId)(BaseContainer* self, int32_t id);
+
+  /* The number of entries. Quick.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  int32_t (*GetCount)(const BaseContainer* self);
+
+  /* The value of an entry, which the container keeps; null when it has no such entry. Valid until the container
+   * changes. Quick.
+   * owner   the container
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  const HostGeData* (*FindData)(const BaseContainer* self, int32_t id);
+
+  /* Stores a copy of the value: in the entry of that id, or in a new one at the end. 0 when memory lacks.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*SetData)(BaseContainer* self, int32_t id, const HostGeData* data);
+
+  /* Appends a new entry, also where one of that id is there; the first one is found. 0 when memory lacks.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*InsData)(BaseContainer* self, int32_t id, const HostGeData* data);
+
+  /* Inserts a new entry behind the one at `index`; -1 stands for the front.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*InsDataAfter)(BaseContainer* self, int32_t id, const HostGeData* data, int32_t index);
+
+  /* Removes the first entry of that id; 0 when there is none.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*RemoveData)(BaseContainer* self, int32_t id);
+
+  /* Removes the entry at a position; 0 when there is none.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*RemoveIndex)(BaseContainer* self, int32_t index);
+
+  /* The position of the first entry of that id.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   -1 */
+  int32_t (*FindIndex)(const BaseContainer* self, int32_t id);
+
+  /* The id of the entry at a position; -1 when there is none.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   -1 */
+  int32_t (*GetIndexId)(const BaseContainer* self, int32_t index);
+
+  /* As FindData, by position. Quick.
+   * owner   the container
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  const HostGeData* (*GetIndexData)(const BaseContainer* self, int32_t index);
+
+  /* Replaces the value of the entry at a position by a copy; 0 when there is none.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*SetIndexData)(BaseContainer* self, int32_t index, const HostGeData* data);
+
+  /* Removes all entries.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*FlushAll)(BaseContainer* self);
+
+  /* A count that grows with each change.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  uint32_t (*GetDirty)(const BaseContainer* self);
+
+  /* Makes another container a copy of this one, its id with it.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*CopyTo)(const BaseContainer* self, BaseContainer* dst, int32_t flags);
+
+  /* Takes over every entry of another container: into the entry of the same id, or as a new one at the end.
+   * Containers in entries are merged in turn.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*MergeContainer)(BaseContainer* self, const BaseContainer* src);
+
+  /* Puts the entries into the order of their ids; entries of one id keep theirs.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*Sort)(BaseContainer* self);
+
+  /* The container in the entry of that id, to be changed in place.
+   * owner   the container
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  BaseContainer* (*GetContainerInstance)(BaseContainer* self, int32_t id);
 } HostContainerGroup;
 
 #ifdef __cplusplus

@@ -1,8 +1,9 @@
-/* The plain values of the boundary: numbers side by side, copied as bytes, owned by nobody. */
+/* The plain values of the boundary: numbers side by side, copied as bytes, owned by nobody; and the tagged
+ * value, which may hold more. */
 #ifndef KELVAR_T_VALUES_H
 #define KELVAR_T_VALUES_H
 
-#include <stdint.h>
+#include "t_types.h"
 
 typedef struct Vector {
   double x, y, z;
@@ -47,9 +48,50 @@ typedef struct BaseTime {
   double numerator, denominator;
 } BaseTime;
 
+/* One level of the address of a parameter. */
+typedef struct DescLevel {
+  int32_t id, dtype, creator;
+} DescLevel;
+
 /* The bytes in the order of the text form. */
 typedef struct Uuid {
   uint8_t bytes[16];
 } Uuid;
+
+/* The types of tagged values that are no custom data. */
+enum HostDataType {
+  HOST_DATA_NONE = 0,
+  HOST_DATA_POINTER = 14,
+  HOST_DATA_INT32 = 15,
+  HOST_DATA_FLOAT = 19,
+  HOST_DATA_TIME = 22,
+  HOST_DATA_VECTOR = 23,
+  HOST_DATA_MATRIX = 25,
+  HOST_DATA_INT64 = 26,
+  HOST_DATA_STRING = 130,
+  HOST_DATA_FILENAME = 131,
+  HOST_DATA_CONTAINER = 132,
+  HOST_DATA_LINK = 133,
+  HOST_DATA_UUID = 258
+};
+
+/* A value with its type. All zero is no value. The values of the types 0, 14, 15, 19, 22, 23, 26 and 258 lie
+ * in it, and are copied as bytes; all others own something of the host's: Copy and Destroy of this group are
+ * for those. A value may be moved as bytes. */
+typedef struct HostGeData {
+  int32_t type;
+  int32_t reserved;
+  union {
+    int64_t integer;
+    double real;
+    void* pointer; /* 14 the script's own; 25, 132 and custom data the host's */
+    Vector vector;
+    BaseTime time;
+    Uuid uuid;
+    HostString string;
+    HostFilename filename;
+    HostLink link;
+  } value;
+} HostGeData;
 
 #endif
