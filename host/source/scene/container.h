@@ -6,10 +6,24 @@
 
 #include "kelvar.framework/source/tables/t_container.h"
 
-struct BaseContainer {
-  int32_t id = 0;
+namespace host {
+struct Storage;
+}
 
-  bool operator==(const BaseContainer& other) const { return id == other.id; }
+// Copies share their entries until one of them changes. Sub-containers may be nested to any depth.
+// One that was found through FindData belongs to every sharer and is only read; GetContainerInstance
+// answers one to be changed.
+struct BaseContainer {
+  explicit BaseContainer(int32_t ofId = 0) : id(ofId) {}
+  BaseContainer(const BaseContainer& other);
+  BaseContainer& operator=(BaseContainer other) noexcept;
+  ~BaseContainer();
+
+  bool operator==(const BaseContainer& other) const;
+
+  int32_t id;
+  uint32_t dirty = 0;
+  host::Storage* storage = nullptr;  // null for no entries
 };
 
 #endif

@@ -1,0 +1,43 @@
+// The tagged value that the host keeps.
+#ifndef HOST_SCENE_GEDATA_H
+#define HOST_SCENE_GEDATA_H
+
+#include <memory>
+#include <utility>
+
+#include "kelvar.framework/source/tables/t_gedata.h"
+#include "scene/container.h"
+
+namespace host {
+
+// A tagged value that ends itself.
+class Value {
+ public:
+  Value() = default;
+  // A copy; no value for a type that the host doesn't know, since nobody can tell what it owns.
+  explicit Value(const HostGeData& original);
+  explicit Value(std::unique_ptr<BaseContainer> container) noexcept;
+  Value(Value&& other) noexcept : data_(other.Release()) {}
+  Value& operator=(Value&& other) noexcept {
+    std::swap(data_, other.data_);
+    return *this;
+  }
+  ~Value();
+
+  HostGeData Release() noexcept { return std::exchange(data_, HostGeData{}); }
+  const HostGeData& Data() const { return data_; }
+
+ private:
+  HostGeData data_{};
+};
+
+bool IsEqual(const HostGeData& a, const HostGeData& b);
+
+// Null for a value of another type.
+inline BaseContainer* ContainerOf(const HostGeData& value) {
+  return value.type == HOST_DATA_CONTAINER ? static_cast<BaseContainer*>(value.value.pointer) : nullptr;
+}
+
+}  // namespace host
+
+#endif
