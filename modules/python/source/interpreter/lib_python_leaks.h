@@ -15,10 +15,7 @@ namespace qlx {
 class LeakTracker {
  public:
   // Every instance is recorded while the module's LanguageInfo says so.
-  static bool IsOn() {
-    const LanguageInfo* info = GetLanguageInfo();
-    return info && info->trackLeaks;
-  }
+  static bool IsOn() { return g_trackLeaks; }
 
   void Add(PyObject* object, int32_t line, const char* file);
   void Remove(PyObject* object);

@@ -105,6 +105,7 @@ int32_t OpenEntry(HostTables* host, const HostFilename* modulePath) {
 }
 
 void PluginEnd() {
+  g_trackLeaks = false;
   delete g_languageInfo;
   g_languageInfo = nullptr;
   FreeModuleRegistry();
@@ -192,16 +193,20 @@ bool PluginStart() {
 
 }  // namespace
 
+bool g_trackLeaks = false;
+
 bool HasHostTables() { return g_hasTables; }
 LanguageInfo* GetLanguageInfo() { return g_languageInfo; }
 
 bool InitModule() {
   if (!g_modulePath || !OpenModuleResource()) return false;
+  g_trackLeaks = false;
   delete g_languageInfo;
   g_languageInfo = new (std::nothrow) LanguageInfo;
   if (!g_languageInfo) return false;
   g_languageInfo->language = kelvar::GetDefaultLanguage();
   g_languageInfo->trackLeaks = tavor::application::GetConfigurationBool("g_trackLeaks", false);
+  g_trackLeaks = g_languageInfo->trackLeaks;
   const std::string_view language = kelvar::View(g_languageInfo->language);
   const size_t dash = language.find('-');
   if (dash != std::string_view::npos) g_languageInfo->country = kelvar::Text(language.substr(dash + 1));

@@ -20,6 +20,9 @@ bool HasHostTables();
 // Null before message 1 succeeded, and after the close.
 LanguageInfo* GetLanguageInfo();
 
+// What LanguageInfo says of leaks, false without one: tested for every instance that is made.
+extern bool g_trackLeaks;
+
 // The host's test of a name in a resource file.
 int32_t TestResourceSymbol(const HostString* name);
 
