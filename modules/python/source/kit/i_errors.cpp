@@ -85,6 +85,14 @@ int RaiseNumberAttribute(const char* name) {
   return -1;
 }
 
+PyObject* RaiseIndexDepth() { return RaiseFormatted(PyExc_IndexError, "index is out of depth"); }
+
+PyObject* RaiseVectorCount() { return RaiseFormatted(PyExc_TypeError, "Vector.__init__ takes 3 arguments."); }
+
+PyObject* RaiseVector4dCount() {
+  return RaiseFormatted(PyExc_TypeError, "Vector4d.__init__ takes at most 4 arguments.");
+}
+
 int RaiseReadOnlyAttribute() {
   RaiseFormatted(PyExc_AttributeError, "the attribute is read-only");
   return -1;

@@ -28,6 +28,9 @@ PyObject* RaiseNotInstantiable();                  // NotImplementedError
 int RaiseItemDeletion(PyObject* object);           // TypeError
 PyObject* RaiseIntTooLarge();                      // OverflowError
 int RaiseNumberAttribute(const char* name);        // TypeError: the attribute takes a number
+PyObject* RaiseIndexDepth();                       // IndexError: an index that a value does not have
+PyObject* RaiseVectorCount();                      // TypeError: the number of a constructor's arguments
+PyObject* RaiseVector4dCount();                    // TypeError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 

@@ -13,6 +13,11 @@ inline PyCFunction AsMethod(PyCFunctionWithKeywords function) {
   return reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function));
 }
 
+// A call with its arguments in an array, whose length has a flag in the top bit; `names` are those of
+// the last ones, or null.
+using QuickCall = PyObject* (*)(PyObject* callable, PyObject* const* args, size_t flaggedCount,
+                                PyObject* names);
+
 // What a class presents. Fields that are left out are those of the base, or the interpreter's.
 struct TypeSpec {
   const char* name;  // with the module: "qlx.BaseObject"; every message quotes it
@@ -25,11 +30,21 @@ struct TypeSpec {
   ternaryfunc call = nullptr;
   reprfunc text = nullptr;  // repr and str
   PyGetSetDef* attributes = nullptr;
-  unsigned long flags = 0;  // kSubclassable, kInlineValue
+  PyNumberMethods* number = nullptr;
+  PyMappingMethods* mapping = nullptr;
+  PySequenceMethods* sequence = nullptr;
+  QuickCall quickCreate = nullptr;  // does what `create` does, without a tuple; most calls take it
+  unsigned long flags = 0;          // kSubclassable, kInlineValue
 };
 
 inline constexpr unsigned long kSubclassable = Py_TPFLAGS_BASETYPE;
 inline constexpr unsigned long kInlineValue = 1UL << 0;
+
+// An interpreter whose types have no such entry makes a tuple for `create`.
+template <class Type>
+void SetQuickCreate(Type& type, QuickCall call) {
+  if constexpr (requires { type.tp_vectorcall; }) type.tp_vectorcall = call;
+}
 
 // Instances of `Record` come from a pool of records of that size; those of a script's subclass
 // come from the interpreter, which gives them a dictionary.
@@ -48,6 +63,10 @@ PyTypeObject MakeType(const TypeSpec& spec) {
   type.tp_richcompare = spec.compare;
   type.tp_call = spec.call;
   type.tp_repr = spec.text;
+  type.tp_as_number = spec.number;
+  type.tp_as_mapping = spec.mapping;
+  type.tp_as_sequence = spec.sequence;
+  SetQuickCreate(type, spec.quickCreate);
   type.tp_alloc = RecordPool<sizeof(Record)>::Alloc;
   type.tp_free = RecordPool<sizeof(Record)>::Free;
   return type;
