@@ -42,9 +42,11 @@ inline Matrix Inverse(const Matrix& m) {
   const Vector a = Cross(m.v2, m.v3), b = Cross(m.v3, m.v1), c = Cross(m.v1, m.v2);
   const double determinant = Dot(m.v1, a);
   if (determinant == 0) return kIdentityMatrix;
-  const double scale = 1 / determinant;
-  Matrix inverse = {
-      {}, Vector{a.x, b.x, c.x} * scale, Vector{a.y, b.y, c.y} * scale, Vector{a.z, b.z, c.z} * scale};
+  // Divided, since the reciprocal of a determinant near zero is out of range.
+  Matrix inverse = {{},
+                    {a.x / determinant, b.x / determinant, c.x / determinant},
+                    {a.y / determinant, b.y / determinant, c.y / determinant},
+                    {a.z / determinant, b.z / determinant, c.z / determinant}};
   inverse.off = -Rotated(inverse, m.off);
   return inverse;
 }

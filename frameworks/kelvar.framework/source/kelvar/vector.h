@@ -50,6 +50,11 @@ inline Vector Normalized(const Vector& v) {
   return length == 0 ? Vector{} : v * (1 / length);
 }
 
+// The point of space with w 1; a direction, with w 0, stays.
+inline Vector4d NormalizedW(const Vector4d& v) {
+  return v.w == 0 ? v : Vector4d{v.x / v.w, v.y / v.w, v.z / v.w, 1};
+}
+
 }  // namespace kelvar
 
 #endif
