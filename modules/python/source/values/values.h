@@ -6,31 +6,80 @@
 
 #include "kelvar.framework/source/tables/t_values.h"
 #include "kelvar/container.h"
+#include "kit/i_pool.h"
 #include "kit/i_present.h"
 
 namespace qlx {
 
 extern PyTypeObject g_VectorType;
+extern PyTypeObject g_Vector4dType;
+extern PyTypeObject g_MatrixType;
+extern PyTypeObject g_QuaternionType;
 extern PyTypeObject g_BaseContainerType;
 
-// Values that the record holds itself: no host object, no gate that fails.
-struct VectorRecord {
+// Values that the record holds itself: no host object, no gate that fails, and no subclass.
+template <class Value>
+struct ValueRecord {
   PyObject ob_base;
-  Vector value;
+  Value value;
 };
 
-bool IsVector(PyObject* object);
-PyObject* NewVector(const Vector& value);
-// The value of a qlx.Vector; SystemError and null for another object.
-Vector* VectorOf(PyObject* object);
+template <class Value>
+Value& ValueOf(PyObject* self) {
+  return reinterpret_cast<ValueRecord<Value>*>(self)->value;
+}
+
+template <class Value, PyTypeObject& kType>
+struct PresentValue {
+  static PyTypeObject& Type() { return kType; }
+  static constexpr bool kResolvedFirst = false;
+
+  static bool Is(PyObject* object) { return Py_TYPE(object) == &kType; }
+
+  // SystemError for another object.
+  static bool Get(PyObject* object, Value*& value) {
+    if (Is(object)) [[likely]] {
+      value = &ValueOf<Value>(object);
+      return true;
+    }
+    _PyErr_BadInternalCall(__FILE__, __LINE__);
+    return false;
+  }
+
+  // AllocWrapper in place: scripts make values in their inner loops.
+  static PyObject* Wrap(const Value& value) {
+    using Record = ValueRecord<Value>;
+    PyObject* object = LeakTracker::IsOn() ? AllocWrapper(g_wrapperTracker, &kType)
+                                           : RecordPool<sizeof(Record)>::Alloc(&kType, 0);
+    if (object) [[likely]]
+      ValueOf<Value>(object) = value;
+    return object;
+  }
+
+  static void Free(PyObject* self) {
+    if (LeakTracker::IsOn()) g_wrapperTracker.Remove(self);
+    RecordPool<sizeof(ValueRecord<Value>)>::Free(self);
+  }
+};
 
 template <>
-struct Present<Vector> {
-  static PyTypeObject& Type() { return g_VectorType; }
-  static constexpr bool kResolvedFirst = false;
-  static bool Get(PyObject* object, Vector*& value) { return (value = VectorOf(object)) != nullptr; }
-  static PyObject* Wrap(const Vector& value) { return NewVector(value); }
-};
+struct Present<Vector> : PresentValue<Vector, g_VectorType> {};
+template <>
+struct Present<Vector4d> : PresentValue<Vector4d, g_Vector4dType> {};
+template <>
+struct Present<Matrix> : PresentValue<Matrix, g_MatrixType> {};
+template <>
+struct Present<Quaternion> : PresentValue<Quaternion, g_QuaternionType> {};
+
+inline bool IsVector(PyObject* object) { return Present<Vector>::Is(object); }
+inline bool IsVector4d(PyObject* object) { return Present<Vector4d>::Is(object); }
+inline bool IsMatrix(PyObject* object) { return Present<Matrix>::Is(object); }
+inline bool IsQuaternion(PyObject* object) { return Present<Quaternion>::Is(object); }
+
+inline PyObject* NewVector(const Vector& value) { return Present<Vector>::Wrap(value); }
+inline PyObject* NewVector4d(const Vector4d& value) { return Present<Vector4d>::Wrap(value); }
+inline PyObject* NewMatrix(const Matrix& value) { return Present<Matrix>::Wrap(value); }
+inline PyObject* NewQuaternion(const Quaternion& value) { return Present<Quaternion>::Wrap(value); }
 
 // A container: its own (owned), or part of a host object, with which it dies.
 struct ContainerRecord {
