@@ -108,15 +108,81 @@ static PyTypeObject g_thingType = {
     .tp_new = Create,
 };
 
+/* Three numbers with one operator and one attribute: the least that a type of this layout can do. */
+typedef struct Numbers {
+  PyObject_HEAD double x, y, z;
+} Numbers;
+
+static Numbers* g_freeNumbers[kMostFree];
+static int g_freeNumbersCount = 0;
+
+static PyTypeObject g_numbersType;
+
+static PyObject* MakeNumbers(double x, double y, double z) {
+  Numbers* self =
+      g_freeNumbersCount > 0 ? g_freeNumbers[--g_freeNumbersCount] : PyObject_Malloc(sizeof(Numbers));
+  if (!self) return PyErr_NoMemory();
+  PyObject_INIT(self, &g_numbersType);
+  self->x = x;
+  self->y = y;
+  self->z = z;
+  return (PyObject*)self;
+}
+
+static void DropNumbers(PyObject* self) {
+  if (g_freeNumbersCount < kMostFree)
+    g_freeNumbers[g_freeNumbersCount++] = (Numbers*)self;
+  else
+    PyObject_Free(self);
+}
+
+static PyObject* CreateNumbers(PyTypeObject* type, PyObject* args, PyObject* keywords) {
+  (void)type;
+  (void)keywords;
+  double x = 0, y = 0, z = 0;
+  return PyArg_ParseTuple(args, "ddd", &x, &y, &z) ? MakeNumbers(x, y, z) : NULL;
+}
+
+static PyObject* AddNumbers(PyObject* left, PyObject* right) {
+  if (Py_TYPE(left) != &g_numbersType || Py_TYPE(right) != &g_numbersType) Py_RETURN_NOTIMPLEMENTED;
+  const Numbers* a = (const Numbers*)left;
+  const Numbers* b = (const Numbers*)right;
+  return MakeNumbers(a->x + b->x, a->y + b->y, a->z + b->z);
+}
+
+static PyObject* GetX(PyObject* self, void* unused) {
+  (void)unused;
+  return PyFloat_FromDouble(((Numbers*)self)->x);
+}
+
+static PyNumberMethods g_numbersOperators = {.nb_add = AddNumbers};
+static PyGetSetDef g_numbersAttributes[] = {{"x", GetX, NULL, NULL, NULL}, {NULL, NULL, NULL, NULL, NULL}};
+
+static PyTypeObject g_numbersType = {
+    PyVarObject_HEAD_INIT(NULL, 0).tp_name = "peer_c.Numbers",
+    .tp_basicsize = sizeof(Numbers),
+    .tp_dealloc = DropNumbers,
+    .tp_as_number = &g_numbersOperators,
+    .tp_flags = Py_TPFLAGS_DEFAULT,
+    .tp_getset = g_numbersAttributes,
+    .tp_new = CreateNumbers,
+};
+
 static struct PyModuleDef g_module = {PyModuleDef_HEAD_INIT, .m_name = "peer_c", .m_size = -1};
 
+static int AddType(PyObject* module, const char* name, PyTypeObject* type) {
+  if (PyType_Ready(type) < 0) return 0;
+  Py_INCREF(type);
+  if (PyModule_AddObject(module, name, (PyObject*)type) == 0) return 1;
+  Py_DECREF(type);
+  return 0;
+}
+
 PyMODINIT_FUNC PyInit_peer_c(void) {
-  if (PyType_Ready(&g_recordType) < 0 || PyType_Ready(&g_thingType) < 0) return NULL;
+  if (PyType_Ready(&g_recordType) < 0) return NULL;
   PyObject* module = PyModule_Create(&g_module);
   if (!module) return NULL;
-  Py_INCREF(&g_thingType);
-  if (PyModule_AddObject(module, "Thing", (PyObject*)&g_thingType) == 0) return module;
-  Py_DECREF(&g_thingType);
+  if (AddType(module, "Thing", &g_thingType) && AddType(module, "Numbers", &g_numbersType)) return module;
   Py_DECREF(module);
   return NULL;
 }
