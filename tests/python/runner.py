@@ -1,6 +1,7 @@
 """Runs the unittest cases of one file; prints the end mark when all of them pass."""
 import importlib.util
 import io
+import os
 import sys
 import unittest
 
@@ -16,7 +17,10 @@ def run(path):
         tests = unittest.defaultTestLoader.loadTestsFromModule(module)
         result = unittest.TextTestRunner(report, verbosity=2).run(tests)
     finally:
-        del sys.modules[spec.name]
+        folder = os.path.dirname(path)
+        for name, imported in list(sys.modules.items()):
+            if name != "__main__" and os.path.dirname(getattr(imported, "__file__", None) or "") == folder:
+                del sys.modules[name]
     if result.wasSuccessful() and result.testsRun:
         return None, "end of tests: %d ran" % result.testsRun
     return report.getvalue() or "no test ran", None

@@ -179,7 +179,7 @@ TEST_F(LeakTest, InstancesThatLiveAreToldByTheScriptsLine) {
               rest.size() - head.size() - type.size() - 3);
   };
   expect(diagnostics[1], "scene/wraphostobject.cpp", "qlx.BaseList2D");
-  expect(diagnostics[2], "values/PyVector.cpp", "qlx.Vector");
+  expect(diagnostics[2], "values/values.h", "qlx.Vector");
   EXPECT_EQ(diagnostics[3], "scene.py(4): qlx.bitmaps.BaseBitmap");
 
   diagnostics.clear();
