@@ -1,0 +1,84 @@
+// The address of a parameter: a stack of levels.
+#ifndef KELVAR_DESCID_H
+#define KELVAR_DESCID_H
+
+#include <cstdint>
+#include <vector>
+
+#include "kelvar.framework/source/tables/t_values.h"
+
+inline bool operator==(const DescLevel& a, const DescLevel& b) {
+  return a.id == b.id && a.dtype == b.dtype && a.creator == b.creator;
+}
+
+class DescID {
+ public:
+  int32_t GetDepth() const { return depth_; }
+
+  // 0 is the first level; the caller knows that it is there.
+  const DescLevel& operator[](int32_t index) const {
+    return index < kInline ? inline_[index] : more_[index - kInline];
+  }
+
+  void PushId(const DescLevel& level) {
+    if (depth_ < kInline)
+      inline_[depth_] = level;
+    else
+      more_.push_back(level);
+    ++depth_;
+  }
+
+  // Takes the highest level away, which is the last one; an empty id stays.
+  void PopId() {
+    if (depth_ == 0) return;
+    if (depth_ > kInline) more_.pop_back();
+    --depth_;
+  }
+
+  // Replaces the highest level; an empty id gets it.
+  void SetId(const DescLevel& level) {
+    PopId();
+    PushId(level);
+  }
+
+  // The same without its first levels.
+  DescID operator<<(int32_t count) const {
+    DescID rest;
+    for (int32_t i = count; i < depth_; ++i) rest.PushId((*this)[i]);
+    return rest;
+  }
+
+  bool operator==(const DescID& other) const { return depth_ == other.depth_ && StandsAt(0, other); }
+
+  // The position in `other` at which the levels of this id stand in a row, the first such; -1 for none.
+  int32_t FindIn(const DescID& other) const {
+    for (int32_t at = 0; at <= other.depth_ - depth_; ++at)
+      if (StandsAt(at, other)) return at;
+    return -1;
+  }
+
+  // The same in every process: FNV-1a over the numbers.
+  uint64_t GetHashCode() const {
+    uint64_t hash = 0xCBF29CE484222325;
+    for (int32_t i = 0; i < depth_; ++i)
+      for (const int32_t number : {(*this)[i].id, (*this)[i].dtype, (*this)[i].creator})
+        for (int shift = 0; shift < 32; shift += 8)
+          hash = (hash ^ (uint32_t(number) >> shift & 0xFF)) * 0x100000001B3;
+    return hash;
+  }
+
+ private:
+  static constexpr int32_t kInline = 3;
+
+  bool StandsAt(int32_t at, const DescID& other) const {
+    for (int32_t i = 0; i < depth_; ++i)
+      if (!((*this)[i] == other[at + i])) return false;
+    return true;
+  }
+
+  DescLevel inline_[kInline] = {};
+  std::vector<DescLevel> more_;  // those behind the third
+  int32_t depth_ = 0;
+};
+
+#endif
