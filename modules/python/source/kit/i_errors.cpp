@@ -67,6 +67,8 @@ PyObject* RaiseOutOfRange(const char* what) {
   return RaiseFormatted(PyExc_IndexError, "%s out of range", what);
 }
 
+PyObject* RaiseOutOfDepth() { return RaiseFormatted(PyExc_IndexError, "index out of depth"); }
+
 PyObject* RaiseNotInstantiable() {
   return RaiseFormatted(PyExc_NotImplementedError, "this type cannot be instantiated");
 }

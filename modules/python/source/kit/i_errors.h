@@ -24,6 +24,7 @@ void ReportLinkedNotAlive(PyTypeObject* type);
 
 PyObject* RaiseMainThreadOnly();                   // RuntimeError
 PyObject* RaiseOutOfRange(const char* what);       // IndexError
+PyObject* RaiseOutOfDepth();                       // IndexError
 PyObject* RaiseNotInstantiable();                  // NotImplementedError
 int RaiseItemDeletion(PyObject* object);           // TypeError
 PyObject* RaiseIntTooLarge();                      // OverflowError

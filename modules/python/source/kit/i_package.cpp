@@ -44,8 +44,9 @@ struct Module {
 // The tree, in the order in which scripts find it. A type is known by the last part of its name.
 
 const Types kTypes = {
-    &g_VectorType,  &g_Vector4dType,   &g_MatrixType,     &g_BaseContainerType,
-    &g_QLXAtomType, &g_GeListNodeType, &g_BaseList2DType, &g_QuaternionType,
+    &g_DescLevelType,  &g_DescIDType,     &g_VectorType,        &g_Vector4dType,
+    &g_MatrixType,     &g_BaseTimeType,   &g_BaseContainerType, &g_QLXAtomType,
+    &g_GeListNodeType, &g_BaseList2DType, &g_QuaternionType,
 };
 
 const Module kModules[] = {

@@ -6,6 +6,8 @@
 
 #include "kelvar.framework/source/tables/t_values.h"
 #include "kelvar/container.h"
+#include "kelvar/descid.h"
+#include "kit/i_arguments.h"
 #include "kit/i_pool.h"
 #include "kit/i_present.h"
 
@@ -114,6 +116,48 @@ struct Present<BaseContainer> {
   // The container of an element: `owner` is the element's wrapper.
   static PyObject* WrapPart(BaseContainer* host, PyObject* owner);
 };
+
+// The address of a parameter, its levels, and times.
+
+extern PyTypeObject g_DescLevelType;
+extern PyTypeObject g_DescIDType;
+extern PyTypeObject g_BaseTimeType;
+
+template <>
+struct Present<DescLevel> : PresentValue<DescLevel, g_DescLevelType> {};
+template <>
+struct Present<BaseTime> : PresentValue<BaseTime, g_BaseTimeType> {};
+
+// An id may own memory: it is made and ended in place.
+template <>
+struct Present<DescID> : PresentValue<DescID, g_DescIDType> {
+  static PyObject* Wrap(const DescID& value);
+  static void Free(PyObject* self);
+};
+
+inline bool IsDescLevel(PyObject* object) { return Present<DescLevel>::Is(object); }
+inline bool IsDescID(PyObject* object) { return Present<DescID>::Is(object); }
+inline bool IsBaseTime(PyObject* object) { return Present<BaseTime>::Is(object); }
+
+inline PyObject* NewDescLevel(const DescLevel& value) { return Present<DescLevel>::Wrap(value); }
+inline PyObject* NewDescID(const DescID& value) { return Present<DescID>::Wrap(value); }
+inline PyObject* NewBaseTime(const BaseTime& value) { return Present<BaseTime>::Wrap(value); }
+
+// Arguments by the letter "O!".
+using DescLevelRecord = ValueRecord<DescLevel>;
+using DescIDRecord = ValueRecord<DescID>;
+
+template <>
+struct RecordType<DescLevelRecord> {
+  static PyTypeObject& Get() { return g_DescLevelType; }
+};
+template <>
+struct RecordType<DescIDRecord> {
+  static PyTypeObject& Get() { return g_DescIDType; }
+};
+
+// The value of an int; OverflowError and false out of range.
+bool ReadInt32(PyObject* integer, int32_t& value);
 
 }  // namespace qlx
 
