@@ -163,6 +163,20 @@ class WrapperTest(unittest.TestCase):
         with open("/proc/self/statm") as file:
             return int(file.read().split()[1])  # of 4096 bytes
 
+    def test_arguments_outlive_what_their_own_code_does_to_the_call(self):
+        class First(float):
+            pass
+
+        class Thief:
+            def __float__(self):
+                for found in gc.get_objects():
+                    if type(found) is dict and found.get("y") is self:
+                        found["x"] = found["y"] = None
+                return 1.0
+
+        for _ in range(100):
+            self.assertEqual(qlx.Vector(**{"x": First(5), "y": Thief(), "z": 2.0}), qlx.Vector(5, 1, 2))
+
     def test_nothing_stays_behind(self):
         types = [BaseList2D, BaseBitmap, BaseContainer, Vector, qlx.QLXAtom, qlx.plugins.BaseData, TypeError,
                  ReferenceError, None, True, False, NotImplemented, (), 0, 1, -2, CUBE]

@@ -18,6 +18,7 @@ struct Unknown {};
 Unknown GetUnknown(BaseList2D*) { return {}; }
 void SetContainer(BaseList2D*, BaseContainer*) {}
 void SetWritable(BaseList2D*, String&) {}
+BaseContainer* GetCurrent() { return nullptr; }
 int32_t GetCount(BaseList2D*, int32_t, int32_t) { return 0; }
 
 PyMethodDef g_methods[] = {
@@ -69,6 +70,16 @@ PyMethodDef g_methods[] = {
     Method<Row<TakesSelf>, &BaseContainer::GetId>("", ""),
 #elif CASE == 21  // WaitingRowCantHoldParameter GetId
     Method<Row<Waits>, &BaseContainer::GetId>("", ""),
+#elif CASE == 22  // WaitingRowCantLendResult GetDataInstance
+    Method<Row<Waits, PartOfSelf>, &BaseList2D::GetDataInstance>("", ""),
+#elif CASE == 23  // WaitingRowCantCheckRange IsInstanceOf
+    Method<Row<Waits, InRange<"id", &QLXAtom::GetType>>, &QLXAtom::IsInstanceOf, "i", "id">("", ""),
+#elif CASE == 24  // ResultHasNoOwner GetDataInstance
+    Method<&BaseList2D::GetDataInstance>("", ""),
+#elif CASE == 25  // PresetIsNoNumberOfThisLetter GetCount
+    Method<&GetCount, "i|i", "a", "b=4294967301">("", ""),
+#elif CASE == 26  // RowOwnsWhatHasNoOwner GetCurrent
+    StaticMethod<Row<PartOfSelf>, &GetCurrent>("", ""),
 #endif
     {},
 };

@@ -124,7 +124,8 @@ TEST_F(WrapperTest, AScriptsSubclassHasADictionaryAndIsLetGo) {
     }
     EXPECT_EQ(Py_REFCNT(type), before) << name;
   }
-  EXPECT_FALSE(Run("Plain()"));
+  EXPECT_TRUE(Run("Plain().value = 1"));
+  EXPECT_FALSE(Run("BaseData()"));
   EXPECT_EQ(Take(PyExc_NotImplementedError), "this type cannot be instantiated");
 }
 

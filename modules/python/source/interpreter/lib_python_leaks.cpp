@@ -30,9 +30,11 @@ Place PlaceOfScript() {
   const PreservedError preserved;
   PyObject* code = PyObject_GetAttrString(reinterpret_cast<PyObject*>(frame), "f_code");
   PyObject* name = code ? PyObject_GetAttrString(code, "co_filename") : nullptr;
-  const char* utf8 = name && PyUnicode_Check(name) ? PyUnicode_AsUTF8(name) : nullptr;
-  if (utf8) place = {PyFrame_GetLineNumber(frame), kelvar::Text(utf8)};
+  // A file name may have bytes that are no UTF-8.
+  PyObject* text = name ? PyUnicode_AsEncodedString(name, "utf-8", "backslashreplace") : nullptr;
+  if (text) place = {PyFrame_GetLineNumber(frame), kelvar::Text(PyBytes_AsString(text))};
   PyErr_Clear();
+  Py_XDECREF(text);
   Py_XDECREF(name);
   Py_XDECREF(code);
   return place;
@@ -62,10 +64,19 @@ void LeakTracker::Add(PyObject* object, int32_t line, const char* file) {
 void LeakTracker::Remove(PyObject* object) {
   const auto found = records_.find(object);
   if (found == records_.end()) return;
-  const Record& record = found->second;
-  if (reported_)
-    Print("Python object (maybe) freed too late: " + Describe(record.file, record.line, record.typeName));
+  const Record record = std::move(found->second);
   records_.erase(found);
+  if (!reported_) return;
+  try {
+    Print("Python object (maybe) freed too late: " + Describe(record.file, record.line, record.typeName));
+  } catch (const std::bad_alloc&) {
+    // A deallocation goes on without its report.
+  }
+}
+
+void LeakTracker::Restart() {
+  reported_ = false;
+  records_.clear();
 }
 
 void LeakTracker::Report() {

@@ -20,6 +20,9 @@ class LeakTracker {
   void Add(PyObject* object, int32_t line, const char* file);
   void Remove(PyObject* object);
 
+  // Forgets an earlier run of the module in this process.
+  void Restart();
+
   // Tells the host's diagnostic output which instances are alive at the end.
   void Report();
 

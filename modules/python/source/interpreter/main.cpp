@@ -207,6 +207,7 @@ bool InitModule() {
   g_languageInfo->language = kelvar::GetDefaultLanguage();
   g_languageInfo->trackLeaks = tavor::application::GetConfigurationBool("g_trackLeaks", false);
   g_trackLeaks = g_languageInfo->trackLeaks;
+  g_wrapperTracker.Restart();
   const std::string_view language = kelvar::View(g_languageInfo->language);
   const size_t dash = language.find('-');
   if (dash != std::string_view::npos) g_languageInfo->country = kelvar::Text(language.substr(dash + 1));

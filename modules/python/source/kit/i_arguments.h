@@ -3,6 +3,8 @@
 #ifndef KIT_I_ARGUMENTS_H
 #define KIT_I_ARGUMENTS_H
 
+#include <algorithm>
+#include <array>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -117,6 +119,7 @@ template <FormatItem Item, class Parameter>
 constexpr bool Fits() {
   using T = typename decltype(TargetOf<Item>())::Type;
   using Plain = std::remove_cvref_t<Parameter>;
+  if constexpr (std::is_rvalue_reference_v<Parameter>) return false;
   constexpr bool writable =
       std::is_lvalue_reference_v<Parameter> && !std::is_const_v<std::remove_reference_t<Parameter>>;
   if constexpr (writable)
@@ -127,9 +130,10 @@ constexpr bool Fits() {
     return std::is_pointer_v<Plain> &&
            std::derived_from<std::remove_cv_t<std::remove_pointer_t<Plain>>, QLXAtom>;
   else if constexpr (Item.letter == 'P')
-    return std::same_as<std::remove_cv_t<std::remove_pointer_t<Plain>>, BaseBitmap>;
+    return std::is_pointer_v<Plain> && std::same_as<std::remove_cv_t<std::remove_pointer_t<Plain>>, BaseBitmap>;
   else if constexpr (Item.letter == 'C')
-    return std::same_as<std::remove_cv_t<std::remove_pointer_t<Plain>>, BaseContainer>;
+    return std::is_pointer_v<Plain> &&
+           std::same_as<std::remove_cv_t<std::remove_pointer_t<Plain>>, BaseContainer>;
   else if constexpr (Item.letter == 'X')
     return std::is_pointer_v<Plain>;
   else if constexpr (Item.letter == 'O' && Item.typed)
@@ -222,11 +226,19 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
     if constexpr (!keyword.preset.empty()) {
       constexpr Preset preset(keyword.preset);
       constexpr bool fits = item.optional && preset.valid && std::is_arithmetic_v<T> &&
-                            (preset.whole || std::is_floating_point_v<T>);
+                            (preset.whole || std::is_floating_point_v<T>)&&InRangeOf<T>(preset);
       if constexpr (!fits)
         (void)sizeof(PresetIsNoNumberOfThisLetter<HostMethod, KeywordAt<Position>(), item.letter>);
     }
     return true;
+  }
+
+  template <class T>
+  static constexpr bool InRangeOf(const Preset& preset) {
+    if constexpr (!std::is_integral_v<T>)
+      return true;
+    else
+      return std::in_range<std::conditional_t<std::same_as<T, char>, int8_t, T>>(preset.integer);
   }
 
   template <FixedString Keyword>
@@ -257,18 +269,24 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
   // Whether the conversion of a letter behind this one may run a script's code.
   static constexpr bool RunsPythonBehind(size_t position) {
     for (size_t i = position + 1; i < kCount; ++i)
-      if (std::string_view("ACOPXQTM64").find(kFormat.items[i].letter) == std::string_view::npos) return true;
+      if (kFormat.items[i].nested || qlx::PlaceOf(kFormat.items[i].letter, "ACOPXQTM64") == 10) return true;
     return false;
   }
 
   // Resolves the host object of a letter once more; false with an exception when it has gone.
   template <size_t Position, bool Needed>
-  bool ResolveAgain(PyObject* args, PyObject* keywords) {
+  bool ResolveAgain(PyObject* args) {
     constexpr FormatItem item = kFormat.items[Position];
+    auto& value = std::get<Position>(arguments_).value;
     if constexpr ((item.letter == 'A' || item.letter == 'P' || item.letter == 'C') && Needed) {
-      auto& value = std::get<Position>(arguments_).value;
       using Host = std::remove_pointer_t<std::remove_reference_t<decltype(value)>>;
-      return !value || Present<Host>::Get(Given<size_t(item.keyword)>(args, keywords), value);
+      return !value || Present<Host>::Get(Given<size_t(item.keyword)>(args), value);
+    } else if constexpr (item.letter == 'X' && Needed) {
+      return !value || ConvertLetter(ValueLetter::kThread, Given<size_t(item.keyword)>(args), &value) ==
+                           Conversion::kStored;
+    } else if constexpr (item.letter == '#' && Needed) {
+      return !value.gadget || ConvertLetter(ValueLetter::kGadget, Given<size_t(item.keyword)>(args),
+                                            &value.gadget) == Conversion::kStored;
     } else {
       return true;
     }
@@ -287,11 +305,14 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
   Arguments() = default;
   Arguments(const Arguments&) = delete;
   Arguments& operator=(const Arguments&) = delete;
-  ~Arguments() { Py_XDECREF(keywordsCopy_); }
+  ~Arguments() {
+    for (PyObject* value : given_) Py_XDECREF(value);
+    Py_XDECREF(keywordsCopy_);
+  }
 
-  // False with an exception. The targets only borrow from the caller's keywords, or from a copy of them.
-  bool Parse(PyObject* args, PyObject*& keywords) {
-    if (keywords && !OwnKeywords(keywords, keywordsCopy_)) return false;
+  // False with an exception. The targets borrow from the call's tuple and from what is held here.
+  bool Parse(PyObject* args, PyObject* keywords) {
+    if (keywords && !HoldKeywords(keywords, keywordsCopy_, kKeywords, given_.data())) return false;
     const bool parsed = std::apply(
         [&](auto&... argument) {
           return std::apply(
@@ -307,24 +328,34 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
       if (PyErr_Occurred()) return false;
     // A script's code behind a letter may have destroyed the host object that it gave.
     return [&]<size_t... I>(std::index_sequence<I...>) {
-      return (ResolveAgain<I, RunsPythonBehind(I)>(args, keywords) && ...);
+      return (ResolveAgain<I, RunsPythonBehind(I)>(args) && ...);
     }
     (std::make_index_sequence<kCount>());
   }
 
   // False with an exception when one of the host objects has gone since.
-  bool CheckAlive(PyObject* args, PyObject* keywords) {
-    return [&]<size_t... I>(std::index_sequence<I...>) {
-      return (ResolveAgain<I, true>(args, keywords) && ...);
-    }
+  bool CheckAlive(PyObject* args) {
+    return [&]<size_t... I>(std::index_sequence<I...>) { return (ResolveAgain<I, true>(args) && ...); }
     (std::make_index_sequence<kCount>());
   }
 
   // What the caller gave for a keyword, borrowed; null when it gave nothing.
   template <size_t Keyword>
-  static PyObject* Given(PyObject* args, PyObject* keywords) {
-    if (Py_ssize_t(Keyword) < PyTuple_GET_SIZE(args)) return PyTuple_GET_ITEM(args, Py_ssize_t(Keyword));
-    return keywords ? PyDict_GetItemString(keywords, kKeywords[Keyword]) : nullptr;
+  PyObject* Given(PyObject* args) const {
+    return Py_ssize_t(Keyword) < PyTuple_GET_SIZE(args) ? PyTuple_GET_ITEM(args, Py_ssize_t(Keyword))
+                                                        : given_[Keyword];
+  }
+
+  // How many arguments were given, by position and by name.
+  Py_ssize_t CountGiven(PyObject* args) const {
+    Py_ssize_t count = PyTuple_GET_SIZE(args);
+    for (const PyObject* value : given_) count += value != nullptr;
+    return count;
+  }
+
+  static constexpr bool StartsWithTypeId() {
+    constexpr std::string_view kFirstKeyword = sizeof...(Keywords) > 0 ? kKeywords[0] : "";
+    return kFormat.targets > 0 && kFormat.items[0].letter == 'i' && kFirstKeyword == "type";
   }
 
   template <class Function>
@@ -351,6 +382,7 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
 
  private:
   typename Storage<std::make_index_sequence<kCount>>::Type arguments_;
+  std::array<PyObject*, sizeof...(Keywords)> given_{};  // by name
   PyObject* keywordsCopy_ = nullptr;
 };
 

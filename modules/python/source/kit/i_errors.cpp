@@ -24,9 +24,9 @@ void RaiseText(PyObject* exception, const char* text) {
   Py_XDECREF(message);
 }
 
-const char* NameOf(PyObject* object) { return object == Py_None ? "None" : Py_TYPE(object)->tp_name; }
-
 }  // namespace
+
+const char* NameOfType(PyObject* object) { return object == Py_None ? "None" : Py_TYPE(object)->tp_name; }
 
 PyObject* RaiseFormatted(PyObject* exception, const char* format, ...) {
   char text[kTextBytes];
@@ -113,13 +113,13 @@ bool CheckSourceText(const std::string& source) {
 
 void RaiseExpectedType(const char* expected, PyObject* object) {
   char text[kExpectedBytes];
-  PyOS_snprintf(text, sizeof text, "Expected %.50s, not %.50s", expected, NameOf(object));
+  PyOS_snprintf(text, sizeof text, "Expected %.50s, not %.50s", expected, NameOfType(object));
   RaiseText(PyExc_TypeError, text);
 }
 
 void RaiseExpectedTypeFor(const char* function, const char* expected, PyObject* object) {
   char text[kExpectedBytes];
-  PyOS_snprintf(text, sizeof text, "%.50s expected %.50s, not %.50s", function, expected, NameOf(object));
+  PyOS_snprintf(text, sizeof text, "%.50s expected %.50s, not %.50s", function, expected, NameOfType(object));
   RaiseText(PyExc_TypeError, text);
 }
 

@@ -38,6 +38,9 @@ int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 // ValueError for a source text with a null byte, which the compiler would cut there; false then.
 bool CheckSourceText(const std::string& source);
 
+// An object's type as messages name it: "None" for None.
+const char* NameOfType(PyObject* object);
+
 // TypeError: what was expected and what came, by its type or as "None".
 void RaiseExpectedType(const char* expected, PyObject* object);
 void RaiseExpectedTypeFor(const char* function, const char* expected, PyObject* object);

@@ -36,6 +36,7 @@ struct FormatItem {
   bool typed = false;   // followed by '!': a type object goes ahead of the target
   bool orNone = false;  // followed by 'N'
   bool optional = false;
+  bool nested = false;                     // in a sequence, whose own code runs
   int keyword = 0;                         // the place in the keyword list
   ValueLetter form = ValueLetter::kCount;  // of 'V'
 };
@@ -69,7 +70,7 @@ struct ParsedFormat {
     kOptionalNested,
     kTooMany,
     kNested,         // inside parentheses the parser counts letters only, and keeps no object
-    kSkippedSuffix,  // an optional 'V' with a suffix is last: a call that skips it goes on at the suffix
+    kSkippedSuffix,  // a call can't step over '4' or a suffix of 'V': optional ones are last
   };
 
   std::array<FormatItem, 24> items{};
@@ -116,7 +117,7 @@ struct ParsedFormat {
       Refuse(kTooMany, letter);
       return 0;
     }
-    FormatItem item{letter, false, false, optional, depth == 0 ? keywords++ : keywords - 1};
+    FormatItem item{letter, false, false, optional, depth > 0, depth == 0 ? keywords++ : keywords - 1};
     size_t length = 0;
     if (letter == 'A' || letter == 'O' || letter == 'P') {
       item.typed = rest.starts_with('!');
@@ -140,7 +141,7 @@ struct ParsedFormat {
     const bool borrowed = std::string_view("ACOPX").find(letter) != std::string_view::npos;
     if (depth > 0 && (!counted || borrowed)) Refuse(kNested, letter);
     const bool more = length < rest.size() && rest[length] != ':' && rest[length] != ';';
-    if (optional && letter == 'V' && length > 0 && more) Refuse(kSkippedSuffix, letter);
+    if (optional && more && ((letter == 'V' && length > 0) || letter == '4')) Refuse(kSkippedSuffix, letter);
     items[targets++] = item;
     return length;
   }

@@ -10,6 +10,7 @@
 #include <span>
 #include <string_view>
 
+#include "kit/i_errors.h"
 #include "kit/i_getargs_letters.h"
 
 namespace qlx {
@@ -362,22 +363,41 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
 
 }  // namespace
 
-bool OwnKeywords(PyObject*& keywords, PyObject*& copy) {
+namespace {
+
+// The same keywords with plain texts as keys. What is no text stays something that is none, so that the
+// parser refuses it in its turn.
+PyObject* CopyKeywords(PyObject* keywords) {
+  PyObject* copy = PyDict_New();
+  PyObject *key, *value;
+  for (Py_ssize_t position = 0; copy && PyDict_Next(keywords, &position, &key, &value);) {
+    PyObject* name = PyUnicode_Check(key) ? PyUnicode_FromObject(key) : PyLong_FromSsize_t(position);
+    if (!name || PyDict_SetItem(copy, name, value) < 0) Py_CLEAR(copy);
+    Py_XDECREF(name);
+  }
+  return copy;
+}
+
+}  // namespace
+
+bool HoldKeywords(PyObject*& keywords, PyObject*& copy, const char* const* kwlist, PyObject** given) {
   bool plain = true;
   PyObject *key, *value;
   for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, nullptr);)
     plain &= PyUnicode_CheckExact(key);
-  if (plain && Py_REFCNT(keywords) == 1) return true;
-  copy = PyDict_New();
-  for (Py_ssize_t position = 0; copy && PyDict_Next(keywords, &position, &key, &value);) {
-    PyObject* name = PyUnicode_Check(key) ? PyUnicode_FromObject(key) : nullptr;
-    if (!name && !PyErr_Occurred()) PyErr_SetString(PyExc_TypeError, kKeysNoStrings);
-    const bool added = name && PyDict_SetItem(copy, name, value) == 0;
-    Py_XDECREF(name);
-    if (!added) Py_CLEAR(copy);
+  if (!plain) {
+    keywords = copy = CopyKeywords(keywords);
+    if (!copy) return false;
   }
-  keywords = copy;
-  return copy != nullptr;
+  for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, &value);) {
+    if (!PyUnicode_Check(key)) continue;
+    int32_t i = 0;
+    while (kwlist[i] && PyUnicode_CompareWithASCIIString(key, kwlist[i]) != 0) ++i;
+    if (!kwlist[i]) continue;
+    Py_INCREF(value);
+    given[i] = value;
+  }
+  return true;
 }
 
 int32_t VaParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* format,

@@ -24,9 +24,10 @@ int32_t ParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* fo
 int32_t VaParseTupleAndKeywords(PyObject* args, PyObject* keywords, const char* format,
                                 const char* const* kwlist, va_list va);
 
-// Keywords that no code of a script can change or is asked about: the dictionary itself, or a copy
-// with plain texts as keys, which the caller releases. False with an exception.
-bool OwnKeywords(PyObject*& keywords, PyObject*& copy);
+// Takes a reference to what a call gave for each name of the list, so that no code of a script that runs
+// meanwhile frees it, and replaces keywords whose names have code of their own by a copy. The caller
+// releases all of it. False with an exception.
+bool HoldKeywords(PyObject*& keywords, PyObject*& copy, const char* const* kwlist, PyObject** given);
 
 }  // namespace qlx
 

@@ -11,6 +11,7 @@
 #include "kelvar/filename.h"
 #include "kelvar/string.h"
 #include "kit/i_cpython.h"
+#include "kit/i_errors.h"
 #include "kit/i_getargs.h"
 #include "kit/i_valueletters.h"
 #include "kit/i_wrapper.h"
@@ -167,7 +168,7 @@ const char* ConvertGadget(const Item& item) {
       target = {int32_t(id), nullptr};
       return nullptr;
     }
-    PyErr_SetString(PyExc_OverflowError, "Python int too large to convert to C long");
+    RaiseIntTooLarge();
     item.targets.KeepException();
     target = {-1, nullptr};
     return nullptr;
@@ -357,8 +358,6 @@ const char* convertsimple(PyObject* arg, const char** p_format, Targets* p_va, b
   if (!message) *p_format = item.format;
   return message;
 }
-
-const char* NameOfType(PyObject* object) { return object == Py_None ? "None" : Py_TYPE(object)->tp_name; }
 
 const char* converterr(const char* expected, PyObject* arg, char* msgbuf, size_t bufsize) {
   assert(expected != nullptr);

@@ -49,9 +49,6 @@ const char* converterr(const char* expected, PyObject* arg, char* msgbuf, size_t
 const char* converterr_twoargs(const char* expected, const char* expected2, PyObject* arg, char* msgbuf,
                                size_t bufsize);
 
-// An object's type as messages name it.
-const char* NameOfType(PyObject* object);
-
 }  // namespace qlx
 
 #endif

@@ -37,6 +37,11 @@ struct Takes {};  // the host owns that argument after a success
 template <FixedString Keyword, auto Count, FixedString What = Keyword>
 struct InRange {};
 
+template <class Policy>
+inline constexpr bool kIsInRange = false;
+template <FixedString Keyword, auto Count, FixedString What>
+inline constexpr bool kIsInRange<InRange<Keyword, Count, What>> = true;
+
 template <class... Policies>
 struct Row {
   template <class Policy>
@@ -53,7 +58,13 @@ struct RowOwnsWhatHasNoOwner;
 template <auto HostMethod, class Parameter>
 struct WaitingRowCantHoldParameter;
 template <auto HostMethod, class Result>
+struct WaitingRowCantLendResult;
+template <auto HostMethod>
+struct WaitingRowCantCheckRange;
+template <auto HostMethod, class Result>
 struct ResultHasNoPythonForm;
+template <auto HostMethod, class Result>
+struct ResultHasNoOwner;  // neither Gives nor PartOfSelf
 
 template <class Function>
 struct Signature;
@@ -66,6 +77,12 @@ struct Signature<R (T::*)(A...)> {
 };
 template <class R, class T, class... A>
 struct Signature<R (T::*)(A...) const> : Signature<R (T::*)(A...)> {};
+template <class R, class T, class... A>
+struct Signature<R (T::*)(A...) noexcept> : Signature<R (T::*)(A...)> {};
+template <class R, class T, class... A>
+struct Signature<R (T::*)(A...) const noexcept> : Signature<R (T::*)(A...)> {};
+template <class R, class... A>
+struct Signature<R (*)(A...) noexcept> : Signature<R (*)(A...)> {};
 template <class R, class... A>
 struct Signature<R (*)(A...)> {
   using Result = R;
@@ -165,7 +182,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       SelfArgument<typename Signature::Self> self;
       if (!self.Get(object)) return nullptr;
       Arguments<HostMethod, typename Signature::Parameters, ""> none;
-      return Finish(object, self, none, nullptr, nullptr);
+      return Finish(object, self, none, nullptr);
     });
   }
 
@@ -179,7 +196,16 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       if (!arguments.Parse(args, keywords)) return nullptr;
       // The arguments may have run Python, which may have destroyed the object.
       if (!self.Get(object)) return nullptr;
-      return Finish(object, self, arguments, args, keywords);
+      return Finish(object, self, arguments, args);
+    });
+  }
+
+  // METH_NOARGS | METH_STATIC
+  static PyObject* CallPlainStatic(PyObject*, PyObject*) {
+    return Guarded([&]() -> PyObject* {
+      Arguments<HostMethod, typename Signature::All, ""> none;
+      NoSelf self;
+      return Finish(nullptr, self, none, nullptr);
     });
   }
 
@@ -189,7 +215,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       Arguments<HostMethod, typename Signature::All, Format, Keywords...> arguments;
       if (!arguments.Parse(args, keywords)) return nullptr;
       NoSelf self;
-      return Finish(nullptr, self, arguments, args, keywords);
+      return Finish(nullptr, self, arguments, args);
     });
   }
 
@@ -197,15 +223,17 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
   struct NoSelf {};
 
   template <class Self, class Args>
-  static PyObject* Finish(PyObject* object, Self& self, Args& arguments, PyObject* args, PyObject* keywords) {
-    if constexpr ((Options::template kHas<TakesSelf> || Options::template kHas<GivesSelf>)&&!HasOwner<Self>())
+  static PyObject* Finish(PyObject* object, Self& self, Args& arguments, PyObject* args) {
+    constexpr bool settlesSelf = Options::template kHas<TakesSelf> || Options::template kHas<GivesSelf>;
+    if constexpr (settlesSelf && !HasOwner<Self>()) (void)sizeof(RowOwnsWhatHasNoOwner<HostMethod, Self>);
+    if constexpr (Options::template kHas<PartOfSelf> && !IsAtom<Self>())
       (void)sizeof(RowOwnsWhatHasNoOwner<HostMethod, Self>);
     if (Options::template kHas<MainThreadOnly> && !kelvar::GeIsMainThread()) return RaiseMainThreadOnly();
     if (!(InRangeOf(Policies{}, self, arguments) && ...)) return nullptr;
     if constexpr (Options::template kHas<Waits>) {
-      return CallWaiting(object, self, arguments, args, keywords);
+      return CallWaiting(object, self, arguments, args);
     } else {
-      return Convert(object, args, keywords, arguments, [&]() -> Result { return Invoke(self, arguments); });
+      return Convert(object, args, arguments, [&]() -> Result { return Invoke(self, arguments); });
     }
   }
 
@@ -230,15 +258,33 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       return false;
   }
 
+  template <class Self>
+  static constexpr bool IsAtom() {
+    if constexpr (requires { typename Self::Host; })
+      return std::derived_from<typename Self::Host, QLXAtom>;
+    else
+      return false;
+  }
+
+  template <class Self>
+  static constexpr bool CanBePinned() {
+    if constexpr (requires { typename Self::Host; })
+      return Linkable<typename Self::Host>;
+    else
+      return true;  // there is none
+  }
+
   // Keeps every host object of the call, then frees the lock around the host's method.
   template <class Self, class Args>
-  static PyObject* CallWaiting(PyObject* object, Self& self, Args& arguments, PyObject* args,
-                               PyObject* keywords) {
-    if constexpr (!std::same_as<Self, NoSelf> && !HasOwner<Self>())
-      (void)sizeof(WaitingRowCantHoldParameter<HostMethod, Self>);
+  static PyObject* CallWaiting(PyObject* object, Self& self, Args& arguments, PyObject* args) {
+    if constexpr (!CanBePinned<Self>()) (void)sizeof(WaitingRowCantHoldParameter<HostMethod, Self>);
+    // The host could free what it only lends before the lock is back; a count could change.
+    if constexpr (std::is_pointer_v<Result> && !Options::template kHas<Gives>)
+      (void)sizeof(WaitingRowCantLendResult<HostMethod, Result>);
+    if constexpr ((kIsInRange<Policies> || ...)) (void)sizeof(WaitingRowCantCheckRange<HostMethod>);
     const auto run = [&](const auto&... pins) -> PyObject* {
-      if (!(pins.held && ...)) return ReportUnheld(object, self, arguments, args, keywords);
-      return Convert(object, args, keywords, arguments, [&]() -> Result {
+      if (!(pins.held && ...)) return ReportUnheld(object, self, arguments, args);
+      return Convert(object, args, arguments, [&]() -> Result {
         HostBlockingScope blocking;
         return Invoke(self, arguments);
       });
@@ -255,11 +301,10 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
 
   // What has gone says so itself; otherwise memory lacked for a link.
   template <class Self, class Args>
-  static PyObject* ReportUnheld(PyObject* object, Self& self, Args& arguments, PyObject* args,
-                                PyObject* keywords) {
+  static PyObject* ReportUnheld(PyObject* object, Self& self, Args& arguments, PyObject* args) {
     if constexpr (!std::same_as<Self, NoSelf>)
       if (!self.Get(object)) return nullptr;
-    if (!arguments.CheckAlive(args, keywords)) return nullptr;
+    if (!arguments.CheckAlive(args)) return nullptr;
     return PyErr_NoMemory();
   }
 
@@ -310,10 +355,10 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
 
   // The owner flags follow the success: a false or null result changes none.
   template <class Args, class Body>
-  static PyObject* Convert(PyObject* object, PyObject* args, PyObject* keywords, Args&, Body&& body) {
+  static PyObject* Convert(PyObject* object, PyObject* args, Args& arguments, Body&& body) {
     if constexpr (std::is_void_v<Result>) {
       body();
-      (Settle<Args>(Policies{}, object, args, keywords), ...);
+      (Settle(Policies{}, object, arguments, args), ...);
       return NewNone();
     } else {
       decltype(auto) result = body();
@@ -321,7 +366,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       if constexpr (std::same_as<std::remove_cvref_t<Result>, bool> ||
                     std::is_pointer_v<std::remove_cvref_t<Result>>)
         success = bool(result);
-      if (success) (Settle<Args>(Policies{}, object, args, keywords), ...);
+      if (success) (Settle(Policies{}, object, arguments, args), ...);
       return ResultOf(object, std::forward<decltype(result)>(result));
     }
   }
@@ -337,6 +382,9 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
     } else if constexpr (std::is_pointer_v<Plain>) {
       if (!result) return NewNone();
       auto* host = const_cast<Host*>(result);
+      constexpr bool needsOwner = requires { &Present<Host>::WrapPart; };
+      if constexpr (needsOwner && !owned && !Options::template kHas<PartOfSelf>)
+        (void)sizeof(ResultHasNoOwner<HostMethod, R>);
       if constexpr (Options::template kHas<PartOfSelf>)
         return Present<Host>::WrapPart(host, object);
       else
@@ -349,25 +397,24 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
     }
   }
 
-  template <class Args, class Policy>
-  static void Settle(Policy, PyObject* object, PyObject* args, PyObject* keywords) {
+  template <class Policy, class Args>
+  static void Settle(Policy, PyObject* object, Args& arguments, PyObject* args) {
     if constexpr (std::same_as<Policy, TakesSelf>)
       reinterpret_cast<AtomWrapper*>(object)->owned = false;  // the host's
     else if constexpr (std::same_as<Policy, GivesSelf>)
       reinterpret_cast<AtomWrapper*>(object)->owned = true;  // the script's
     else
-      SettleArgument<Args>(Policy{}, args, keywords);
+      SettleArgument(Policy{}, arguments, args);
   }
-  template <class Args, class Policy>
-  static void SettleArgument(Policy, PyObject*, PyObject*) {}
-  template <class Args, FixedString Keyword>
-  static void SettleArgument(Takes<Keyword>, PyObject* args, PyObject* keywords) {
+  template <class Policy, class Args>
+  static void SettleArgument(Policy, Args&, PyObject*) {}
+  template <FixedString Keyword, class Args>
+  static void SettleArgument(Takes<Keyword>, Args& arguments, PyObject* args) {
     CheckNamed<Keyword, Args>();
     constexpr FormatItem item = Args::kFormat.items[Args::template PlaceOf<Keyword>()];
     if constexpr (item.letter != 'A' && item.letter != 'P')
       (void)sizeof(RowTakesWhatHasNoOwner<HostMethod, Keyword>);
-    constexpr size_t place = size_t(item.keyword);
-    PyObject* given = Args::template Given<place>(args, keywords);
+    PyObject* given = arguments.template Given<size_t(item.keyword)>(args);
     if (given && given != Py_None)
       reinterpret_cast<AtomWrapper*>(given)->owned = false;  // the host's from here
   }
@@ -398,14 +445,22 @@ template <auto HostMethod>
 PyMethodDef Method(const char* name, const char* doc) {
   return Method<Row<>, HostMethod>(name, doc);
 }
+template <class Options, auto HostMethod>
+PyMethodDef StaticMethod(const char* name, const char* doc) {
+  return {name, BoundRow<Options, HostMethod, "">::CallPlainStatic, METH_NOARGS | METH_STATIC, doc};
+}
+template <auto HostMethod>
+PyMethodDef StaticMethod(const char* name, const char* doc) {
+  return StaticMethod<Row<>, HostMethod>(name, doc);
+}
 template <auto HostMethod, FixedString Format, FixedString... Keywords>
 PyMethodDef StaticMethod(const char* name, const char* doc) {
   return StaticMethod<Row<>, HostMethod, Format, Keywords...>(name, doc);
 }
 
 // A constructor: the `create` of a type whose instances stand for a new host object, which the
-// script owns. Raises by ReportAllocFailed when the host gives none; a first argument of the
-// letter 'i' is the id of what was wanted.
+// script owns. Raises by ReportAllocFailed when the host gives none; an argument "type" ahead of all
+// others is the id of what was wanted.
 template <auto HostMethod, FixedString Format, FixedString... Keywords>
 PyObject* Create(PyTypeObject* type, PyObject* args, PyObject* keywords) {
   return Guarded([&]() -> PyObject* {
@@ -415,7 +470,7 @@ PyObject* Create(PyTypeObject* type, PyObject* args, PyObject* keywords) {
     auto* host = arguments.Apply([](auto&&... values) { return HostMethod(values...); });
     if (host) return Present<HostOf<decltype(host)>>::Wrap(host, true);
     int32_t id = 0;
-    if constexpr (ParsedFormat(Format.View()).items[0].letter == 'i') id = std::get<0>(arguments.All()).value;
+    if constexpr (decltype(arguments)::StartsWithTypeId()) id = std::get<0>(arguments.All()).value;
     return ReportAllocFailed(type, id);
   });
 }

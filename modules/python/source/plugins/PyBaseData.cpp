@@ -1,12 +1,18 @@
 // qlx.plugins.BaseData: what the classes of plug-ins derive from.
 
 #include "interpreter/lib_python_leaks.h"
+#include "kit/i_errors.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
 #include "plugins/plugins.h"
 
 namespace qlx {
 namespace {
+
+// Only what derives from it has instances.
+PyObject* Construct(PyTypeObject* type, PyObject*, PyObject*) {
+  return type == &g_BaseDataType ? RaiseNotInstantiable() : AllocWrapper(g_wrapperTracker, type);
+}
 
 void Free(PyObject* self) { FreeWrapper(g_wrapperTracker, self); }
 
@@ -15,7 +21,7 @@ void Free(PyObject* self) { FreeWrapper(g_wrapperTracker, self); }
 PyTypeObject g_BaseDataType = MakeType<PyObject>({
     .name = "qlx.plugins.BaseData",
     .doc = "Base class for all plugin classes.",
-    .create = RefuseInstance,
+    .create = Construct,
     .destroy = Free,
     .flags = kSubclassable,
 });

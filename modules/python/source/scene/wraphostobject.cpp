@@ -16,6 +16,7 @@ struct Choice {
 };
 
 constexpr Choice kChoices[] = {
+    {110059, nullptr},           // qlx.documents.BaseDocument
     {5694, nullptr},             // qlx.BaseTag
     {100004801, nullptr},        // qlx.documents.LayerObject
     {5703, nullptr},             // qlx.Material

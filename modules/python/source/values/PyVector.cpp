@@ -46,7 +46,7 @@ bool ReadVector(PyObject* first, double y, double z, Py_ssize_t given, Vector& v
 PyObject* CreateVector(PyTypeObject*, PyObject* args, PyObject* keywords) {
   Arguments<&CreateVector, TypeList<PyObject*, double, double>, "|Off", "x", "y", "z"> arguments;
   if (!arguments.Parse(args, keywords)) return nullptr;
-  const Py_ssize_t given = PyTuple_GET_SIZE(args) + (keywords ? PyDict_Size(keywords) : 0);
+  const Py_ssize_t given = arguments.CountGiven(args);
   Vector value{};
   const bool read =
       arguments.Apply([&](PyObject* x, double y, double z) { return ReadVector(x, y, z, given, value); });

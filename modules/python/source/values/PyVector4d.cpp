@@ -55,7 +55,7 @@ bool ReadVector(PyObject* first, double y, double z, double w, Py_ssize_t given,
 PyObject* CreateVector(PyTypeObject*, PyObject* args, PyObject* keywords) {
   Arguments<&CreateVector, TypeList<PyObject*, double, double, double>, "|Offf", "x", "y", "z", "r"> arguments;
   if (!arguments.Parse(args, keywords)) return nullptr;
-  const Py_ssize_t given = PyTuple_GET_SIZE(args) + (keywords ? PyDict_Size(keywords) : 0);
+  const Py_ssize_t given = arguments.CountGiven(args);
   Vector4d value{};
   const bool read = arguments.Apply(
       [&](PyObject* x, double y, double z, double w) { return ReadVector(x, y, z, w, given, value); });

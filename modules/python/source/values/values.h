@@ -101,11 +101,6 @@ BaseContainer* BaseContainerOf(PyObject* object);
 void MarkContainerDead(PyObject* object);
 
 template <>
-struct TypeOf<BaseContainer> {
-  static PyTypeObject& Get() { return g_BaseContainerType; }
-};
-
-template <>
 struct Present<BaseContainer> {
   static PyTypeObject& Type() { return g_BaseContainerType; }
   static constexpr bool kResolvedFirst = false;
