@@ -15,6 +15,7 @@
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
 #include "peer_c.h"
+#include "scene/links.h"
 #include "scene/scene.h"
 
 namespace {
@@ -154,6 +155,7 @@ void Register() {
 
 void TakeTables() {
   static HostTables tables{};
+  host::OfferLinkLayout();
   host::boundary_tables::Fill(tables, HOST_VERSION_MINIMUM);
   const std::string missing = tables::Resolve(&tables);
   if (missing.empty()) return;

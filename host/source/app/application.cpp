@@ -34,6 +34,7 @@ std::string TakeText(HostResult result) {
 
 Application::Application(int argc, char** argv) {
   InitSettings(argc, argv);
+  OfferLinkLayout();
   boundary_tables::Fill(tables_, kHostVersion);
 }
 

@@ -1,5 +1,6 @@
 #include "scene/links.h"
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -100,6 +101,17 @@ void Linkable::Link(HostLink& link) {
     }
   }
   link = {slot, slot->generation.load(std::memory_order_acquire)};
+}
+
+void OfferLinkLayout() {
+  static const Linkable object;
+  static HostLinkLayout layout = {
+      sizeof layout,
+      uint32_t(reinterpret_cast<const char*>(&object.slot_) - reinterpret_cast<const char*>(&object)),
+      uint32_t(offsetof(LinkSlot, object)), uint32_t(offsetof(LinkSlot, generation))};
+  static_assert(sizeof(std::atomic<Linkable*>) == sizeof(void*) &&
+                sizeof(std::atomic<uint64_t>) == sizeof(uint64_t));
+  boundary_tables::link.layout = &layout;
 }
 
 LinkSlot* Linkable::Die() {

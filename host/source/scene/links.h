@@ -25,6 +25,7 @@ class Linkable {
   void Link(HostLink& link);
 
  private:
+  friend void OfferLinkLayout();
   friend void DestroyNow(Linkable*);
   friend void DestroyLater(Linkable*);
 
@@ -34,6 +35,9 @@ class Linkable {
   std::atomic<LinkSlot*> slot_{nullptr};
   std::atomic<bool> dead_{false};  // also where nothing was linked before
 };
+
+// Fills in where the module finds links without calls.
+void OfferLinkLayout();
 
 // Destroys an object whose destroyer holds the interpreter's lock, or no Python runs: only a
 // pinned one stays until its last pin goes.

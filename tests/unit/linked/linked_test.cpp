@@ -40,6 +40,7 @@ class LinkedTest : public testing::Test {
   void Start(bool trackLeaks) {
     host::GetSettings().startup = HOST_STARTUP;
     host::GetSettings().configuration.Set("g_trackLeaks", trackLeaks);
+    host::OfferLinkLayout();
     host::boundary_tables::Fill(host_, HOST_VERSION_MINIMUM);
     g_tavor = {sizeof(TavorRecord), 1, host::boundary_tables::ResolveService, 0, 0};
     ASSERT_EQ(tables::Resolve(&host_), "");

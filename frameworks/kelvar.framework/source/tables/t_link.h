@@ -10,12 +10,27 @@
 extern "C" {
 #endif
 
+/* Where a host keeps what links are made of, for a module that reads it in place of calls. Offsets in
+ * bytes. In every object that can be linked a word points to its slot, null until the first SetLink. In
+ * the slot a word points to the object, null when it was destroyed, and a 64-bit word holds the generation,
+ * which changes at the destruction. A link is the slot and its generation at the time; it needs no FreeLink.
+ * The words are read at any time, with acquire semantics: slots stay where they are. */
+typedef struct HostLinkLayout {
+  uint32_t size;
+  uint32_t slotInObject;
+  uint32_t objectInSlot;
+  uint32_t generationInSlot;
+} HostLinkLayout;
+
 /* Waits until no call of the module holds an object that it looked up before. */
 typedef void (*HostQuiet)(void);
 
 typedef struct HostLinkGroup {
   uint32_t size;
   uint32_t reserved;
+
+  /* A HostLinkLayout, or null: the module calls the entries. */
+  void* layout;
 
   /* The object that the link points at, or null when it was destroyed or the link is empty. Its memory
    * stays while the caller holds the interpreter's lock. Quick.

@@ -312,7 +312,9 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
 
   // False with an exception. The targets borrow from the call's tuple and from what is held here.
   bool Parse(PyObject* args, PyObject* keywords) {
-    if (keywords && !HoldKeywords(keywords, keywordsCopy_, kKeywords, given_.data())) return false;
+    // Letters that copy a value need nobody to hold it.
+    if constexpr (kFormat.Has("ACOPX#"))
+      if (keywords && !HoldKeywords(keywords, keywordsCopy_, kKeywords, given_.data())) return false;
     const bool parsed = std::apply(
         [&](auto&... argument) {
           return std::apply(

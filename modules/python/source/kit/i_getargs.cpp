@@ -365,6 +365,12 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
 
 namespace {
 
+bool IsName(PyObject* key, const char* name) {
+  if (!PyUnicode_IS_COMPACT_ASCII(key)) return PyUnicode_CompareWithASCIIString(key, name) == 0;
+  const size_t size = std::strlen(name);
+  return size_t(PyUnicode_GET_LENGTH(key)) == size && std::memcmp(PyUnicode_1BYTE_DATA(key), name, size) == 0;
+}
+
 // The same keywords with plain texts as keys. What is no text stays something that is none, so that the
 // parser refuses it in its turn.
 PyObject* CopyKeywords(PyObject* keywords) {
@@ -392,7 +398,7 @@ bool HoldKeywords(PyObject*& keywords, PyObject*& copy, const char* const* kwlis
   for (Py_ssize_t position = 0; PyDict_Next(keywords, &position, &key, &value);) {
     if (!PyUnicode_Check(key)) continue;
     int32_t i = 0;
-    while (kwlist[i] && PyUnicode_CompareWithASCIIString(key, kwlist[i]) != 0) ++i;
+    while (kwlist[i] && !IsName(key, kwlist[i])) ++i;
     if (!kwlist[i]) continue;
     Py_INCREF(value);
     given[i] = value;

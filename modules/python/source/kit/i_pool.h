@@ -52,10 +52,16 @@ void ReleaseRecordPools();
 template <size_t Size>
 struct RecordPool {
   static PyObject* Alloc(PyTypeObject* type, Py_ssize_t) {
+    PyObject* object = AllocRaw(type);
+    if (object) std::memset(static_cast<void*>(object + 1), 0, Size - sizeof(PyObject));
+    return object;
+  }
+
+  // For who writes every field at once.
+  static PyObject* AllocRaw(PyTypeObject* type) {
     void* record = list_.Take();
     if (!record) record = PyObject_Malloc(Size);
     if (!record) return PyErr_NoMemory();
-    std::memset(record, 0, Size);
     auto* object = static_cast<PyObject*>(record);
     object->ob_refcnt = 1;
     object->ob_type = type;

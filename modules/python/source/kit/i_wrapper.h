@@ -13,6 +13,38 @@
 
 namespace qlx {
 
+// Links by the words that the host offers for them, or by its entries.
+
+template <class Word>
+Word ReadWord(const void* base, uint32_t offset) {
+  return __atomic_load_n(reinterpret_cast<const Word*>(static_cast<const char*>(base) + offset),
+                         __ATOMIC_ACQUIRE);
+}
+
+// The object that a link points at, or null.
+inline void* LookUp(HostLink link) {
+  const auto* layout = static_cast<const HostLinkLayout*>(tables::link.layout);
+  if (!layout) return kelvar::GetLink(link);
+  if (!link.slot) return nullptr;
+  // The object is read first: a slot that has the next one has the next generation too.
+  void* object = ReadWord<void*>(link.slot, layout->objectInSlot);
+  return ReadWord<uint64_t>(link.slot, layout->generationInSlot) == link.generation ? object : nullptr;
+}
+
+// False when memory lacks.
+template <class Host>
+bool SetLink(Host* host, HostLink& link) {
+  const auto* layout = static_cast<const HostLinkLayout*>(tables::link.layout);
+  void* slot = layout ? ReadWord<void*>(host, layout->slotInObject) : nullptr;
+  if (!slot) return host->SetLink(&link);
+  link = {slot, ReadWord<uint64_t>(slot, layout->generationInSlot)};
+  return true;
+}
+
+inline void FreeLink(HostLink& link) {
+  if (!tables::link.layout) kelvar::FreeLink(&link);
+}
+
 // The record of every atom and bitmap type; a subclass adds no field. `owned` tells that the host
 // object exists for this wrapper only, which then destroys it.
 struct AtomWrapper {
@@ -26,11 +58,11 @@ bool RefuseDead(AtomWrapper* wrapper);
 
 // The gate: true with the object, or ReportNotAlive and false. In place, since every bound call passes it.
 inline bool ResolveAtom(AtomWrapper* wrapper, QLXAtom*& host) {
-  host = static_cast<QLXAtom*>(kelvar::GetLink(wrapper->link));
+  host = static_cast<QLXAtom*>(LookUp(wrapper->link));
   return host || RefuseDead(wrapper);
 }
 inline bool ResolveBitmap(AtomWrapper* wrapper, BaseBitmap*& host) {
-  host = static_cast<BaseBitmap*>(kelvar::GetLink(wrapper->link));
+  host = static_cast<BaseBitmap*>(LookUp(wrapper->link));
   return host || RefuseDead(wrapper);
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 AtomWrapper* AsWrapper(PyObject* object) { return reinterpret_cast<AtomWrapper*>(object); }
 
-bool IsAlive(AtomWrapper* self) { return kelvar::GetLink(self->link) != nullptr; }
+bool IsAlive(AtomWrapper* self) { return LookUp(self->link) != nullptr; }
 
 // `atom()` is the atom while it lives, and None afterwards.
 PyObject* Call(PyObject* self, PyObject* args, PyObject* keywords) {

@@ -45,7 +45,7 @@ void Free(PyObject* self) {
   ContainerRecord* record = AsRecord(self);
   if (record->owned && record->data) record->data->Free();
   record->data = nullptr;
-  kelvar::FreeLink(&record->hostLink);
+  FreeLink(record->hostLink);
   FreeWrapper(g_wrapperTracker, self);
 }
 
@@ -92,7 +92,7 @@ bool IsBaseContainer(PyObject* object) { return PyObject_TypeCheck(object, &g_Ba
 
 PyObject* NewBaseContainer(BaseContainer* data, bool owned, QLXAtom* host) {
   PyObject* object = AllocWrapper(g_wrapperTracker, &g_BaseContainerType);
-  if (object && (!host || host->SetLink(&AsRecord(object)->hostLink))) {
+  if (object && (!host || SetLink(host, AsRecord(object)->hostLink))) {
     AsRecord(object)->data = data;
     AsRecord(object)->owned = owned;
     return object;
@@ -113,7 +113,7 @@ BaseContainer* BaseContainerOf(PyObject* object) {
     ReportNotAlive(Py_TYPE(object));
     return nullptr;
   }
-  if (record->hostLink.slot && !kelvar::GetLink(record->hostLink)) {
+  if (record->hostLink.slot && !LookUp(record->hostLink)) {
     ReportHostNotAlive(Py_TYPE(object));
     return nullptr;
   }

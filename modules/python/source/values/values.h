@@ -52,7 +52,7 @@ struct PresentValue {
   static PyObject* Wrap(const Value& value) {
     using Record = ValueRecord<Value>;
     PyObject* object = LeakTracker::IsOn() ? AllocWrapper(g_wrapperTracker, &kType)
-                                           : RecordPool<sizeof(Record)>::Alloc(&kType, 0);
+                                           : RecordPool<sizeof(Record)>::AllocRaw(&kType);
     if (object) [[likely]]
       ValueOf<Value>(object) = value;
     return object;
