@@ -152,7 +152,11 @@ struct Argument {
 
   T value{};
 
+  // What isn't given: a preset, or zero and its kin.
   Argument() {
+    if constexpr (std::same_as<T, Matrix>) value = {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    if constexpr (std::same_as<T, Quaternion>) value.w = 1;
+    if constexpr (std::same_as<T, BaseTime>) value.denominator = 1;
     if constexpr (std::is_arithmetic_v<T>) {
       constexpr Preset preset(KeywordName<Keyword>::kText.preset);
       if constexpr (preset.valid) value = std::is_floating_point_v<T> ? T(preset.number) : T(preset.integer);

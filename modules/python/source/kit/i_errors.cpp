@@ -95,6 +95,18 @@ PyObject* RaiseVector4dCount() {
   return RaiseFormatted(PyExc_TypeError, "Vector4d.__init__ takes at most 4 arguments.");
 }
 
+PyObject* RaiseUnknownParameterType() {
+  return RaiseFormatted(PyExc_AttributeError, "Parameter value not accessible (object unknown in Python)");
+}
+
+void RaiseNotConvertible(PyObject* object) {
+  RaiseFormatted(PyExc_TypeError, "could not convert '%s'", Py_TYPE(object)->tp_name);
+}
+
+PyObject* RaiseNoUuidModule() {
+  return RaiseFormatted(PyExc_ImportError, "uuid module missing - cannot convert uuid");
+}
+
 int RaiseReadOnlyAttribute() {
   RaiseFormatted(PyExc_AttributeError, "the attribute is read-only");
   return -1;

@@ -32,6 +32,9 @@ int RaiseNumberAttribute(const char* name);        // TypeError: the attribute t
 PyObject* RaiseIndexDepth();                       // IndexError: an index that a value does not have
 PyObject* RaiseVectorCount();                      // TypeError: the number of a constructor's arguments
 PyObject* RaiseVector4dCount();                    // TypeError
+PyObject* RaiseUnknownParameterType();             // AttributeError
+void RaiseNotConvertible(PyObject* object);        // TypeError
+PyObject* RaiseNoUuidModule();                     // ImportError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 

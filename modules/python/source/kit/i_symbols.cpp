@@ -7,6 +7,7 @@
 #include "interpreter/lib_python_output.h"
 #include "kelvar/general.h"
 #include "kit/i_package.h"
+#include "values/values.h"
 
 namespace qlx {
 namespace {
@@ -36,6 +37,18 @@ bool AddSymbol(PyObject* dictionary, const char* name, int32_t value) {
   return added;
 }
 
+// An address as a constant; what fails leaves it out.
+void AddAddress(PyObject* module, const char* name, const DescLevel& level) {
+  DescID id;
+  id.PushId(level);
+  PyObject* address = NewDescID(id);
+  g_wrapperTracker.Remove(address);  // it lasts as long as the package: no leak
+  if (!address || PyModule_AddObject(module, name, address) < 0) {
+    Py_XDECREF(address);
+    PyErr_Clear();
+  }
+}
+
 void FillIn(PyObject* module) {
   if (PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) < 0) PrintAndClearError();
   PyObject* dictionary = PyModule_GetDict(module);
@@ -47,6 +60,8 @@ void FillIn(PyObject* module) {
   }
   for (const char* name : kHidden)
     if (PyDict_DelItemString(dictionary, name) < 0) PyErr_Clear();
+  AddAddress(module, "DESCID_ROOT", {1000491, 0, 0});
+  AddAddress(module, "DESCID_DYNAMICSUB", {700, 5, 0});
 }
 
 }  // namespace

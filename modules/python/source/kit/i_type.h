@@ -29,6 +29,7 @@ struct TypeSpec {
   richcmpfunc compare = nullptr;
   ternaryfunc call = nullptr;
   reprfunc text = nullptr;  // repr and str
+  getiterfunc iterate = nullptr;
   PyGetSetDef* attributes = nullptr;
   PyNumberMethods* number = nullptr;
   PyMappingMethods* mapping = nullptr;
@@ -62,6 +63,7 @@ PyTypeObject MakeType(const TypeSpec& spec) {
   type.tp_dealloc = spec.destroy;
   type.tp_richcompare = spec.compare;
   type.tp_call = spec.call;
+  type.tp_iter = spec.iterate;
   type.tp_repr = spec.text;
   type.tp_as_number = spec.number;
   type.tp_as_mapping = spec.mapping;

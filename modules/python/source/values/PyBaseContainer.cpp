@@ -1,10 +1,12 @@
 // qlx.BaseContainer: the host's container of settings, a free-standing one or that of an element.
 
-#include <limits>
-
+#include "kit/i_conversion.h"
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
+#include "kit/i_valueletters.h"
+#include "scene/scene.h"
+#include "values/containers.h"
 #include "values/values.h"
 
 namespace qlx {
@@ -18,10 +20,9 @@ BaseContainer* MakeContainer(PyObject* from) {
   if (!from || from == Py_None) {
     made = BaseContainer::Alloc(0);
   } else if (PyLong_Check(from)) {
-    int overflow;
-    const long id = PyLong_AsLongAndOverflow(from, &overflow);
-    if (overflow || int32_t(id) != id) return RaiseIntTooLarge(), nullptr;
-    made = BaseContainer::Alloc(int32_t(id));
+    int32_t id;
+    if (!ReadInt32(from, id)) return nullptr;
+    made = BaseContainer::Alloc(id);
   } else if (IsBaseContainer(from)) {
     const BaseContainer* source = BaseContainerOf(from);
     if (!source) return nullptr;
@@ -57,11 +58,112 @@ PyObject* Compare(PyObject* left, PyObject* right, int op) {
   return b ? ToPython(a->IsEqual(b) == (op == Py_EQ)) : nullptr;
 }
 
-PyMethodDef g_methods[] = {
-    Method<&BaseContainer::GetId>("GetId", "GetId() -> int\n\nThe container's own id."),
-    Method<&BaseContainer::SetId, "i", "id">("SetId", "SetId(id) -> None\n\nSets the container's own id."),
-    {},
-};
+PyObject* ValueOrNone(const HostGeData* data) { return data ? GeDataToPython(*data, nullptr) : NewNone(); }
+
+// The key of an item: an int of 32 bits.
+bool ReadKey(PyObject* key, const char* function, int32_t& id) {
+  if (PyLong_Check(key)) return ReadInt32(key, id);
+  RaiseExpectedTypeFor(function, "int", key);
+  return false;
+}
+
+Py_ssize_t Length(PyObject* self) {
+  const BaseContainer* container = BaseContainerOf(self);
+  return container ? container->GetCount() : -1;
+}
+
+PyObject* GetItem(PyObject* self, PyObject* key) {
+  int32_t id;
+  const BaseContainer* container = BaseContainerOf(self);
+  if (!container || !ReadKey(key, "__getitem__", id)) return nullptr;
+  return ValueOrNone(container->FindData(id));
+}
+
+// What an entry that keeps its type says when a value doesn't fit it.
+const char* WordOf(int32_t type) {
+  switch (type) {
+    case HOST_DATA_VECTOR:
+      return "qlx.Vector";
+    case HOST_DATA_INT32:
+      return "int or bool";
+    case HOST_DATA_INT64:
+      return "long";
+    case HOST_DATA_FLOAT:
+      return "float";
+    case HOST_DATA_STRING:
+      return "str";
+    case HOST_DATA_MATRIX:
+      return "qlx.Matrix";
+    case HOST_DATA_CONTAINER:
+      return "qlx.BaseContainer";
+    case HOST_DATA_TIME:
+      return "qlx.BaseTime";
+    default:
+      return nullptr;
+  }
+}
+
+// Converts for an entry that keeps its type.
+bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
+  data = GeData::Copy(old);
+  if (GeDataFromPython(value, data)) return true;
+  const char* word = WordOf(old.type);
+  if (!word || !PyErr_ExceptionMatches(PyExc_TypeError)) return false;
+  PyErr_Clear();
+  RaiseExpectedTypeFor("__setitem__", word, value);
+  return false;
+}
+
+int SetItem(PyObject* self, PyObject* key, PyObject* value) {
+  int32_t id;
+  if (!BaseContainerOf(self) || !ReadKey(key, "__setitem__", id)) return -1;
+  GeData data;
+  if (value) {
+    BaseContainer* before = BaseContainerOf(self);
+    const HostGeData* old = AsRecord(self)->typed ? before->FindData(id) : nullptr;
+    if (!(old ? ConvertTyped(value, *old, data) : GeDataFromPython(value, data))) return -1;
+  }
+  // The value's own code may have changed or destroyed what holds the container.
+  BaseContainer* container = BaseContainerOf(self);
+  if (!container) return -1;
+  if (!value) {
+    container->RemoveData(id);
+  } else if (!container->SetData(id, data.Data())) {
+    PyErr_NoMemory();
+    return -1;
+  }
+  return 0;
+}
+
+PyMappingMethods g_mapping = {Length, GetItem, SetItem};
+
+// A value that has no Python form is None, so that the walk goes on.
+PyObject* ItemAt(const BaseContainer* container, int32_t index) {
+  PyObject* value = ValueOrNone(container->GetIndexData(index));
+  if (!value) {
+    PyErr_Clear();
+    value = NewNone();
+  }
+  return Py_BuildValue("(iN)", container->GetIndexId(index), value);
+}
+
+// The pairs of the moment: changes while a script walks along them don't matter. A collection of garbage
+// may run a script's code in between, so the container is looked up for each.
+PyObject* Iterate(PyObject* self) {
+  PyObject* pairs = PyList_New(0);
+  for (int32_t i = 0; pairs; ++i) {
+    const BaseContainer* container = BaseContainerOf(self);
+    if (container && i >= container->GetCount()) break;
+    PyObject* pair = container ? ItemAt(container, i) : nullptr;
+    if (!pair || PyList_Append(pairs, pair) < 0) Py_CLEAR(pairs);
+    Py_XDECREF(pair);
+  }
+  PyObject* iterator = pairs ? PyObject_GetIter(pairs) : nullptr;
+  Py_XDECREF(pairs);
+  return iterator;
+}
+
+bool IsInstance(ContainerRecord* self) { return self->instance; }
 
 Conversion Convert(PyObject* object, void* target) {
   if (!IsBaseContainer(object)) return Conversion::kWrongType;
@@ -73,6 +175,75 @@ Conversion Convert(PyObject* object, void* target) {
 
 const LetterEntry g_letter(ValueLetter::kContainer, Convert);
 
+PyMethodDef g_methods[] = {
+    Method<&BaseContainer::GetId>("GetId", "GetId() -> int\n\nThe container's own id."),
+    Method<&BaseContainer::SetId, "i", "id">("SetId", "SetId(id) -> None\n\nSets the container's own id."),
+    Method<&BaseContainer::FlushAll>("FlushAll", "FlushAll() -> None\n\nRemoves all entries."),
+    Method<&BaseContainer::GetDirty>("GetDirty", "GetDirty() -> int\n\nA count that grows with each change."),
+    Method<&BaseContainer::RemoveData, "i", "id">("RemoveData",
+                                                  "RemoveData(id) -> bool\n\nRemoves the entry of that id."),
+    Method<&BaseContainer::RemoveIndex, "i", "i">("RemoveIndex",
+                                                  "RemoveIndex(i) -> bool\n\nRemoves the entry at a position."),
+    Method<&BaseContainer::GetIndexId, "i", "index">(
+        "GetIndexId", "GetIndexId(index) -> int\n\nThe id of the entry at a position, or -1."),
+    Method<&containers::FindIndex, "i", "id">("FindIndex",
+                                              "FindIndex(id) -> dict or None\n\nThe position of the entry as "
+                                              "\"index\", and its value as \"ppData\"."),
+    Method<&containers::GetType, "i", "id">("GetType",
+                                            "GetType(id) -> int\n\nThe type of the entry's value, or 0."),
+    Method<&containers::InsData, "iG", "id", "data">("InsData",
+                                                     "InsData(id, data) -> bool\n\nAppends an entry."),
+    Method<&containers::SetData, "iO", "id", "data">("SetData", "Removes the data item."),
+    Method<&containers::GetData, "i", "id">("GetData", "Removes the data item."),
+    Method<&containers::GetData, "i", "id">("GetDataPointer",
+                                            "GetDataPointer(id) -> object or None\n\nThe value of the entry."),
+    Method<&containers::GetIndexData, "i", "index">(
+        "GetIndexData", "GetIndexData(index) -> object or None\n\nThe value of the entry at a position."),
+    Method<&containers::SetIndexData, "iG", "index", "data">(
+        "SetIndexData", "SetIndexData(index, data) -> bool\n\nReplaces the value of the entry at a position."),
+    Method<&containers::GetBool, "i|b", "id", "preset=false">("GetBool", "GetBool(id, preset=False) -> bool"),
+    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetLong", "GetLong(id, preset=0) -> int"),
+    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetInt32", "GetInt32(id, preset=0) -> int"),
+    Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetLLong", "GetLLong(id, preset=0) -> int"),
+    Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetInt64", "GetInt64(id, preset=0) -> int"),
+    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetReal", "GetReal(id, preset=0) -> float"),
+    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetFloat", "GetFloat(id, preset=0) -> float"),
+    Method<&containers::GetVector, "i|V", "id", "preset">("GetVector",
+                                                          "GetVector(id, preset=None) -> qlx.Vector"),
+    Method<&containers::GetMatrix, "i|M", "id", "preset">("GetMatrix",
+                                                          "GetMatrix(id, preset=None) -> qlx.Matrix"),
+    Method<&containers::GetString, "i|$", "id", "preset">("GetString", "GetString(id, preset='') -> str"),
+    Method<&containers::GetFilename, "i|$", "id", "preset">("GetFilename", "GetFilename(id, preset='') -> str"),
+    Method<&containers::GetUuid, "i|U", "id", "preset">("GetUuid", "GetUuid(id, preset=None) -> uuid.UUID"),
+    Method<&containers::GetTime, "i|T", "id", "preset">("GetTime", "GetTime(id, preset=None) -> qlx.BaseTime"),
+    Method<&containers::GetContainer, "i", "id">(
+        "GetContainer",
+        "GetContainer(id) -> qlx.BaseContainer or None\n\nA copy of the container in the entry."),
+    Method<&containers::SetBool, "ib", "id", "value">("SetBool", "SetBool(id, value) -> None"),
+    Method<&containers::SetInt32, "ii", "id", "value">("SetLong", "SetLong(id, value) -> None"),
+    Method<&containers::SetInt32, "ii", "id", "value">("SetInt32", "SetInt32(id, value) -> None"),
+    Method<&containers::SetInt64, "il", "id", "value">("SetLLong", "SetLLong(id, value) -> None"),
+    Method<&containers::SetInt64, "il", "id", "value">("SetInt64", "SetInt64(id, value) -> None"),
+    Method<&containers::SetFloat, "if", "id", "value">("SetReal", "SetReal(id, value) -> None"),
+    Method<&containers::SetFloat, "if", "id", "value">("SetFloat", "SetFloat(id, value) -> None"),
+    Method<&containers::SetVector, "iV", "id", "value">("SetVector", "SetVector(id, value) -> None"),
+    Method<&containers::SetMatrix, "iM", "id", "value">("SetMatrix", "SetMatrix(id, value) -> None"),
+    Method<&containers::SetString, "i$", "id", "value">("SetString", "SetString(id, value) -> None"),
+    Method<&containers::SetFilename, "i$", "id", "value">("SetFilename", "SetFilename(id, value) -> None"),
+    Method<&containers::SetUuid, "iU", "id", "value">("SetUuid", "SetUuid(id, value) -> None"),
+    Method<&containers::SetTime, "iT", "id", "value">("SetTime", "SetTime(id, value) -> None"),
+    Method<&containers::SetContainer, "iC", "id", "value">("SetContainer",
+                                                           "SetContainer(id, value) -> None\n\nStores a copy."),
+    Method<&containers::GetLink, "i|A!i", "id", "doc", "isinstanceof=0">(
+        "GetLink", "GetLink(id, doc=None, isinstanceof=0) -> qlx.BaseList2D or None\n\nThe linked element."),
+    Method<&containers::SetLink, "iA!", "id", "link">("SetLink", "SetLink(id, link) -> None"),
+    Method<&IsInstance>("IsInstance", "IsInstance() -> bool\n\nFalse for the copies of GetContainer."),
+    Method<&BaseContainer::MergeContainer, "C", "src">(
+        "MergeContainer", "MergeContainer(src) -> bool\n\nTakes over every entry of another container."),
+    Method<&BaseContainer::Sort>("Sort", "Sort() -> None\n\nPuts the entries into the order of their ids."),
+    {},
+};
+
 }  // namespace
 
 PyTypeObject g_BaseContainerType = MakeType<ContainerRecord>({
@@ -82,6 +253,8 @@ PyTypeObject g_BaseContainerType = MakeType<ContainerRecord>({
     .create = Construct,
     .destroy = Free,
     .compare = Compare,
+    .iterate = Iterate,
+    .mapping = &g_mapping,
 });
 
 namespace {
@@ -95,6 +268,7 @@ PyObject* NewBaseContainer(BaseContainer* data, bool owned, QLXAtom* host) {
   if (object && (!host || SetLink(host, AsRecord(object)->hostLink))) {
     AsRecord(object)->data = data;
     AsRecord(object)->owned = owned;
+    AsRecord(object)->instance = true;
     return object;
   }
   if (owned) data->Free();
@@ -121,6 +295,14 @@ BaseContainer* BaseContainerOf(PyObject* object) {
 }
 
 void MarkContainerDead(PyObject* object) { AsRecord(object)->dead = true; }
+
+PyObject* NewContainerCopy(const BaseContainer& data) {
+  BaseContainer* copy = data.GetClone();
+  PyObject* object =
+      copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record frees the copy
+  if (object) AsRecord(object)->instance = false;
+  return object;
+}
 
 PyObject* Present<BaseContainer>::WrapPart(BaseContainer* host, PyObject* owner) {
   QLXAtom* atom;

@@ -89,12 +89,16 @@ struct ContainerRecord {
   bool dead;  // was marked: what it showed has gone
   BaseContainer* data;
   bool owned;         // frees the data
+  bool typed;         // an entry keeps its type
+  bool instance;      // what IsInstance answers: all but the copies of GetContainer
   HostLink hostLink;  // to the object that owns the data; empty for a free-standing one
 };
 
 bool IsBaseContainer(PyObject* object);
 // With `host`, a view of the container of that object. An owned container is freed on failure.
 PyObject* NewBaseContainer(BaseContainer* data, bool owned, QLXAtom* host);
+// A copy that says so: IsInstance answers false.
+PyObject* NewContainerCopy(const BaseContainer& data);
 // ReferenceError for a dead one and one whose object has gone, SystemError for another object.
 BaseContainer* BaseContainerOf(PyObject* object);
 // The record is dead from here: what it showed goes after a call.

@@ -1,0 +1,239 @@
+// Between the host's tagged values and Python objects.
+
+#include "kit/i_conversion.h"
+
+#include <cstring>
+#include <vector>
+
+#include "kelvar/link.h"
+#include "kelvar/text.h"
+#include "kit/i_errors.h"
+#include "kit/i_lasting.h"
+#include "kit/i_present.h"
+#include "kit/i_valueletters.h"
+#include "scene/scene.h"
+#include "values/values.h"
+
+namespace qlx {
+namespace {
+
+// In the order in which the rows were added. A function, because rows are added while other files'
+// objects are still being made.
+std::vector<const CustomDataEntry*>& CustomTypes() {
+  static auto& types = *new std::vector<const CustomDataEntry*>;
+  return types;
+}
+
+PyObject* LinkToPython(HostLink link) {
+  auto* atom = static_cast<QLXAtom*>(LookUp(link));
+  return atom ? WrapHostObject(atom, false) : NewNone();
+}
+
+PyObject* ContainerToPython(const HostGeData& data) {
+  const BaseContainer* container = kelvar::gedata::GetContainer(&data);
+  BaseContainer* copy = container ? container->GetClone() : nullptr;
+  return copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record frees the copy
+}
+
+PyObject* CustomToPython(const HostGeData& data) {
+  for (const CustomDataEntry* entry : CustomTypes())
+    if (entry->typeId == data.type) return entry->toPython(data);
+  return RaiseUnknownParameterType();
+}
+
+// The class `uuid.UUID`, borrowed; null when no script has imported its module, or it lacks the class.
+PyObject* UuidClass() {
+  PyObject* module = PyDict_GetItemString(PyImport_GetModuleDict(), "uuid");
+  return module && PyModule_Check(module) ? PyDict_GetItemString(PyModule_GetDict(module), "UUID") : nullptr;
+}
+
+bool IsUuid(PyObject* object) {
+  PyObject* type = UuidClass();
+  return type && PyType_Check(type) && PyObject_TypeCheck(object, reinterpret_cast<PyTypeObject*>(type));
+}
+
+bool IntFromPython(PyObject* object, GeData& data) {
+  int overflow;
+  const long value = PyLong_AsLongAndOverflow(object, &overflow);
+  // The lower end is not looked at: a value below it is cut to its low 32 bits.
+  if (!overflow && value < 2147483648L) {
+    data = GeData::Int32(int32_t(value));
+    return true;
+  }
+  const long long wide = PyLong_AsLongLong(object);
+  if (wide == -1 && PyErr_Occurred()) return false;
+  data = GeData::Int64(wide);
+  return true;
+}
+
+bool TextFromPython(PyObject* object, int32_t type, GeData& data) {
+  Py_ssize_t size;
+  const char* utf8 = PyUnicode_AsUTF8AndSize(object, &size);
+  if (!utf8) return false;
+  String text = kelvar::Text({utf8, size_t(size)});
+  data = type == HOST_DATA_FILENAME ? GeData::Filename(Filename::FromString(text))
+                                    : GeData::String(std::move(text));
+  return true;
+}
+
+bool LinkFromPython(PyObject* object, GeData& data) {
+  HostLink link{};
+  if (object != Py_None) {
+    QLXAtom* atom;
+    if (!Present<QLXAtom>::Get(object, atom)) return false;
+    if (!SetLink(atom, link)) return PyErr_NoMemory(), false;
+  }
+  data = GeData::Link(link);
+  return true;
+}
+
+bool FloatFromPython(PyObject* object, GeData& data) {
+  const double value = PyFloat_AsDouble(object);
+  if (value == -1 && PyErr_Occurred()) return false;
+  data = GeData::Float(value);
+  return true;
+}
+
+bool ContainerFromPython(PyObject* object, GeData& data) {
+  const BaseContainer* container = BaseContainerOf(object);
+  if (container) data = GeData::Container(container);
+  return container != nullptr;
+}
+
+bool UuidDataFromPython(PyObject* object, GeData& data) {
+  Uuid uuid;
+  if (!UuidFromPython(object, uuid)) return false;
+  data = GeData::Uuid(uuid);
+  return true;
+}
+
+}  // namespace
+
+namespace {
+
+Conversion ConvertGeData(PyObject* object, void* target) {
+  return GeDataFromPython(object, *static_cast<GeData*>(target)) ? Conversion::kStored : Conversion::kFailed;
+}
+
+const LetterEntry g_letter(ValueLetter::kGeData, ConvertGeData);
+
+}  // namespace
+
+CustomDataEntry::CustomDataEntry(int32_t id, PyTypeObject& pythonType, PyObject* (*to)(const HostGeData&),
+                                 bool (*from)(PyObject*, GeData&))
+    : typeId(id), type(&pythonType), toPython(to), fromPython(from) {
+  CustomTypes().push_back(this);
+}
+
+PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
+  switch (data.type) {
+    case HOST_DATA_NONE:
+      return NewNone();
+    case HOST_DATA_POINTER:
+      return data.value.pointer ? PyCapsule_New(data.value.pointer, nullptr, nullptr) : NewNone();
+    case HOST_DATA_INT32:
+    case HOST_DATA_INT64:
+      return PyLong_FromLongLong(data.value.integer);
+    case HOST_DATA_FLOAT:
+      return PyFloat_FromDouble(data.value.real);
+    case HOST_DATA_TIME:
+      return Present<BaseTime>::Wrap(data.value.time);
+    case HOST_DATA_VECTOR:
+      return NewVector(data.value.vector);
+    case HOST_DATA_MATRIX: {
+      const Matrix* matrix = kelvar::gedata::GetMatrix(&data);
+      return matrix ? Present<Matrix>::Wrap(*matrix) : PyErr_NoMemory();
+    }
+    case HOST_DATA_STRING:
+      return StringToPython(reinterpret_cast<const String&>(data.value.string));
+    case HOST_DATA_FILENAME:
+      return FilenameToPython(reinterpret_cast<const Filename&>(data.value.filename));
+    case HOST_DATA_CONTAINER:
+      return ContainerToPython(data);
+    case HOST_DATA_LINK:
+      return LinkToPython(data.value.link);
+    case HOST_DATA_UUID:
+      return UuidToPython(Uuid(data.value.uuid));  // a copy: the conversion runs Python code
+    default:
+      return CustomToPython(data);
+  }
+}
+
+// The order is that of the checks, not of the types: one that matches the object but not the type
+// that the value has moves on to the next.
+bool GeDataFromPython(PyObject* object, GeData& data) {
+  if (!object) return false;
+  const int32_t type = data.Type();
+  const auto fits = [type](int32_t id) { return type == HOST_DATA_NONE || type == id; };
+  if (object == Py_None && type == HOST_DATA_NONE) {
+    data = GeData();
+    return true;
+  }
+  if (IsVector(object) && fits(HOST_DATA_VECTOR)) {
+    data = GeData::Vector(ValueOf<Vector>(object));
+    return true;
+  }
+  if (PyLong_Check(object) && (fits(HOST_DATA_INT32) || type == HOST_DATA_INT64))
+    return IntFromPython(object, data);
+  if (IsBaseTime(object) && fits(HOST_DATA_TIME)) {
+    data = GeData::Time(ValueOf<BaseTime>(object));
+    return true;
+  }
+  if (PyUnicode_Check(object) && (fits(HOST_DATA_STRING) || type == HOST_DATA_FILENAME))
+    return TextFromPython(object, type, data);
+  if ((PyFloat_Check(object) || PyLong_Check(object)) && fits(HOST_DATA_FLOAT))
+    return FloatFromPython(object, data);
+  if (IsMatrix(object) && fits(HOST_DATA_MATRIX)) {
+    data = GeData::Matrix(ValueOf<Matrix>(object));
+    return true;
+  }
+  if (IsBaseContainer(object) && fits(HOST_DATA_CONTAINER)) return ContainerFromPython(object, data);
+  if (fits(HOST_DATA_UUID) && IsUuid(object)) return UuidDataFromPython(object, data);
+  if ((object == Py_None || PyObject_TypeCheck(object, &g_BaseList2DType)) && fits(HOST_DATA_LINK))
+    return LinkFromPython(object, data);
+  for (const CustomDataEntry* entry : CustomTypes())
+    if (PyObject_TypeCheck(object, entry->type) && fits(entry->typeId)) return entry->fromPython(object, data);
+  RaiseNotConvertible(object);
+  return false;
+}
+
+PyObject* UuidToPython(const Uuid& uuid) {
+  PyObject* module = PyImport_ImportModule("uuid");
+  if (!module) return RaiseNoUuidModule();
+  PyObject* type = PyObject_GetAttrString(module, "UUID");
+  PyObject* none = type ? PyTuple_New(0) : nullptr;
+  PyObject* bytes =
+      none ? PyBytes_FromStringAndSize(reinterpret_cast<const char*>(uuid.bytes), sizeof uuid.bytes) : nullptr;
+  PyObject* keywords = bytes ? Py_BuildValue("{s:O}", "bytes", bytes) : nullptr;
+  PyObject* result = keywords ? PyObject_Call(type, none, keywords) : nullptr;
+  Py_XDECREF(keywords);
+  Py_XDECREF(bytes);
+  Py_XDECREF(none);
+  Py_XDECREF(type);
+  Py_DECREF(module);
+  return result;
+}
+
+bool UuidFromPython(PyObject* object, Uuid& uuid) {
+  PyObject* bytes = PyObject_GetAttrString(object, "bytes");
+  char* data;
+  Py_ssize_t size;
+  bool read = bytes && PyBytes_AsStringAndSize(bytes, &data, &size) == 0;
+  if (read && size != Py_ssize_t(sizeof uuid.bytes)) {
+    RaiseNotConvertible(object);
+    read = false;
+  }
+  if (read) std::memcpy(uuid.bytes, data, sizeof uuid.bytes);
+  Py_XDECREF(bytes);
+  return read;
+}
+
+String StringFromPython(PyObject* text) {
+  Py_ssize_t size;
+  const char* utf8 = PyUnicode_AsUTF8AndSize(text, &size);
+  if (utf8) return kelvar::Text({utf8, size_t(size)});
+  PyErr_Clear();
+  return {};
+}
+
+}  // namespace qlx
