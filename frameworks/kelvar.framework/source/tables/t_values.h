@@ -43,7 +43,7 @@ typedef struct Quaternion {
   double w;
 } Quaternion;
 
-/* A time in seconds as a fraction, reduced, with a denominator above zero. */
+/* A time in seconds as a fraction, reduced; the denominator is above zero, unless it is zero. */
 typedef struct BaseTime {
   double numerator, denominator;
 } BaseTime;
