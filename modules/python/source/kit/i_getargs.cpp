@@ -12,6 +12,8 @@
 
 #include "kit/i_errors.h"
 #include "kit/i_getargs_letters.h"
+#include "kit/i_valueletters.h"
+#include "tables/t_values.h"
 
 namespace qlx {
 namespace {
@@ -264,8 +266,20 @@ bool CheckNames(const Targets& targets, PyObject* keywords, const char* const* k
   return true;
 }
 
-// Stores the usual numbers as their letters do, without the way there. False leaves it to the letter.
-bool TakeUsual(PyObject* arg, char letter, Targets* p_va) {
+bool IsVectorSuffix(char c) { return c == 'C' || c == '3' || c == '4' || c == '6'; }
+
+// Stores the usual numbers and vectors as their letters do, without the way there. False leaves it to the
+// letter.
+bool TakeUsual(PyObject* arg, const char* format, Targets* p_va) {
+  const char letter = *format;
+  if (letter == 'V' && !IsVectorSuffix(format[1])) {
+    Vector value;
+    const Conversion conversion = ConvertLetter(ValueLetter::kVector, arg, &value);
+    if (conversion == Conversion::kFailed) PyErr_Clear();  // the letter raises it again
+    if (conversion != Conversion::kStored) return false;
+    *p_va->Next<Vector>() = value;
+    return true;
+  }
   if (letter == 'i' && PyLong_CheckExact(arg)) {
     int overflow = 0;
     const long value = PyLong_AsLongAndOverflow(arg, &overflow);
@@ -333,7 +347,7 @@ int32_t vgetargskeywords(PyObject* args, PyObject* keywords, const char* format,
     }
     if (!value && i < nargs) value = PyTuple_GET_ITEM(args, i);
     if (value) {
-      if (TakeUsual(value, *format, p_va)) {
+      if (TakeUsual(value, format, p_va)) {
         ++format;
         continue;
       }
