@@ -360,8 +360,10 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
   }
 
   static constexpr bool StartsWithTypeId() {
-    constexpr std::string_view kFirstKeyword = sizeof...(Keywords) > 0 ? kKeywords[0] : "";
-    return kFormat.targets > 0 && kFormat.items[0].letter == 'i' && kFirstKeyword == "type";
+    if constexpr (kCount == 0)
+      return false;
+    else
+      return kFormat.items[0].letter == 'i' && KeywordName<KeywordAt<0>()>::kText.name == "type";
   }
 
   template <class Function>
