@@ -381,8 +381,9 @@ class Arguments<HostMethod, TypeList<Parameters...>, Format, Keywords...> {
 
   template <FixedString Keyword>
   static constexpr size_t PlaceOf() {
+    constexpr std::string_view names[] = {KeywordName<Keywords>::kText.name..., ""};
     for (size_t i = 0; i < kCount; ++i)
-      if (kKeywords[kFormat.items[i].keyword] == Keyword.View()) return i;
+      if (names[kFormat.items[i].keyword] == KeywordName<Keyword>::kText.name) return i;
     return kCount;
   }
 
