@@ -12,10 +12,10 @@ extern "C" grammar _PyParser_Grammar;  // the library has it, its headers don't
 #endif
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <string_view>
 
 namespace qlx {
@@ -261,11 +261,33 @@ bool IsOneOf(std::string_view letters, char letter) { return letters.find(letter
 
 bool Contains(const std::string& text, const char* words) { return text.find(words) != std::string::npos; }
 
+// How long the prefix of a format or of bytes is that starts at that byte; 0 where none does.
+size_t TextPrefixAt(const std::string& source, size_t at) {
+  const auto isWord = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+  if (at > 0 && isWord(source[at - 1])) return 0;
+  const char first = source[at], second = at + 1 < source.size() ? source[at + 1] : '\0';
+  if (IsOneOf("FfBb", first) && IsOneOf("'\"", second)) return 1;
+  const bool pair =
+      (IsOneOf("FfBb", first) && IsOneOf("Rr", second)) || (IsOneOf("Rr", first) && IsOneOf("FfBb", second));
+  return pair && at + 2 < source.size() && IsOneOf("'\"", source[at + 2]) ? 2 : 0;
+}
+
 // 3.7 looks into texts only after parsing: here none is a format, bytes or badly escaped any more,
 // and each begins and ends where it did.
 std::string WithHarmlessTexts(const std::string& source) {
-  static const std::regex escape(R"(\\[NUux])"), prefix(R"(\b([FfBb][Rr]?|[Rr][FfBb])(?=['"]))");
-  return std::regex_replace(std::regex_replace(source, escape, "\\n"), prefix, "r");
+  std::string result;
+  for (size_t at = 0; at < source.size();) {
+    if (source[at] == '\\' && at + 1 < source.size() && IsOneOf("NUux", source[at + 1])) {
+      result += "\\n";
+      at += 2;
+    } else if (const size_t length = TextPrefixAt(source, at)) {
+      result += 'r';
+      at += length;
+    } else {
+      result += source[at++];
+    }
+  }
+  return result;
 }
 
 enum class Mend { kReplace, kReplaceArguments, kInsert };
