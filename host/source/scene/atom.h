@@ -15,8 +15,20 @@ struct QLXAtom : host::Linkable {
   const host::NodeType& type;
 };
 
-struct BaseList2D : QLXAtom {
-  explicit BaseList2D(const host::NodeType& ofType) : QLXAtom(ofType), name(ofType.name) {}
+// A node in a list of a head, or below another node. What is in no list belongs to its creator.
+struct GeListNode : QLXAtom {
+  using QLXAtom::QLXAtom;
+
+  GeListNode* next = nullptr;
+  GeListNode* pred = nullptr;
+  GeListNode* up = nullptr;
+  GeListNode* down = nullptr;
+  GeListNode* downLast = nullptr;
+  GeListHead* list = nullptr;  // of a node without `up` only: the others find it above them
+};
+
+struct BaseList2D : GeListNode {
+  explicit BaseList2D(const host::NodeType& ofType) : GeListNode(ofType), name(ofType.name) {}
 
   std::string name;
   BaseContainer data;

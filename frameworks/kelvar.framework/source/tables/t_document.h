@@ -1,17 +1,15 @@
 /* Group 21: documents.
  * group     HOST_GROUP_DOCUMENT
- * class     BaseDocument */
+ * class     BaseDocument : BaseList2D */
 #ifndef KELVAR_T_DOCUMENT_H
 #define KELVAR_T_DOCUMENT_H
 
-#include "t_host.h"
+#include "t_object.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-typedef struct BaseDocument BaseDocument;
-typedef struct BaseObject BaseObject;
 typedef struct ParticleMasterSystem ParticleMasterSystem;
 
 typedef struct HostDocumentGroup {

@@ -1,6 +1,6 @@
 /* Group 34: registered plug-ins.
  * group     HOST_GROUP_PLUGIN
- * class     BasePlugin */
+ * class     BasePlugin : BaseList2D */
 #ifndef KELVAR_T_PLUGIN_H
 #define KELVAR_T_PLUGIN_H
 
@@ -49,6 +49,38 @@ typedef struct CommandRecord {
   int32_t (*Execute)(void* self, BaseDocument* document);  /* 1 on success */
   int32_t (*GetState)(void* self, BaseDocument* document); /* bit 0 enabled, bit 1 checked */
 } CommandRecord;
+
+/* A type of elements: `base.kind` is that of objects, tags, shaders or nodes, and `base.size` the size of all
+ * of it. `Create` makes what the callbacks get as `data`; a type without it gets null. They run on the thread
+ * of the call that needs them, with the interpreter's lock held where Python runs. A null callback is the
+ * default that its comment tells. */
+typedef struct NodeRecord {
+  PluginRecord base;
+  int32_t baseType; /* the type that it derives from */
+  int32_t reserved;
+  const HostString* description; /* the name of the file of its parameters in the resources, or null */
+  void* (*Create)(void* self);   /* null: the element is not made */
+  void (*Destroy)(void* data);
+  HostBool (*Init)(void* data, GeListNode* node); /* 1; on 0 the element is not made */
+  void (*Free)(void* data, GeListNode* node);     /* nothing */
+  HostBool (*CopyTo)(void* data, void* dst, const GeListNode* node, GeListNode* copy, int32_t flags,
+                     AliasTrans* trn);                                             /* 1 */
+  HostBool (*Message)(void* data, GeListNode* node, int32_t id, void* message);    /* 1 */
+  HostBool (*GetBubbleHelp)(void* data, const GeListNode* node, HostString* text); /* 0: the type's name */
+  BaseDocument* (*GetDocument)(void* data, const GeListNode* node);                /* null: that of the list */
+  HostBool (*IsInstanceOf)(void* data, const GeListNode* node, int32_t type); /* 0: by the base types only */
+  HostBool (*GetDDescription)(void* data, const GeListNode* node, Description* description,
+                              int32_t* flags); /* 1 */
+  HostBool (*GetDParameter)(void* data, const GeListNode* node, const HostDescID* id, HostGeData* value,
+                            int32_t* flags); /* 0: read from the container */
+  HostBool (*SetDParameter)(void* data, GeListNode* node, const HostDescID* id, const HostGeData* value,
+                            int32_t* flags); /* 0: stored in the container */
+  HostBool (*GetDEnabling)(void* data, const GeListNode* node, const HostDescID* id, const HostGeData* value,
+                           int32_t flags, const BaseContainer* item); /* 1 */
+  HostBool (*TranslateDescID)(void* data, const GeListNode* node, const HostDescID* id, HostDescID* translated,
+                              QLXAtom** target);                                          /* 0 */
+  HostBool (*IsDocumentRelated)(void* data, const GeListNode* node, HostBool* isRelated); /* 0: it is */
+} NodeRecord;
 
 typedef struct HostPluginGroup {
   uint32_t size;
@@ -125,6 +157,14 @@ typedef struct HostPluginGroup {
    * since   23100
    * fails   0 */
   int32_t (*Message)(BasePlugin* self, int32_t id, void* data);
+
+  /* Registers a type of elements, under the rules of RegisterPlugin. A base type that is not there is refused.
+   * owner   the host
+   * thread  main
+   * waits   no
+   * since   23100
+   * fails   null */
+  BasePlugin* (*RegisterNode)(const NodeRecord* record);
 } HostPluginGroup;
 
 #ifdef __cplusplus

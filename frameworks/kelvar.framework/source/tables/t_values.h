@@ -53,6 +53,13 @@ typedef struct DescLevel {
   int32_t id, dtype, creator;
 } DescLevel;
 
+/* The address of a parameter, from its first level on. The levels belong to whoever is told. */
+typedef struct HostDescID {
+  const DescLevel* level;
+  int32_t depth;
+  int32_t reserved;
+} HostDescID;
+
 /* The bytes in the order of the text form. */
 typedef struct Uuid {
   uint8_t bytes[16];
