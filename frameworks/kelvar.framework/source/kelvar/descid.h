@@ -16,15 +16,24 @@ class DescID {
   int32_t GetDepth() const { return depth_; }
 
   // 0 is the first level; the caller knows that it is there.
-  const DescLevel& operator[](int32_t index) const {
-    return index < kInline ? inline_[index] : more_[index - kInline];
+  const DescLevel& operator[](int32_t index) const { return Levels()[index]; }
+
+  // As the boundary takes it; the levels stay this id's, until it changes.
+  HostDescID Word() const { return {Levels(), depth_, 0}; }
+
+  static DescID Copy(const HostDescID& word) {
+    DescID id;
+    for (int32_t i = 0; i < word.depth; ++i) id.PushId(word.level[i]);
+    return id;
   }
 
   void PushId(const DescLevel& level) {
-    if (depth_ < kInline)
+    if (depth_ < kInline) {
       inline_[depth_] = level;
-    else
+    } else {
+      if (depth_ == kInline) more_.assign(inline_, inline_ + kInline);
       more_.push_back(level);
+    }
     ++depth_;
   }
 
@@ -70,6 +79,8 @@ class DescID {
  private:
   static constexpr int32_t kInline = 3;
 
+  const DescLevel* Levels() const { return depth_ > kInline ? more_.data() : inline_; }
+
   bool StandsAt(int32_t at, const DescID& other) const {
     for (int32_t i = 0; i < depth_; ++i)
       if (!((*this)[i] == other[at + i])) return false;
@@ -77,7 +88,7 @@ class DescID {
   }
 
   DescLevel inline_[kInline] = {};
-  std::vector<DescLevel> more_;  // those behind the third
+  std::vector<DescLevel> more_;  // all of them, from the fourth on
   int32_t depth_ = 0;
 };
 

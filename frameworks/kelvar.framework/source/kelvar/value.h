@@ -33,6 +33,11 @@ class GeData {
   }
   HostGeData Release() { return std::exchange(data_, HostGeData{}); }
   const HostGeData* Data() const { return &data_; }
+  // For an entry that fills it.
+  HostGeData* Out() {
+    *this = GeData();
+    return &data_;
+  }
 
   static GeData Int32(int32_t value) { return Adopt({HOST_DATA_INT32, 0, {.integer = value}}); }
   static GeData Int64(int64_t value) { return Adopt({HOST_DATA_INT64, 0, {.integer = value}}); }

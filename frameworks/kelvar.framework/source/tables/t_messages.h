@@ -17,7 +17,7 @@ enum HostNodeMessage {
   HOST_MSG_DOCUMENT_INFO = 22,           /* BaseDocument */
   HOST_MSG_RETRIEVE_PRIVATE_DATA = 23,   /* HostPrivateData; of loaders and savers of scenes */
   HOST_MSG_DESCRIPTION_BITMAP = 27,      /* HostDescriptionBitmap */
-  HOST_MSG_PYTHON_DATA = 1023742,        /* null: the next message to the element carries a PyObject */
+  HOST_MSG_PYTHON_DATA = 1023742,        /* HostBool, 1: the next message to the element carries a PyObject */
   HOST_MSG_PYTHON_INSTANCE = 1026945,    /* HostPythonInstance */
   HOST_MSG_RENAME_TEXTURES = 1001071,    /* HostTextureInfo */
   HOST_MSG_EVENT_NOTIFICATION = 1001077, /* HostEventNotification */
@@ -57,7 +57,7 @@ typedef struct HostDescriptionBitmap {
   HostDescID id;
   int32_t flags;
   int32_t reserved;
-  BaseBitmap* bmp; /* the answer, the receiver's */
+  BaseBitmap* bmp; /* the answer; it is the sender's then */
 } HostDescriptionBitmap;
 
 /* The Python object behind an element, with a reference of its own; null: there is none. */

@@ -99,6 +99,44 @@ PyObject* RaiseUnknownParameterType() {
   return RaiseFormatted(PyExc_AttributeError, "Parameter value not accessible (object unknown in Python)");
 }
 
+PyObject* RaiseParameterAccess() { return RaiseFormatted(PyExc_AttributeError, "parameter access failed"); }
+PyObject* RaiseParameterSet() { return RaiseFormatted(PyExc_AttributeError, "parameter set failed"); }
+
+void RaiseUnexpectedType(PyObject* object) {
+  RaiseFormatted(PyExc_TypeError, "__setitem__ got unexpected type '%s'.", Py_TYPE(object)->tp_name);
+}
+
+void RaiseKeyPosition(Py_ssize_t position) {
+  RaiseFormatted(PyExc_TypeError, "Invalid key type at position '%i'.", int(position));
+}
+
+PyObject* RaiseOtherInternalType() {
+  return RaiseFormatted(PyExc_TypeError, "The object have to be of the same internal type.");
+}
+
+PyObject* RaiseReadOnlyMemory() { return RaiseFormatted(PyExc_ValueError, "memoryview is read-only"); }
+
+// Scripts have always met both spellings.
+PyObject* RaiseInsertOnItself() {
+  return RaiseFormatted(PyExc_AssertionError, "cannot call insert function on itself");
+}
+PyObject* RaiseHeadInsertOnItself() {
+  return RaiseFormatted(PyExc_AssertionError, "Cannot call insert function on itself");
+}
+
+PyObject* RaiseSameParentAndPrevious() {
+  return RaiseFormatted(PyExc_AssertionError,
+                        "Cannot call insert function with same parent and previous objects");
+}
+
+PyObject* RaiseShaderHasNext() {
+  return RaiseFormatted(PyExc_AssertionError, "Found next objects. Please add them separately.");
+}
+
+PyObject* RaiseAttributeIsNo(const char* name) {
+  return RaiseFormatted(PyExc_TypeError, "the type attribute must be a %s", name);
+}
+
 void RaiseNotConvertible(PyObject* object) {
   RaiseFormatted(PyExc_TypeError, "could not convert '%s'", Py_TYPE(object)->tp_name);
 }

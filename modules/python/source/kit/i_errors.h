@@ -33,6 +33,17 @@ PyObject* RaiseIndexDepth();                       // IndexError: an index that 
 PyObject* RaiseVectorCount();                      // TypeError: the number of a constructor's arguments
 PyObject* RaiseVector4dCount();                    // TypeError
 PyObject* RaiseUnknownParameterType();             // AttributeError
+PyObject* RaiseParameterAccess();                  // AttributeError
+PyObject* RaiseParameterSet();                     // AttributeError
+void RaiseUnexpectedType(PyObject* object);        // TypeError: a value that no parameter takes
+void RaiseKeyPosition(Py_ssize_t position);        // TypeError: an element of a parameter's key
+PyObject* RaiseOtherInternalType();                // TypeError: a copy onto another type
+PyObject* RaiseReadOnlyMemory();                   // ValueError
+PyObject* RaiseInsertOnItself();                   // AssertionError, of nodes
+PyObject* RaiseHeadInsertOnItself();               // AssertionError, of heads
+PyObject* RaiseSameParentAndPrevious();            // AssertionError
+PyObject* RaiseShaderHasNext();                    // AssertionError
+PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of another type
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
 int RaiseReadOnlyAttribute();                      // AttributeError

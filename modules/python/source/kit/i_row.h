@@ -31,6 +31,7 @@ struct Gives {};           // the script owns the result
 struct GivesSelf {};       // the script owns the object after a success
 struct TakesSelf {};       // the host owns the object after a success
 struct PartOfSelf {};      // the result lives in the object
+struct WhileAlive {};      // a function that takes an AtomWrapper is called for one that is alive only
 template <FixedString Keyword>
 struct Takes {};  // the host owns that argument after a success
 // Raises IndexError "<What> out of range" unless 0 <= argument < Count of the object.
@@ -180,7 +181,7 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
   static PyObject* CallPlain(PyObject* object, PyObject*) {
     return Guarded([&]() -> PyObject* {
       SelfArgument<typename Signature::Self> self;
-      if (!self.Get(object)) return nullptr;
+      if (!self.Get(object) || !CheckWrapper(object)) return nullptr;
       Arguments<HostMethod, typename Signature::Parameters, ""> none;
       return Finish(object, self, none, nullptr);
     });
@@ -192,10 +193,10 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
       SelfArgument<typename Signature::Self> self;
       Arguments<HostMethod, typename Signature::Parameters, Format, Keywords...> arguments;
       constexpr bool first = decltype(self)::kResolvedFirst;
-      if (first && !self.Get(object)) return nullptr;
+      if ((first && !self.Get(object)) || !CheckWrapper(object)) return nullptr;
       if (!arguments.Parse(args, keywords)) return nullptr;
       // The arguments may have run Python, which may have destroyed the object.
-      if (!self.Get(object)) return nullptr;
+      if (!self.Get(object) || !CheckWrapper(object)) return nullptr;
       return Finish(object, self, arguments, args);
     });
   }
@@ -221,6 +222,11 @@ struct BoundRow<Row<Policies...>, HostMethod, Format, Keywords...> {
 
  private:
   struct NoSelf {};
+
+  static bool CheckWrapper(PyObject* object) {
+    QLXAtom* host;
+    return !Options::template kHas<WhileAlive> || ResolveAtom(reinterpret_cast<AtomWrapper*>(object), host);
+  }
 
   template <class Self, class Args>
   static PyObject* Finish(PyObject* object, Self& self, Args& arguments, PyObject* args) {

@@ -1,22 +1,140 @@
 // qlx.GeListNode: an atom in a list of the scene.
 
+#include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
+#include "scene/parameters.h"
 #include "scene/scene.h"
 
 namespace qlx {
+namespace {
+
+GeListNode* HostOf(AtomWrapper* wrapper) { return static_cast<GeListNode*>(LookUp(wrapper->link)); }
+
+PyObject* GetChildren(GeListNode* self) { return NodesFrom(self->GetDown()); }
+
+void Remove(AtomWrapper* self) {
+  HostOf(self)->Remove();
+  self->owned = true;  // the script's
+}
+
+// The host refuses, and changes nothing, where the node would come to stand in itself.
+
+template <void (GeListNode::*Insert)(GeListNode*), GeListNode* (GeListNode::*Beside)() const>
+PyObject* InsertBeside(AtomWrapper* self, WrapperOf<GeListNode>* reference) {
+  GeListNode *node = HostOf(self), *obj;
+  if (!reference->Get(obj)) return nullptr;
+  if (node == obj) return RaiseInsertOnItself();
+  (node->*Insert)(obj);
+  if ((node->*Beside)() != obj) return RaiseInsertOnItself();
+  self->owned = !obj->GetUp() && !obj->GetDocument();  // a chain outside of documents stays the script's
+  return NewNone();
+}
+
+template <void (GeListNode::*Insert)(GeListNode*)>
+PyObject* InsertBelow(AtomWrapper* self, WrapperOf<GeListNode>* reference) {
+  GeListNode *node = HostOf(self), *obj;
+  if (!reference->Get(obj)) return nullptr;
+  if (node == obj) return RaiseInsertOnItself();
+  (node->*Insert)(obj);
+  if (node->GetUp() != obj) return RaiseInsertOnItself();
+  self->owned = false;  // the parent's
+  return NewNone();
+}
+
+PyObject* BranchToPython(HostBranch& branch) {
+  const String name = String::Adopt(branch.name);
+  PyObject* head = branch.head ? WrapHostObject(branch.head, false) : NewNone();
+  PyObject* text = head ? ToPython(name) : nullptr;
+  if (!text) {
+    Py_XDECREF(head);
+    return nullptr;
+  }
+  return Py_BuildValue("{s:N,s:N,s:i,s:i}", "head", head, "name", text, "id", branch.id, "flags",
+                       branch.flags);
+}
+
+// Scripts are told of 20 branches at most.
+PyObject* GetBranchInfo(GeListNode* self, int32_t flags) {
+  HostBranch branches[20] = {};
+  const int32_t count = self->GetBranchInfo(branches, 20, flags);
+  if (count <= 0) return NewNone();
+  PyObject* list = PyList_New(0);
+  for (int32_t i = 0; i < count; ++i) {
+    PyObject* branch = BranchToPython(branches[i]);  // also behind a failure: it ends the name
+    if (list && (!branch || PyList_Append(list, branch) < 0)) Py_CLEAR(list);
+    Py_XDECREF(branch);
+  }
+  return list;
+}
+
+Py_ssize_t Length(PyObject*) { return 1; }
+
+PyMappingMethods g_mapping = {Length, GetParameterItem, SetParameterItem};
+
+PyMethodDef g_methods[] = {
+    Method<&GeListNode::GetNext>("GetNext", "GetNext() -> qlx.GeListNode or None\n\nThe next node of the list."),
+    Method<&GeListNode::GetPred>("GetPred", "GetPred() -> qlx.GeListNode or None\n\nThe node before."),
+    Method<&GeListNode::GetUp>("GetUp",
+                               "GetUp() -> qlx.GeListNode or None\n\nThe node that this is a child of."),
+    Method<&GeListNode::GetDown>("GetDown", "GetDown() -> qlx.GeListNode or None\n\nThe first child."),
+    Method<&GeListNode::GetDownLast>("GetDownLast", "GetDownLast() -> qlx.GeListNode or None\n\nThe last child."),
+    Method<&GetChildren>("GetChildren", "GetChildren() -> list of qlx.GeListNode\n\nThe direct children."),
+    Method<Row<WhileAlive>, &InsertBeside<&GeListNode::InsertBefore, &GeListNode::GetNext>, "O!", "obj">(
+        "InsertBefore",
+        "InsertBefore(obj) -> None\n\nPuts the node before another one, out of where it was. Raises "
+        "AssertionError when that is the node itself or stands in it."),
+    Method<Row<WhileAlive>, &InsertBeside<&GeListNode::InsertAfter, &GeListNode::GetPred>, "O!", "obj">(
+        "InsertAfter", "InsertAfter(obj) -> None\n\nAs InsertBefore, behind the other node."),
+    Method<Row<WhileAlive>, &InsertBelow<&GeListNode::InsertUnder>, "O!", "obj">(
+        "InsertUnder", "InsertUnder(obj) -> None\n\nAs InsertBefore, as the first child of the other node."),
+    Method<Row<WhileAlive>, &InsertBelow<&GeListNode::InsertUnderLast>, "O!", "obj">(
+        "InsertUnderLast", "InsertUnderLast(obj) -> None\n\nAs InsertUnder, as the last child."),
+    Method<Row<WhileAlive>, &Remove>(
+        "Remove", "Remove() -> None\n\nTakes the node out of its list. It is the script's then."),
+    Method<&GeListNode::GetListHead>("GetListHead",
+                                     "GetListHead() -> qlx.GeListHead or None\n\nThe head of the node's list."),
+    Method<&GeListNode::GetDocument>(
+        "GetDocument",
+        "GetDocument() -> qlx.documents.BaseDocument or None\n\nThe document that the node belongs to."),
+    Method<&GeListNode::GetNBit, "i", "bit">("GetNBit", "GetNBit(bit) -> int\n\n1 when the bit is set, else 0."),
+    Method<&GeListNode::ChangeNBit, "ii", "bit", "bitmode">(
+        "ChangeNBit", "ChangeNBit(bit, bitmode) -> bool\n\nSets, clears or toggles a bit, by NBITCONTROL."),
+    Method<&GeListNode::IsDocumentRelated>(
+        "IsDocumentRelated", "IsDocumentRelated() -> bool\n\nWhether nodes of this kind belong to documents."),
+    Method<&GetBranchInfo, "|i", "flags=0">(
+        "GetBranchInfo",
+        "GetBranchInfo(flags=0) -> list of dict or None\n\n"
+        "The lists that the node has beside its children: \"head\", \"name\", \"id\" and \"flags\" of each."),
+    {},
+};
+
+}  // namespace
 
 // It owns no element, also where the flag says so: only what derives from it destroys one.
 PyTypeObject g_GeListNodeType = MakeType<AtomWrapper>({
     .name = "qlx.GeListNode",
     .doc = "An atom in a 4D list.",
     .base = &g_QLXAtomType,
+    .methods = g_methods,
     .create = RefuseInstance,
     .destroy = FreeLinkOnly,
+    .mapping = &g_mapping,
 });
 
 namespace {
 const TypeQueueEntry g_entry(g_GeListNodeType);
+}
+
+// No wrapper is tracked by the collector of garbage: no script runs between the nodes.
+PyObject* NodesFrom(GeListNode* first) {
+  PyObject* list = PyList_New(0);
+  for (GeListNode* node = first; list && node; node = node->GetNext()) {
+    PyObject* wrapper = WrapHostObject(node, false);
+    if (!wrapper || PyList_Append(list, wrapper) < 0) Py_CLEAR(list);
+    Py_XDECREF(wrapper);
+  }
+  return list;
 }
 
 }  // namespace qlx

@@ -3,12 +3,12 @@
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
+#include "scene/messages.h"
+#include "scene/parameters.h"
 #include "scene/scene.h"
 
 namespace qlx {
 namespace {
-
-AtomWrapper* AsWrapper(PyObject* object) { return reinterpret_cast<AtomWrapper*>(object); }
 
 bool IsAlive(AtomWrapper* self) { return LookUp(self->link) != nullptr; }
 
@@ -16,27 +16,126 @@ bool IsAlive(AtomWrapper* self) { return LookUp(self->link) != nullptr; }
 PyObject* Call(PyObject* self, PyObject* args, PyObject* keywords) {
   Arguments<&Call, TypeList<>, ""> none;
   if (!none.Parse(args, keywords)) return nullptr;
-  PyObject* result = IsAlive(AsWrapper(self)) ? self : Py_None;
+  PyObject* result = IsAlive(reinterpret_cast<AtomWrapper*>(self)) ? self : Py_None;
   Py_INCREF(result);
   return result;
 }
 
+PyObject* CopyTo(QLXAtom* self, QLXAtom* dst, int32_t flags, AliasTransRecord* trn) {
+  if (self->GetType() != dst->GetType()) return RaiseOtherInternalType();
+  return ToPython(self->CopyTo(dst, flags, AliasTransOf(trn)));
+}
+
+PyObject* GetClone(QLXAtom* self, int32_t flags, AliasTransRecord* trn) {
+  const int32_t type = self->GetType();
+  QLXAtom* clone = self->GetClone(flags, AliasTransOf(trn));
+  return clone ? WrapHostObject(clone, true) : ReportAllocFailed(&g_BaseList2DType, type);  // the script's
+}
+
+PyObject* GetParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
+  DescID read;
+  QLXAtom* host;
+  if (!DescIDFromPython(id, "QLXAtom.GetParameter", "DescID identifier", read) || !ResolveAtom(self, host))
+    return nullptr;
+  GeData data;
+  const HostDescID word = read.Word();
+  return host->GetParameter(&word, data.Out(), flags) ? ParameterToPython(self, data) : NewNone();
+}
+
+PyObject* SetParameter(QLXAtom* self, PyObject* id, const GeData& data, int32_t flags) {
+  DescID read;
+  if (!DescIDFromPython(id, "QLXAtom.SetParameter", "DescID identifier", read)) return nullptr;
+  return ToPython(SetParameterData(self, read, data, flags));
+}
+
+PyObject* FindUniqueID(QLXAtom* self, int32_t appid) {
+  int64_t bytes = 0;
+  void* mem = self->FindUniqueID(appid, &bytes);
+  return mem ? PyMemoryView_FromMemory(static_cast<char*>(mem), Py_ssize_t(bytes), PyBUF_WRITE) : NewNone();
+}
+
+PyObject* AddUniqueID(QLXAtom* self, int32_t appid, PyObject* mem) {
+  if (PyBytes_Check(mem))
+    return ToPython(self->AddUniqueID(appid, PyBytes_AS_STRING(mem), PyBytes_GET_SIZE(mem)));
+  if (!PyMemoryView_Check(mem)) {
+    RaiseExpectedTypeFor("QLXAtom.AddUniqueID", "bytes or memoryview", mem);
+    return nullptr;
+  }
+  if (PyMemoryView_GET_BUFFER(mem)->readonly) return RaiseReadOnlyMemory();
+  Py_buffer view;
+  if (PyObject_GetBuffer(mem, &view, PyBUF_SIMPLE) < 0) return nullptr;
+  const bool added = self->AddUniqueID(appid, view.buf, view.len);
+  PyBuffer_Release(&view);
+  return ToPython(added);
+}
+
+PyObject* GetUniqueIDIndex(QLXAtom* self, int32_t idx) {
+  int32_t appid = 0;
+  int64_t bytes = 0;
+  const void* mem = self->GetUniqueIDIndex(idx, &appid, &bytes);
+  return mem ? Py_BuildValue("(iy#)", appid, static_cast<const char*>(mem), Py_ssize_t(bytes)) : NewNone();
+}
+
 PyMethodDef g_methods[] = {
+    Method<&QLXAtom::GetType>("GetType", "GetType() -> int\n\nThe id of the object's type."),
+    Method<&QLXAtom::GetRealType>("GetRealType",
+                                  "GetRealType() -> int\n\n"
+                                  "The id of the type beneath what the object stands for."),
+    Method<&QLXAtom::IsInstanceOf, "i", "id">("CheckType",
+                                              "CheckType(id) -> bool\n\nThe same as IsInstanceOf."),
+    Method<&QLXAtom::IsInstanceOf, "i", "id">(
+        "IsInstanceOf",
+        "IsInstanceOf(id) -> bool\n\n"
+        "Whether the object is of that type or of one that derives from it."),
+    Method<&QLXAtom::GetClassification>(
+        "GetClassification",
+        "GetClassification() -> int\n\nThe id of the base type: 5155 of objects, 5694 of tags and so on."),
+    Method<&QLXAtom::GetDirty, "i", "flags">(
+        "GetDirty", "GetDirty(flags) -> int\n\nHow often what the DIRTYFLAGS name has changed."),
+    Method<&QLXAtom::SetDirty, "i", "flags">(
+        "SetDirty", "SetDirty(flags) -> None\n\nCounts a change of what the DIRTYFLAGS name."),
+    Method<&QLXAtom::GetHDirty, "i", "mask">(
+        "GetHDirty",
+        "GetHDirty(mask) -> int\n\nA number that is another one after each change of what the HDIRTYFLAGS "
+        "name, in the object and all below it."),
+    Method<&QLXAtom::SetHDirty, "i", "mask">("SetHDirty",
+                                             "SetHDirty(mask) -> None\n\nCounts a change for GetHDirty."),
+    Method<&CopyTo, "A!i|O!", "dst", "flags", "trn">(
+        "CopyTo",
+        "CopyTo(dst, flags, trn=None) -> bool\n\nMakes `dst`, of the same type, a copy; COPYFLAGS tell what "
+        "is left out, a qlx.AliasTrans translates links. Raises TypeError for another type."),
+    Method<&GetClone, "|iO!", "flags", "trn">(
+        "GetClone", "GetClone(flags=0, trn=None) -> qlx.BaseList2D\n\nA copy, in no list, which is the caller's."),
+    Method<Row<Gives>, &QLXAtom::GetDescription, "i", "flags">(
+        "GetDescription",
+        "GetDescription(flags) -> qlx.Description or None\n\nThe description of the parameters as it is now."),
+    Method<Row<WhileAlive>, &GetParameter, "Oi", "id", "flags">(
+        "GetParameter",
+        "GetParameter(id, flags) -> object or None\n\n"
+        "The value of a parameter: by an int, a qlx.DescID, or a tuple of ints and qlx.DescLevel."),
+    Method<&SetParameter, "OGi", "id", "data", "flags">(
+        "SetParameter", "SetParameter(id, data, flags) -> bool\n\nSets a parameter, if its type fits."),
+    Method<Row<WhileAlive>, &Message, "i|O", "type", "data">(
+        "Message", "Message(type, data=None) -> bool\n\nSends a message to the object."),
+    Method<Row<WhileAlive>, &MultiMessage, "ii|O", "flags", "type", "data">(
+        "MultiMessage",
+        "MultiMessage(flags, type, data=None) -> bool\n\n"
+        "Sends a message to the object and, by MULTIMSG flags, to those above and below it."),
+    Method<&FindUniqueID, "i", "appid">(
+        "FindUniqueID",
+        "FindUniqueID(appid) -> memoryview or None\n\n"
+        "The mark of an application, to be changed in place. It is valid while the object lives and its marks "
+        "stay."),
+    Method<&AddUniqueID, "iO", "appid", "mem">(
+        "AddUniqueID", "AddUniqueID(appid, mem) -> bool\n\nMarks the object with a copy of the bytes."),
+    Method<&QLXAtom::GetUniqueIDCount>("GetUniqueIDCount", "GetUniqueIDCount() -> int\n\nThe number of marks."),
+    Method<&GetUniqueIDIndex, "i", "idx">(
+        "GetUniqueIDIndex", "GetUniqueIDIndex(idx) -> (int, bytes) or None\n\nA mark by its position."),
     Method<&IsAlive>(
         "IsAlive",
         "IsAlive() -> bool\n\n"
         "Whether the host still has the object. Raises nothing; all other methods raise ReferenceError "
         "for an object that has gone."),
-    Method<&QLXAtom::GetType>("GetType", "GetType() -> int\n\nThe id of the object's type."),
-    Method<&QLXAtom::GetRealType>("GetRealType",
-                                  "GetRealType() -> int\n\n"
-                                  "The id of the type beneath what the object stands for."),
-    Method<&QLXAtom::IsInstanceOf, "i", "id">(
-        "IsInstanceOf",
-        "IsInstanceOf(id) -> bool\n\n"
-        "Whether the object is of that type or of one that derives from it."),
-    Method<&QLXAtom::IsInstanceOf, "i", "id">("CheckType",
-                                              "CheckType(id) -> bool\n\nThe same as IsInstanceOf."),
     {},
 };
 

@@ -1,0 +1,60 @@
+// qlx.AliasTrans: the translation of links while elements are copied.
+
+#include "kit/i_row.h"
+#include "kit/i_type.h"
+#include "kit/i_typequeue.h"
+#include "scene/scene.h"
+
+namespace qlx {
+namespace {
+
+AliasTransRecord* AsRecord(PyObject* object) { return reinterpret_cast<AliasTransRecord*>(object); }
+
+PyObject* Construct(PyTypeObject* type, PyObject* args, PyObject* keywords) {
+  Arguments<&Construct, TypeList<>, ""> none;
+  if (!none.Parse(args, keywords)) return nullptr;
+  AliasTrans* data = AliasTrans::Alloc();
+  if (!data) return ReportAllocFailed(type, 0);
+  PyObject* object = AllocWrapper(g_wrapperTracker, type);
+  if (object)
+    AsRecord(object)->data = data;
+  else
+    data->Free();
+  return object;
+}
+
+void Free(PyObject* self) {
+  if (AsRecord(self)->data) AsRecord(self)->data->Free();
+  FreeWrapper(g_wrapperTracker, self);
+}
+
+bool Init(AliasTransRecord* self, BaseDocument* doc) { return self->data->Init(doc); }
+void Translate(AliasTransRecord* self, bool connect) { self->data->Translate(connect); }
+
+PyMethodDef g_methods[] = {
+    Method<&Init, "|A!", "doc">(
+        "Init",
+        "Init(doc=None) -> bool\n\nMakes it ready for copies of elements of that document: call it first."),
+    Method<&Translate, "b", "connect_oldgoals">(
+        "Translate",
+        "Translate(connect_oldgoals) -> None\n\n"
+        "Points the links of the copies at the copies of what the originals link: call it when all is copied. "
+        "Links to what was not copied stay with True, and are cleared with False."),
+    {},
+};
+
+}  // namespace
+
+PyTypeObject g_AliasTransType = MakeType<AliasTransRecord>({
+    .name = "qlx.AliasTrans",
+    .doc = "The translation of links while elements are copied.",
+    .methods = g_methods,
+    .create = Construct,
+    .destroy = Free,
+});
+
+namespace {
+const TypeQueueEntry g_entry(g_AliasTransType);
+}
+
+}  // namespace qlx

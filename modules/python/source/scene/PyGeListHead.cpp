@@ -1,0 +1,106 @@
+// qlx.GeListHead: the head of a list of nodes.
+
+#include "kit/i_row.h"
+#include "kit/i_type.h"
+#include "kit/i_typequeue.h"
+#include "scene/scene.h"
+
+namespace qlx {
+namespace {
+
+AtomWrapper* AsWrapper(PyObject* object) { return reinterpret_cast<AtomWrapper*>(object); }
+
+PyObject* Construct(PyTypeObject* type, PyObject* args, PyObject* keywords) {
+  Arguments<&Construct, TypeList<>, ""> none;
+  if (!none.Parse(args, keywords)) return nullptr;
+  GeListHead* host = GeListHead::Alloc();
+  if (!host) return ReportAllocFailed(type, 0);
+  PyObject* wrapper = WrapAtom(type, host, false);
+  if (wrapper)
+    AsWrapper(wrapper)->owned = true;  // the script's
+  else
+    host->Free();
+  return wrapper;
+}
+
+void Free(PyObject* self) {
+  if (AsWrapper(self)->owned)
+    if (auto* host = static_cast<GeListHead*>(LookUp(AsWrapper(self)->link))) host->Free();
+  FreeLinkOnly(self);
+}
+
+// The node is the list's when it stands there; the host refuses what can't be.
+PyObject* Settle(GeListHead* self, GeListNode* host, AtomWrapper* node) {
+  if (host->GetListHead() != self) return RaiseHeadInsertOnItself();
+  node->owned = false;  // the list's
+  return NewNone();
+}
+
+template <void (GeListHead::*Insert)(GeListNode*)>
+PyObject* InsertAt(GeListHead* self, WrapperOf<GeListNode>* node) {
+  GeListNode* host;
+  if (!node->Get(host)) return nullptr;
+  if (host == self) return RaiseHeadInsertOnItself();
+  (self->*Insert)(host);
+  return Settle(self, host, node);
+}
+
+bool GetOptional(WrapperOf<GeListNode>* node, GeListNode*& host) {
+  host = nullptr;
+  return !node || node->Get(host);
+}
+
+PyObject* Insert(GeListHead* self, WrapperOf<GeListNode>* node, WrapperOf<GeListNode>* parent,
+                 WrapperOf<GeListNode>* prev) {
+  GeListNode *host, *up, *pred;
+  if (!node->Get(host) || !GetOptional(parent, up) || !GetOptional(prev, pred)) return nullptr;
+  if (host == self || host == up || host == pred) return RaiseHeadInsertOnItself();
+  if (up && up == pred) return RaiseSameParentAndPrevious();
+  self->Insert(host, up, pred);
+  return Settle(self, host, node);
+}
+
+PyObject* SetParent(GeListHead* self, WrapperOf<GeListNode>* parent) {
+  GeListNode* host;
+  if (!parent->Get(host)) return nullptr;
+  self->SetParent(host);
+  return NewNone();
+}
+
+PyMethodDef g_methods[] = {
+    Method<&InsertAt<&GeListHead::InsertFirst>, "O!", "node">(
+        "InsertFirst",
+        "InsertFirst(node) -> None\n\nPuts a node first, out of where it was. Raises AssertionError when the "
+        "list stands in the node."),
+    Method<&InsertAt<&GeListHead::InsertLast>, "O!", "node">("InsertLast",
+                                                             "InsertLast(node) -> None\n\nThe same, last."),
+    Method<&Insert, "O!|O!NO!N", "node", "parent", "prev">(
+        "Insert",
+        "Insert(node, parent=None, prev=None) -> None\n\n"
+        "Puts a node behind `prev`, or else as the first child of `parent`, or else first of the list."),
+    Method<&SetParent, "O!", "parent">("SetParent",
+                                       "SetParent(parent) -> None\n\nTells which node the list belongs to."),
+    Method<&GeListHead::GetParent>(
+        "GetParent", "GetParent() -> qlx.GeListNode or None\n\nThe node that the list belongs to."),
+    Method<&GeListHead::GetFirst>("GetFirst", "GetFirst() -> qlx.GeListNode or None\n\nThe first node."),
+    Method<&GeListHead::GetLast>("GetLast", "GetLast() -> qlx.GeListNode or None\n\nThe last node."),
+    Method<&GeListHead::FlushAll>("FlushAll", "FlushAll() -> None\n\nDestroys all nodes of the list."),
+    {},
+};
+
+}  // namespace
+
+PyTypeObject g_GeListHeadType = MakeType<AtomWrapper>({
+    .name = "qlx.GeListHead",
+    .doc = "A head for a 4D list.",
+    .base = &g_GeListNodeType,
+    .methods = g_methods,
+    .create = Construct,
+    .destroy = Free,
+});
+
+namespace {
+const TypeQueueEntry g_entry(g_GeListHeadType);
+}
+
+}  // namespace qlx

@@ -1,0 +1,237 @@
+// Parameters of elements by keys of scripts.
+
+#include "scene/parameters.h"
+
+#include "kelvar/dynamicdescription.h"
+#include "kit/i_conversion.h"
+#include "kit/i_errors.h"
+#include "scene/scene.h"
+#include "values/values.h"
+
+namespace qlx {
+namespace {
+
+constexpr int32_t kUserData = 700;
+constexpr int32_t kGroupType = 5;  // a container in a full id
+
+bool LevelFromPython(PyObject* item, Py_ssize_t position, DescID& id) {
+  DescLevel level{};
+  if (item && IsDescLevel(item)) {
+    level = ValueOf<DescLevel>(item);
+  } else if (!item || !PyLong_Check(item)) {
+    RaiseKeyPosition(position);
+    return false;
+  } else if (!ReadInt32(item, level.id)) {
+    return false;
+  }
+  id.PushId(level);
+  return true;
+}
+
+// By hand, because a look-up may run the code of other keys.
+PyObject* ItemAt(PyObject* dictionary, Py_ssize_t position) {
+  PyObject *key, *value;
+  for (Py_ssize_t at = 0; PyDict_Next(dictionary, &at, &key, &value);)
+    if (PyLong_CheckExact(key) && PyLong_AsSsize_t(key) == position) return value;
+  PyErr_Clear();  // a key that is no size
+  return nullptr;
+}
+
+bool LevelsFromPython(PyObject* key, DescID& id) {
+  if (PyDict_Check(key)) {
+    for (Py_ssize_t i = 0; i < PyDict_Size(key); ++i)
+      if (!LevelFromPython(ItemAt(key, i), i, id)) return false;
+    return true;
+  }
+  for (Py_ssize_t i = 0; i < PySequence_Fast_GET_SIZE(key); ++i)
+    if (!LevelFromPython(PySequence_Fast_GET_ITEM(key, i), i, id)) return false;
+  return true;
+}
+
+bool Read(const QLXAtom* host, const DescID& id, GeData& data) {
+  const HostDescID word = id.Word();
+  return host->GetParameter(&word, data.Out(), 0);
+}
+
+// The full id of the first user data with the number of the key's second level.
+bool FindUserData(BaseList2D* host, DescID& id) {
+  DynamicDescription* description = id.GetDepth() > 1 ? host->GetDynamicDescription() : nullptr;
+  DynamicBrowse* browse = description ? description->BrowseInit() : nullptr;
+  bool found = false;
+  HostDescID entry;
+  const BaseContainer* settings;
+  while (browse && !found && description->GetNext(browse, &entry, &settings)) {
+    found = entry.depth > 1 && entry.level[1].id == id[1].id;
+    if (found) id = DescID::Copy(entry);
+  }
+  if (browse) description->BrowseFree(browse);
+  return found;
+}
+
+bool IsBaseList(PyObject* self) { return PyObject_TypeCheck(self, &g_BaseList2DType); }
+
+// Reads the parameter and puts the types of its levels into the id. A key of one level takes one look-up.
+bool Complete(PyObject* self, QLXAtom* host, DescID& id, GeData& data) {
+  if (id.GetDepth() == 0) return false;
+  if (id[0].id == kUserData)
+    return IsBaseList(self) && FindUserData(static_cast<BaseList2D*>(host), id) && Read(host, id, data);
+  DescID full;
+  for (int32_t i = 0; i < id.GetDepth(); ++i) {
+    full.PushId(i == 0 ? id[0] : DescLevel{id[i].id, 0, 0});
+    if (!Read(host, full, data)) return false;
+    full.SetId({id[i].id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0});
+  }
+  id = std::move(full);
+  return true;
+}
+
+// What a parameter of that type takes, for its complaint.
+const char* WordOf(int32_t type) {
+  static constexpr struct {
+    int32_t type;
+    const char* word;
+  } kWords[] = {
+      {15, "int or bool"},
+      {19, "float"},
+      {22, "qlx.BaseTime"},
+      {23, "qlx.Vector"},
+      {25, "qlx.Matrix"},
+      {26, "long"},
+      {130, "str"},
+      {131, "str"},
+      {132, "qlx.BaseContainer"},
+      {133, "qlx.BaseList2D"},
+      {1000481, "qlx.Gradient"},
+      {1000486, "qlx.DescID"},
+      {1000997, "qlx.LensGlowStruct"},
+      {1001053, "qlx.BitmapButtonStruct"},
+      {1009060, "qlx.SplineData"},
+      {1009290, "qlx.InExcludeData"},
+      {1009369, "qlx.PriorityData"},
+      {1009372, "qlx.FontData"},
+      {1009398, "qlx.DateTimeData"},
+      {1009617, "qlx.HyperLinkData"},
+      {100004811, "qlx.PLAData"},
+      {200000027, "qlx.MatAssignData"},
+      {200000044, "qlx.LayerSet"},
+      {200000266, "qlx.bitmaps.ColorProfile"},
+      {200000275, "qlx.UnitScaleData"},
+      {431000178, "qlx.RangeData"},
+      {440000246, "qlx.FieldList"},
+      {440000257, "qlx.SoundEffectorData"},
+  };
+  for (const auto& entry : kWords)
+    if (entry.type == type) return entry.word;
+  return nullptr;
+}
+
+int Complain(int32_t type, PyObject* value) {
+  PyErr_Clear();
+  if (const char* word = WordOf(type))
+    RaiseExpectedTypeFor("__setitem__", word, value);
+  else
+    RaiseUnexpectedType(value);
+  return -1;
+}
+
+// The value for a parameter of the type that `data` has; -1 with an exception.
+int ConvertFor(PyObject* value, GeData& data) {
+  const int32_t type = data.Type();
+  if (!GeDataFromPython(value, data)) {
+    // What the value's own code raised says more than a complaint.
+    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError);
+    return unfit ? Complain(type, value) : -1;
+  }
+  return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;
+}
+
+// As the host's dialogs do: a node that changed is told so, unless it went meanwhile.
+bool StoreItem(AtomWrapper* wrapper, QLXAtom* host, const DescID& id, const GeData& data) {
+  const uint32_t before = host->GetDirty(DIRTYFLAGS_DATA);
+  if (!SetParameterData(host, id, data, DESCFLAGS_SET_USERINTERACTION)) return false;
+  host = static_cast<QLXAtom*>(LookUp(wrapper->link));
+  if (host && host->GetDirty(DIRTYFLAGS_DATA) != before) host->Message(HOST_MSG_CHANGE, nullptr);
+  return true;
+}
+
+}  // namespace
+
+bool DescIDFromPython(PyObject* key, const char* function, const char* what, DescID& id) {
+  if (PyLong_Check(key)) {
+    DescLevel level{};
+    if (!ReadInt32(key, level.id)) return false;
+    id.PushId(level);
+    return true;
+  }
+  if (IsDescID(key)) {
+    id = ValueOf<DescID>(key);
+    return true;
+  }
+  if (PyTuple_Check(key) || PyList_Check(key) || PyDict_Check(key)) return LevelsFromPython(key, id);
+  RaiseExpectedTypeFor(function, what, key);
+  return false;
+}
+
+bool ReadDescID(PyObject* key, const char* function, DescID& id) {
+  return DescIDFromPython(key, function, "Description identifier", id);
+}
+
+bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32_t flags) {
+  const HostDescID word = id.Word();
+  if (data.Type() != HOST_DATA_STRING) return host->SetParameter(&word, data.Data(), flags);
+  Description* description = host->GetDescription(0);
+  if (!description) return false;
+  HostDescID found{}, group{};
+  const int32_t index = description->Find(&word);
+  const bool isFile = index >= 0 && description->GetIndex(index, &found, &group) && found.depth > 0 &&
+                      found.level[0].dtype == HOST_DATA_FILENAME;
+  description->Free();
+  const GeData file = isFile ? GeData::Filename(Filename::FromString(data.GetString())) : GeData();
+  return host->SetParameter(&word, isFile ? file.Data() : data.Data(), flags);
+}
+
+PyObject* GetParameterItem(PyObject* self, PyObject* key) {
+  return Guarded([&]() -> PyObject* {
+    auto* wrapper = reinterpret_cast<AtomWrapper*>(self);
+    QLXAtom* host;
+    DescID id;
+    GeData data;
+    if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_mp_subscript", id)) return nullptr;
+    if (!Complete(self, host, id, data)) return RaiseParameterAccess();
+    return ParameterToPython(wrapper, data);
+  });
+}
+
+int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
+  PyObject* done = Guarded([&]() -> PyObject* {
+    auto* wrapper = reinterpret_cast<AtomWrapper*>(self);
+    QLXAtom* host;
+    DescID id;
+    GeData data;
+    if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_ass_subscript", id)) return nullptr;
+    const bool complete = Complete(self, host, id, data);
+    // The host's own code may have run.
+    if (!ResolveAtom(wrapper, host)) return nullptr;
+    if (!value) {
+      StoreItem(wrapper, host, id, GeData());  // what can't be reset stays
+      return Py_None;
+    }
+    if (!complete) return Complain(HOST_DATA_NONE, value), nullptr;
+    if (ConvertFor(value, data) < 0) return nullptr;
+    // The value's own code may have destroyed the node.
+    if (!ResolveAtom(wrapper, host)) return nullptr;
+    return StoreItem(wrapper, host, id, data) ? Py_None : RaiseParameterSet();
+  });
+  return done ? 0 : -1;
+}
+
+PyObject* ParameterToPython(AtomWrapper* wrapper, const GeData& data) {
+  // Only links want the document, which costs a walk.
+  BaseDocument* document = nullptr;
+  QLXAtom* host = static_cast<QLXAtom*>(LookUp(wrapper->link));
+  if (data.Type() == HOST_DATA_LINK && host && IsBaseList(reinterpret_cast<PyObject*>(wrapper)))
+    document = static_cast<BaseList2D*>(host)->GetDocument();
+  return GeDataToPython(*data.Data(), document);
+}
+
+}  // namespace qlx
