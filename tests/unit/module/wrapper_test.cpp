@@ -50,23 +50,6 @@ TEST_F(WrapperTest, TheLastReferenceDestroysWhatIsOwnedAndAlive) {
   }
 }
 
-// All allocations of objects fail from now on.
-class NoMemory {
- public:
-  NoMemory() {
-    PyMem_GetAllocator(PYMEM_DOMAIN_OBJ, &old_);
-    PyMemAllocatorEx failing = old_;
-    failing.malloc = [](void*, size_t) -> void* { return nullptr; };
-    failing.calloc = [](void*, size_t, size_t) -> void* { return nullptr; };
-    qlx::ReleaseRecordPools();
-    PyMem_SetAllocator(PYMEM_DOMAIN_OBJ, &failing);
-  }
-  ~NoMemory() { PyMem_SetAllocator(PYMEM_DOMAIN_OBJ, &old_); }
-
- private:
-  PyMemAllocatorEx old_;
-};
-
 TEST_F(WrapperTest, AnOwnedObjectWithoutAWrapperIsDestroyed) {
   const auto container = [](PyTypeObject&, FakeObject& object, bool owned) {
     return qlx::NewBaseContainer(object.As<BaseContainer>(), owned, Make().As<QLXAtom>());
@@ -78,15 +61,11 @@ TEST_F(WrapperTest, AnOwnedObjectWithoutAWrapperIsDestroyed) {
     for (const bool owned : {true, false})
       for (const bool linkFails : {true, false}) {
         FakeObject& object = Make();
-        linksFail = linkFails;
-        PyObject* wrapper;
-        if (linkFails) {
-          wrapper = make(*type, object, owned);
-        } else {
-          const NoMemory lacking;
-          wrapper = make(*type, object, owned);
-        }
-        linksFail = false;
+        const FailingMemory memory;
+        qlx::ReleaseRecordPools();
+        FailingMemory::countdown = linkFails ? 1 : 0;
+        PyObject* wrapper = make(*type, object, owned);
+        FailingMemory::countdown = -1;
         EXPECT_FALSE(wrapper);
         EXPECT_EQ(Take(PyExc_MemoryError), "");
         EXPECT_EQ(object.freed, owned) << type->tp_name << linkFails;
