@@ -219,8 +219,8 @@ class RowMemoryTest : public SceneTest {
 TEST_F(RowMemoryTest, EveryAllocationOfACallMayFail) {
   const FailingMemory memory;
   // In a script's frame, whose line the record of leaks asks for.
-  PyMethodDef check = {"check", [](PyObject*, PyObject*) { return CheckAll(), qlx::NewNone(); }, METH_NOARGS,
-                       ""};
+  static PyMethodDef check = {"check", [](PyObject*, PyObject*) { return CheckAll(), qlx::NewNone(); },
+                              METH_NOARGS, ""};
   Set("check", PyCFunction_New(&check, nullptr));
   for (const bool tracked : {false, true}) {
     qlx::g_trackLeaks = tracked;
