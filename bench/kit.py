@@ -3,31 +3,12 @@
 PEERS is the folder of the peers' modules. Runs inside qlxpy.
 """
 import importlib
-import statistics
 import sys
-from time import perf_counter as clock
 
 import qlx
-
-RUNS = 31
-ROUNDS = 500
-UNROLLED = 20  # calls in one round, so that the loop itself is hardly a part of the figure
+from measure import RUNS, of_statements, verdict
 
 PEERS = ("peer_c", "peer_pybind11")
-
-FRAME = """def run(f, a, b):
-    start = clock()
-    for _ in rounds:
-{}
-    return clock() - start
-"""
-
-
-def runner(statement):
-    names = {"clock": clock, "rounds": range(ROUNDS)}
-    exec(FRAME.format(f"        {statement}\n" * UNROLLED), names)
-    return names["run"]
-
 
 def picture():
     made = qlx.bitmaps.BaseBitmap()
@@ -45,21 +26,19 @@ def cases(peers):
     yield "method without arguments", (1.5, 0.5), ("f.GetBw()", "f.GetWidth()"), [(ours, None, None)] + plain
     yield "two arguments by position", (1.0, 0.5), ("f(a, b)",) * 2, vectors
     yield "two arguments by keyword", (1.0, 0.5), ("f(v1=a, v2=b)",) * 2, vectors
+    # A container with a link to an element; a peer gives what has the size of an element's wrapper.
+    element, container = qlx.BaseList2D(5159), qlx.BaseContainer()
+    container.SetLink(1, element)
+    records = [(peer.Thing(), 1, None) for peer in peers if hasattr(peer.Thing, "MakeRecord")]
+    yield ("wrapper made and dropped", (1.2,), ("f.GetLink(a) is None", "f.MakeRecord(a) is None"),
+           [(container, 1, element)] + records)
 
 
 def measure(statements, operands):
-    statements = [statements[0]] + [statements[1]] * (len(operands) - 1)
-    results = {eval(statement, dict(zip("fab", names))) for statement, names in zip(statements, operands)}
-    if len(results) != 1:
+    jobs = list(zip([statements[0]] + [statements[1]] * (len(operands) - 1), operands))
+    if len({eval(statement, dict(zip("fab", values))) for statement, values in jobs}) != 1:
         sys.exit(f"{statements[0]}: the peers do something else")
-    runs = [runner(statement) for statement in statements]
-    times = [[] for _ in operands]
-    for turn in range(1 + RUNS):  # the first one warms up
-        for run, names, taken in zip(runs, operands, times):
-            seconds = run(*names)
-            if turn:
-                taken.append(seconds)
-    return [statistics.median(taken) * 1e9 / ROUNDS / UNROLLED for taken in times]
+    return of_statements(jobs, "fab")
 
 
 def main():
@@ -75,9 +54,8 @@ def main():
         ours, *theirs = measure(statements, operands)
         bound_of = dict(zip(PEERS, bounds))
         for name, taken in zip(peers, theirs):
-            ratio, bound = ours / taken, bound_of[name]
-            print(f"  {title:30} ours {ours:6.1f} ns   {name:13} {taken:6.1f} ns   ratio {ratio:.2f}   bound {bound}"
-                  f"{'' if ratio <= bound else '   OVER'}")
+            print(f"  {title:30} ours {ours:6.1f} ns   {name:13} {taken:6.1f} ns   "
+                  f"{verdict(ours / taken, bound_of[name])}")
 
 
 main()

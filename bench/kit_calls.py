@@ -1,7 +1,7 @@
 """Prints what the binding kit costs in C calls of the interpreter, against its peers: kit_calls.py KIT_BENCH"""
-import json
-import subprocess
 import sys
+
+from measure import of_program, verdict
 
 # What is measured, ours and the peer, and the most that the ratio is to be.
 RATIOS = (
@@ -16,20 +16,14 @@ RATIOS = (
 )
 LINK_NS = 3
 
-report = subprocess.run(
-    [sys.argv[1], "--benchmark_format=json", "--benchmark_repetitions=15", "--benchmark_min_time=0.02",
-     "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true"],
-    check=True, stdout=subprocess.PIPE).stdout
-median = {row["run_name"]: row["cpu_time"] for row in json.loads(report)["benchmarks"]
-          if row["aggregate_name"] == "median"}
+median = of_program(sys.argv[1], 0.02)
 print("the kit in C calls, medians of 15 interleaved runs")
 for title, ours, peer, bound in RATIOS:
     if peer not in median:
         print(f"  {title:30} {peer} is not built: skipped")
         continue
-    ratio = median[ours] / median[peer]
     print(f"  {title:30} {ours:11} {median[ours]:6.1f} ns   {peer:16} {median[peer]:6.1f} ns   "
-          f"ratio {ratio:.2f}   bound {bound}{'' if ratio <= bound else '   OVER'}")
+          f"{verdict(median[ours] / median[peer], bound)}")
 more = median["LinkKit"] - median["LinkBare"]
 print(f"  {'link resolved':30} {'LinkKit':11} {median['LinkKit']:6.1f} ns   {'LinkBare':16} {median['LinkBare']:6.1f} ns   "
       f"{more:.1f} ns more   bound {LINK_NS} ns{'' if more < LINK_NS else '   OVER'}")

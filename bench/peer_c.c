@@ -34,9 +34,11 @@ static void DropRecord(PyObject* self) {
     PyObject_Free(self);
 }
 
-static PyObject* MakeRecord(PyObject* self, PyObject* unused) {
-  (void)unused;
-  return PeerMakeRecord(self, 1);
+static PyObject* MakeRecord(PyObject* self, PyObject* args, PyObject* keywords) {
+  static char* names[] = {"id", NULL};
+  int id;
+  if (!PyArg_ParseTupleAndKeywords(args, keywords, "i", names, &id)) return NULL;
+  return PeerMakeRecord(self, (uint64_t)id);
 }
 
 static PyTypeObject g_recordType = {
@@ -96,7 +98,7 @@ static PyMethodDef g_thingMethods[] = {
     {"GetWidth", GetWidth, METH_NOARGS, NULL},
     {"Weigh", (PyCFunction)(void (*)(void))Weigh, METH_VARARGS | METH_KEYWORDS, NULL},
     {"GetDistance", (PyCFunction)(void (*)(void))GetDistance, METH_VARARGS | METH_KEYWORDS | METH_STATIC, NULL},
-    {"MakeRecord", MakeRecord, METH_NOARGS, NULL},
+    {"MakeRecord", (PyCFunction)(void (*)(void))MakeRecord, METH_VARARGS | METH_KEYWORDS, NULL},
     {NULL, NULL, 0, NULL},
 };
 

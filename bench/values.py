@@ -4,21 +4,11 @@ PEERS is the folder of the peers' modules; libraries are imported where they are
 qlxpy. The figures are without the loop and without the statement's first name.
 """
 import importlib
-import statistics
 import sys
-from time import perf_counter as clock
 
-RUNS = 31
-ROUNDS = 500
-UNROLLED = 20  # statements in one round
+from measure import RUNS, of_statements, verdict
+
 BOUND, LIMIT_BOUND = 0.8, 1.2  # the most that the ratio to a library, and to the bare type, is to be
-
-FRAME = """def run(V, a, b, m, o, n):
-    start = clock()
-    for _ in rounds:
-{}
-    return clock() - start
-"""
 
 LIBRARIES = ("mathutils", "imath", "FreeCAD")
 PEERS = LIBRARIES + ("peer_c",)
@@ -63,25 +53,6 @@ def operands(name):
     return type(a), a, b, matrix(module), matrix(module), 4.5
 
 
-def runner(statement):
-    names = {"clock": clock, "rounds": range(ROUNDS)}
-    exec(FRAME.format(f"        {statement}\n" * UNROLLED), names)
-    return names["run"]
-
-
-def measure(jobs):
-    """Nanoseconds of each job, a statement and its operands."""
-    empty = runner("a")
-    runs = [(runner(statement), values) for statement, values in jobs]
-    times = [[] for _ in jobs]
-    for turn in range(1 + RUNS):  # the first one warms up
-        for (run, values), taken in zip(runs, times):
-            seconds = run(*values) - empty(*values)
-            if turn:
-                taken.append(seconds)
-    return [statistics.median(taken) * 1e9 / ROUNDS / UNROLLED for taken in times]
-
-
 def main():
     sys.path.insert(0, sys.argv[1])
     peers = {}
@@ -94,12 +65,12 @@ def main():
     own = operands("qlx")
     for title, statement, theirs in OPERATIONS:
         names = [name for name in theirs if name in peers]
-        ours, *others = measure([(statement, own)] + [(theirs[name], peers[name]) for name in names])
+        ours, *others = of_statements(
+            [(statement, own)] + [(theirs[name], peers[name]) for name in names], "Vabmon", "a")
         line = f"  {title:28} ours {ours:6.1f} ns"
         for name, taken in zip(names, others):
-            ratio, bound = ours / taken, LIMIT_BOUND if name == "peer_c" else BOUND
-            line += f"   {name} {taken:6.1f} ns   ratio {ratio:.2f}   bound {bound}"
-            line += "" if ratio <= bound else "   OVER"
+            bound = LIMIT_BOUND if name == "peer_c" else BOUND
+            line += f"   {name} {taken:6.1f} ns   {verdict(ours / taken, bound)}"
         print(line)
 
 

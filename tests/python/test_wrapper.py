@@ -146,10 +146,7 @@ class WrapperTest(unittest.TestCase):
     def test_pictures(self):
         bitmap = BaseBitmap()
         self.assertEqual((bitmap.GetSize(), bitmap.GetBt()), ((0, 0), 0))
-        for arguments, result in (((0, 1), -2), ((1, 1, 25), -2), ((-1, -1), -2), ((2 ** 31 - 1,) * 2, -3),
-                                  ((3, 2), 1), ((5, 4, 1), 1), ((1, 1, 7), -2)):
-            with self.subTest(arguments=arguments):
-                self.assertEqual(bitmap.Init(*arguments), result)
+        self.assertEqual([bitmap.Init(3, 2), bitmap.Init(5, 4, 1), bitmap.Init(1, 1, 7)], [1, 1, -2])
         self.assertEqual((bitmap.GetSize(), bitmap.GetBw(), bitmap.GetBh(), bitmap.GetBt()), ((5, 4), 5, 4, 1))
         clone = bitmap.GetClone()
         self.assertEqual(bitmap.Init(x=1, y=1), 1)

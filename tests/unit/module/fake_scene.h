@@ -25,7 +25,7 @@ struct FakeObject {
 class SceneTest : public InterpreterTest {
  protected:
   inline static std::deque<FakeObject> objects;
-  inline static bool linksFail = false;
+  inline static int links = 0;
 
   static FakeObject& Make() { return objects.emplace_back(); }
   static FakeObject& Behind(PyObject* wrapper) {
@@ -36,8 +36,10 @@ class SceneTest : public InterpreterTest {
   // A wrapper's link, whatever the class of its host object.
   template <class Host>
   static HostBool SetLink(Host* self, HostLink* link) {
-    if (!linksFail) *link = {self, 1};
-    return !linksFail;
+    if (FailingMemory::Fails()) return false;
+    *link = {self, 1};
+    ++links;
+    return true;
   }
   static void* GetLink(HostLink link) {
     auto* object = static_cast<FakeObject*>(link.slot);
@@ -53,7 +55,10 @@ class SceneTest : public InterpreterTest {
   void SetUp() override {
     InterpreterTest::SetUp();
     tables::link.GetLink = GetLink;
-    tables::link.FreeLink = [](HostLink* link) { *link = {}; };
+    tables::link.FreeLink = [](HostLink* link) {
+      links -= link->slot != nullptr;
+      *link = {};
+    };
     tables::link.PinLink = [](HostLink link) {
       auto* object = static_cast<FakeObject*>(link.slot);
       if (object && object->diesAtPin) object->alive = false;

@@ -239,45 +239,6 @@ TEST_F(GetargsTest, WrongCallsOfTheParser) {
   Py_DECREF(dict);
 }
 
-// An allocator that fails once, and counts what is alive.
-struct Failing {
-  inline static PyMemAllocatorEx real[2];
-  inline static int countdown = -1;
-  inline static long alive = 0;
-
-  static void* Count(void* made, long change) {
-    if (made) alive += change;
-    return made;
-  }
-  static bool Fails() { return countdown >= 0 && countdown-- == 0; }
-  static PyMemAllocatorEx& Of(void* context) { return *static_cast<PyMemAllocatorEx*>(context); }
-  static void* Malloc(void* context, size_t size) {
-    return Fails() ? nullptr : Count(Of(context).malloc(Of(context).ctx, size), 1);
-  }
-  static void* Calloc(void* context, size_t count, size_t size) {
-    return Fails() ? nullptr : Count(Of(context).calloc(Of(context).ctx, count, size), 1);
-  }
-  static void* Realloc(void* context, void* old, size_t size) {
-    return Fails() ? nullptr : Count(Of(context).realloc(Of(context).ctx, old, size), old ? 0 : 1);
-  }
-  static void Free(void* context, void* old) {
-    if (old) --alive;
-    Of(context).free(Of(context).ctx, old);
-  }
-
-  Failing() {
-    for (const int i : {0, 1}) {
-      const auto domain = i ? PYMEM_DOMAIN_OBJ : PYMEM_DOMAIN_MEM;
-      PyMem_GetAllocator(domain, &real[i]);
-      PyMemAllocatorEx own = {&real[i], Malloc, Calloc, Realloc, Free};
-      PyMem_SetAllocator(domain, &own);
-    }
-  }
-  ~Failing() {
-    for (const int i : {0, 1}) PyMem_SetAllocator(i ? PYMEM_DOMAIN_OBJ : PYMEM_DOMAIN_MEM, &real[i]);
-  }
-};
-
 TEST_F(GetargsTest, EveryAllocationMayFail) {
   // No Python code runs in these: the interpreter's own frames don't stand every failure.
   ASSERT_TRUE(Run(R"(
@@ -298,18 +259,18 @@ def data(): return types.SimpleNamespace(bytes=bytes(range(16)))
       {"(ii)", "a", "call(3)", ""},
       {"A!", "a", "call(dead_atom)", ""},
   };
-  const Failing allocator;
+  const FailingMemory memory;
   for (const ParseCase& c : cases) {
     // The text's cached UTF-8 form would spare the second parse its allocation: each takes new objects.
     const auto parse = [&](int failing, bool& reached) {
       PyObject* call = PyRun_String(c.call.c_str(), Py_eval_input, Main(), Main());
       getargs::TargetsOf targets(c.format, TestTypes());
       const std::vector<std::string> names = Names(c);
-      Failing::countdown = failing;
+      FailingMemory::countdown = failing;
       const int32_t result =
           targets.Parse(PyTuple_GET_ITEM(call, 0), PyTuple_GET_ITEM(call, 1), c.format, names);
-      reached = Failing::countdown < 0;
-      Failing::countdown = -1;
+      reached = FailingMemory::countdown < 0;
+      FailingMemory::countdown = -1;
       EXPECT_TRUE(result == 1 || PyErr_Occurred()) << c.format << " at " << failing;
       PyErr_Clear();
       Py_DECREF(call);
@@ -323,7 +284,7 @@ def data(): return types.SimpleNamespace(bytes=bytes(range(16)))
       long alive[140];
       for (long& count : alive) {
         parse(failing, reached);
-        count = Failing::alive;
+        count = FailingMemory::alive;
       }
       EXPECT_EQ(alive[138], alive[139]) << c.format << " at " << failing;
       EXPECT_EQ(getargs::Host::alive, 0);

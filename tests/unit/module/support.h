@@ -5,6 +5,8 @@
 #include <Python.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -19,7 +21,13 @@ struct TextHost {
   inline static std::vector<std::string> diagnostics;
   inline static std::vector<std::vector<uint64_t>> events;
 
-  static HostString Make(const char* bytes, int64_t size) { return {new std::string(bytes, size_t(size))}; }
+  static HostString Make(const char* bytes, int64_t size) {
+    try {
+      return {new std::string(bytes, size_t(size))};
+    } catch (const std::bad_alloc&) {
+      return {};
+    }
+  }
   static const std::string& Value(const HostString* self) {
     static const std::string empty;
     return self->word ? *static_cast<const std::string*>(self->word) : empty;
@@ -35,13 +43,61 @@ struct TextHost {
 
   static void Install() {
     tables::string.FromUtf8 = tables::string.FromBytes = Make;
-    tables::string.Copy = [](const HostString* self) { return HostString{new std::string(Value(self))}; };
+    tables::string.Copy = [](const HostString* self) {
+      return Make(Value(self).data(), int64_t(Value(self).size()));
+    };
     tables::string.Destroy = Destroy;
     tables::string.GetUtf8 = GetUtf8;
     tables::general.DiagnosticOutput = [](const HostString* text) { diagnostics.push_back(Value(text)); };
     tables::general.SpecialEventAdd = [](int32_t id, uint64_t p1, uint64_t p2) {
       events.push_back({uint64_t(id), p1, p2});
     };
+  }
+};
+
+// The interpreter's memory while it lives: one allocation fails, and those that are alive are counted. A test
+// may let a host's allocations, and its own, take part.
+class FailingMemory {
+ public:
+  inline static int countdown = -1;  // allocations until the one that fails; negative: none will
+  inline static std::atomic<long> alive = 0;
+
+  static bool Fails() { return countdown >= 0 && countdown-- == 0; }
+
+  FailingMemory() {
+    for (const int i : {0, 1}) {
+      PyMem_GetAllocator(kDomains[i], &real_[i]);
+      PyMemAllocatorEx own = {&real_[i], Malloc, Calloc, Realloc, Free};
+      PyMem_SetAllocator(kDomains[i], &own);
+    }
+  }
+  ~FailingMemory() {
+    for (const int i : {0, 1}) PyMem_SetAllocator(kDomains[i], &real_[i]);
+  }
+  FailingMemory(const FailingMemory&) = delete;
+  FailingMemory& operator=(const FailingMemory&) = delete;
+
+ private:
+  static constexpr PyMemAllocatorDomain kDomains[] = {PYMEM_DOMAIN_MEM, PYMEM_DOMAIN_OBJ};
+  inline static PyMemAllocatorEx real_[2];
+
+  static void* Count(void* made, long change) {
+    if (made) alive += change;
+    return made;
+  }
+  static PyMemAllocatorEx& Of(void* context) { return *static_cast<PyMemAllocatorEx*>(context); }
+  static void* Malloc(void* context, size_t size) {
+    return Fails() ? nullptr : Count(Of(context).malloc(Of(context).ctx, size), 1);
+  }
+  static void* Calloc(void* context, size_t count, size_t size) {
+    return Fails() ? nullptr : Count(Of(context).calloc(Of(context).ctx, count, size), 1);
+  }
+  static void* Realloc(void* context, void* old, size_t size) {
+    return Fails() ? nullptr : Count(Of(context).realloc(Of(context).ctx, old, size), old ? 0 : 1);
+  }
+  static void Free(void* context, void* old) {
+    if (old) --alive;
+    Of(context).free(Of(context).ctx, old);
   }
 };
 
@@ -94,8 +150,9 @@ class InterpreterTest : public testing::Test {
     return text;
   }
 
- private:
   static PyObject* Names() { return PyModule_GetDict(PyImport_AddModule("__main__")); }
+
+ private:
   static std::string Str(PyObject* object) {
     PyObject* text = object ? PyObject_Str(object) : nullptr;
     const char* utf8 = text ? PyUnicode_AsUTF8(text) : nullptr;

@@ -11,6 +11,7 @@
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "kit/i_lasting.h"
+#include "kit/i_pool.h"
 
 namespace qlx {
 namespace {
@@ -77,6 +78,7 @@ void LeakTracker::Remove(PyObject* object) {
 void LeakTracker::Restart() {
   reported_ = false;
   records_.clear();
+  ReleaseRecordPools();
 }
 
 void LeakTracker::Report() {

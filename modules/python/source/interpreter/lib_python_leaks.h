@@ -20,7 +20,7 @@ class LeakTracker {
   void Add(PyObject* object, int32_t line, const char* file);
   void Remove(PyObject* object);
 
-  // Forgets an earlier run of the module in this process.
+  // Forgets an earlier run of the module in this process. Follows each change of what IsOn tells.
   void Restart();
 
   // Tells the host's diagnostic output which instances are alive at the end.

@@ -18,6 +18,8 @@ extern "C" grammar _PyParser_Grammar;  // the library has it, its headers don't
 #include <filesystem>
 #include <string_view>
 
+#include "kit/i_errors.h"
+
 namespace qlx {
 namespace {
 
@@ -420,12 +422,13 @@ PyObject* ToInteger(PyObject* object) {
     return object;
   }
   if (!methods || !methods->nb_int)
-    return PyErr_Format(PyExc_TypeError, "an integer is required (got type %.200s)", Py_TYPE(object)->tp_name);
+    return RaiseFormatted(PyExc_TypeError, "an integer is required (got type %.200s)",
+                          Py_TYPE(object)->tp_name);
   PyObject* integer = methods->nb_int(object);
   if (!integer || PyLong_CheckExact(integer)) return integer;
   const char* name = Py_TYPE(integer)->tp_name;
   if (!PyLong_Check(integer))
-    PyErr_Format(PyExc_TypeError, "__int__ returned non-int (type %.200s)", name);
+    RaiseFormatted(PyExc_TypeError, "__int__ returned non-int (type %.200s)", name);
   else if (PyErr_WarnFormat(
                PyExc_DeprecationWarning, 1,
                "__int__ returned non-int (type %.200s).  The ability to return an instance of a "

@@ -42,10 +42,13 @@ int32_t cleanreturn(int32_t result, PyObject* freelist) {
   return result;
 }
 
-// Raises unless a letter has raised already.
+// Raises unless a letter has raised already. Without memory for the text that is what the script is told.
 template <class... Values>
 void Raise(const Targets& targets, PyObject* exception, const char* format, Values... values) {
-  if (!targets.HasException()) PyErr_Format(exception, format, values...);
+  if (targets.HasException()) return;
+  PyObject* text = PyUnicode_FromFormat(format, values...);
+  if (text) PyErr_SetObject(exception, text);
+  Py_XDECREF(text);
 }
 
 // What follows the mark in the format, or null.
@@ -57,12 +60,9 @@ const char* Behind(const char* format, char mark) {
 // The failure of the argument at `index`, by the format's own message if it has one.
 void RaiseRefused(const Targets& targets, const char* format, int32_t index, Levels levels,
                   const char* message) {
-  if (targets.HasException()) return;
   const char* const function = Behind(format, ':');
-  if (const char* custom = function ? nullptr : Behind(format, ';')) {
-    PyErr_Format(PyExc_TypeError, "%s", custom);
-    return;
-  }
+  if (const char* custom = function ? nullptr : Behind(format, ';'))
+    return Raise(targets, PyExc_TypeError, "%s", custom);
   constexpr int kLevelBytes = 220;
   char text[kMessageBytes];
   int used = function ? std::snprintf(text, sizeof text, "%.200s() ", function) : 0;
@@ -70,7 +70,7 @@ void RaiseRefused(const Targets& targets, const char* format, int32_t index, Lev
   for (size_t i = 0; i < levels.size() && levels[i] > 0 && used < kLevelBytes; ++i)
     used += std::snprintf(text + used, sizeof text - size_t(used), ", item %d", levels[i] - 1);
   std::snprintf(text + used, sizeof text - size_t(used), " %.256s", message);
-  PyErr_Format(PyExc_TypeError, "%s", text);
+  Raise(targets, PyExc_TypeError, "%s", text);
 }
 
 // How many items a nested sequence has: its letters and its sequences. Marks and digits don't count,

@@ -1,4 +1,4 @@
-// The argument parser of every bound function. docs/bindings.md has its letters.
+// The argument parser of every bound function. docs/bindings-reference.md has its letters.
 #ifndef KIT_I_GETARGS_H
 #define KIT_I_GETARGS_H
 

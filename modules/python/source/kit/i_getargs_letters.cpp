@@ -73,8 +73,8 @@ const char* ConvertRanged(const Item& item, const char* kind, const char* word) 
   long value;
   if (!ToNumber(item, PyLong_AsLong, value)) return item.Refuse(word);
   if (value < std::numeric_limits<Target>::min() || value > std::numeric_limits<Target>::max()) {
-    PyErr_Format(PyExc_OverflowError, "%s is %s", kind,
-                 value < 0 ? "less than minimum" : "greater than maximum");
+    RaiseFormatted(PyExc_OverflowError, "%s is %s", kind,
+                   value < 0 ? "less than minimum" : "greater than maximum");
     return item.Refuse(word);
   }
   *item.targets.Next<Target>() = Target(value);
@@ -219,7 +219,9 @@ const char* ConvertFilename(Item& item) {
     const Text result = MakeText(item.arg, path);
     if (result == Text::kNoUtf8) return Stay(item);
     if (result == Text::kNoMemory) return kRaised;
-    *item.targets.Next<Filename>() = Filename::FromString(path);
+    Filename name = Filename::FromString(path);
+    if (path.Word()->word && !name.Word()->word) return PyErr_NoMemory(), kRaised;
+    *item.targets.Next<Filename>() = std::move(name);
     return nullptr;
   }
   Filename* const target = item.targets.Next<Filename>();

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "interpreter/lib_python_leaks.h"
+
 namespace qlx {
 namespace {
 
@@ -17,12 +19,13 @@ std::vector<RecordList*>& Lists() {
 
 RecordList::RecordList() { Lists().push_back(this); }
 
-void RecordList::Release() {
+void RecordList::Restart(bool keeps) {
   while (void* record = Take()) PyObject_Free(record);
+  room_ = keeps ? kMost : 0;
 }
 
 void ReleaseRecordPools() {
-  for (RecordList* list : Lists()) list->Release();
+  for (RecordList* list : Lists()) list->Restart(!LeakTracker::IsOn());
 }
 
 }  // namespace qlx

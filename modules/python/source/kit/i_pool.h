@@ -19,20 +19,20 @@ class RecordList {
     void* record = first_;
     if (!record) return nullptr;
     std::memcpy(&first_, record, sizeof first_);
-    --count_;
+    ++room_;
     return record;
   }
 
   // False when enough are kept already.
   bool Keep(void* record) {
-    if (count_ >= kMost) return false;
+    if (room_ == 0) return false;
     std::memcpy(record, &first_, sizeof first_);
     first_ = record;
-    ++count_;
+    --room_;
     return true;
   }
 
-  void Release();
+  void Restart(bool keeps);
 
  private:
 #ifdef __SANITIZE_ADDRESS__
@@ -42,10 +42,11 @@ class RecordList {
 #endif
 
   void* first_ = nullptr;
-  int count_ = 0;
+  int room_ = kMost;
 };
 
-// Gives the kept records of all pools back to the interpreter, ahead of its end.
+// Gives the kept records of all pools back to the interpreter, ahead of its end. While instances are recorded
+// the pools keep none from here, so that a kept one need not be asked whether it is.
 void ReleaseRecordPools();
 
 // The tp_alloc and tp_free of static types whose records have `Size` bytes.
@@ -59,20 +60,32 @@ struct RecordPool {
 
   // For who writes every field at once.
   static PyObject* AllocRaw(PyTypeObject* type) {
+    if (PyObject* object = Reuse(type)) [[likely]]
+      return object;
+    void* record = PyObject_Malloc(Size);
+    return record ? Head(record, type) : PyErr_NoMemory();
+  }
+
+  // A kept record, or null.
+  static PyObject* Reuse(PyTypeObject* type) {
     void* record = list_.Take();
-    if (!record) record = PyObject_Malloc(Size);
-    if (!record) return PyErr_NoMemory();
+    return record ? Head(record, type) : nullptr;
+  }
+  // False when the record is not kept.
+  static bool Keep(void* record) { return list_.Keep(record); }
+
+  static void Free(void* record) {
+    if (!Keep(record)) PyObject_Free(record);
+  }
+
+ private:
+  static PyObject* Head(void* record, PyTypeObject* type) {
     auto* object = static_cast<PyObject*>(record);
     object->ob_refcnt = 1;
     object->ob_type = type;
     return object;
   }
 
-  static void Free(void* record) {
-    if (!list_.Keep(record)) PyObject_Free(record);
-  }
-
- private:
   inline static RecordList list_;
 };
 

@@ -15,42 +15,49 @@ void Destroy(BaseBitmap* host) { host->Free(); }
 
 using Pool = RecordPool<sizeof(AtomWrapper)>;
 
-// AllocWrapper and FreeWrapper in place: scripts make wrappers in their inner loops. No wrapper type of
-// this record is open to subclasses, whose instances would not come from the pool.
-PyObject* Alloc(PyTypeObject* type, int32_t line, const char* file) {
-  if (LeakTracker::IsOn()) return AllocWrapper(g_wrapperTracker, type, line, file);
-  return Pool::AllocRaw(type);
-}
-
-void Free(PyObject* self) {
-  if (LeakTracker::IsOn()) return FreeWrapper(g_wrapperTracker, self);
-  Pool::Free(self);
-}
-
+// What isn't usual: no link or no record is at hand, or instances are recorded.
 template <class Host>
-PyObject* Wrap(PyTypeObject* type, Host* host, bool owned, int32_t line, const char* file) {
-  PyObject* object = Alloc(type, line, file);
+[[gnu::noinline]] PyObject* WrapAfresh(PyTypeObject* type, Host* host, bool owned, int32_t line,
+                                       const char* file) {
+  PyObject* object = AllocWrapper(g_wrapperTracker, type, line, file);
   auto* wrapper = reinterpret_cast<AtomWrapper*>(object);
-  if (object && SetLink(host, wrapper->link)) [[likely]] {
+  if (object && SetLink(host, wrapper->link)) {
     wrapper->owned = owned;
     return object;
   }
   // Nothing of the host's stays behind without a wrapper.
   if (owned) Destroy(host);
   if (!object) return nullptr;
-  wrapper->link = {};
-  wrapper->owned = false;
   Py_DECREF(object);
   return PyErr_NoMemory();
 }
 
+// Scripts make wrappers in their inner loops. No wrapper type of this record is open to subclasses, whose
+// instances would not come from the pool.
 template <class Host>
-void FreeOwning(PyObject* self) {
-  auto* wrapper = reinterpret_cast<AtomWrapper*>(self);
-  if (wrapper->owned)
-    if (auto* host = static_cast<Host*>(LookUp(wrapper->link))) Destroy(host);
+PyObject* Wrap(PyTypeObject* type, Host* host, bool owned, int32_t line, const char* file) {
+  HostLink link;
+  PyObject* object = ReadLink(host, link) ? Pool::Reuse(type) : nullptr;
+  if (!object) [[unlikely]]
+    return WrapAfresh(type, host, owned, line, file);
+  auto* wrapper = reinterpret_cast<AtomWrapper*>(object);
+  wrapper->link = link;
+  wrapper->owned = owned;
+  return object;
+}
+
+[[gnu::noinline]] void FreeAtLast(PyObject* self) {
+  FreeLink(reinterpret_cast<AtomWrapper*>(self)->link);
+  FreeWrapper(g_wrapperTracker, self);
+}
+
+template <class Host>
+[[gnu::noinline]] void FreeOwning(PyObject* self) {
+  if (auto* host = static_cast<Host*>(LookUp(reinterpret_cast<AtomWrapper*>(self)->link))) Destroy(host);
   FreeLinkOnly(self);
 }
+
+bool Owns(PyObject* self) { return reinterpret_cast<AtomWrapper*>(self)->owned; }
 
 }  // namespace
 
@@ -68,12 +75,12 @@ PyObject* WrapBitmap(PyTypeObject* type, BaseBitmap* host, bool owned, int32_t l
 }
 
 void FreeLinkOnly(PyObject* self) {
-  FreeLink(reinterpret_cast<AtomWrapper*>(self)->link);
-  Free(self);
+  if (!tables::link.layout || !Pool::Keep(self)) [[unlikely]]
+    FreeAtLast(self);
 }
 
-void FreeElement(PyObject* self) { FreeOwning<QLXAtom>(self); }
-void FreePicture(PyObject* self) { FreeOwning<BaseBitmap>(self); }
+void FreeElement(PyObject* self) { Owns(self) ? FreeOwning<QLXAtom>(self) : FreeLinkOnly(self); }
+void FreePicture(PyObject* self) { Owns(self) ? FreeOwning<BaseBitmap>(self) : FreeLinkOnly(self); }
 
 // Whoever looked an object up held the lock from there to the end of its call.
 void WaitForCalls() {

@@ -31,14 +31,19 @@ inline void* LookUp(HostLink link) {
   return ReadWord<uint64_t>(link.slot, layout->generationInSlot) == link.generation ? object : nullptr;
 }
 
+// Where the host offers the words and the object was linked before: true, and a link that needs no FreeLink.
+inline bool ReadLink(const void* host, HostLink& link) {
+  const auto* layout = static_cast<const HostLinkLayout*>(tables::link.layout);
+  void* slot = layout ? ReadWord<void*>(host, layout->slotInObject) : nullptr;
+  if (!slot) return false;
+  link = {slot, ReadWord<uint64_t>(slot, layout->generationInSlot)};
+  return true;
+}
+
 // False when memory lacks.
 template <class Host>
 bool SetLink(Host* host, HostLink& link) {
-  const auto* layout = static_cast<const HostLinkLayout*>(tables::link.layout);
-  void* slot = layout ? ReadWord<void*>(host, layout->slotInObject) : nullptr;
-  if (!slot) return host->SetLink(&link);
-  link = {slot, ReadWord<uint64_t>(slot, layout->generationInSlot)};
-  return true;
+  return ReadLink(host, link) || host->SetLink(&link);
 }
 
 inline void FreeLink(HostLink& link) {
