@@ -69,7 +69,7 @@ class NoMemory {
 
 TEST_F(WrapperTest, AnOwnedObjectWithoutAWrapperIsDestroyed) {
   const auto container = [](PyTypeObject&, FakeObject& object, bool owned) {
-    return qlx::NewBaseContainer(object.As<BaseContainer>(), owned, Make().As<QLXAtom>());
+    return qlx::NewBaseContainer(object.As<BaseContainer>(), owned, false, Make().As<QLXAtom>());
   };
   std::vector<std::pair<PyTypeObject*, PyObject* (*)(PyTypeObject&, FakeObject&, bool)>> makers;
   for (PyTypeObject* type : kTypes) makers.push_back({type, Wrap});

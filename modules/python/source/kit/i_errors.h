@@ -34,6 +34,7 @@ PyObject* RaiseVectorCount();                      // TypeError: the number of a
 PyObject* RaiseVector4dCount();                    // TypeError
 PyObject* RaiseUnknownParameterType();             // AttributeError
 void RaiseNotConvertible(PyObject* object);        // TypeError
+PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
