@@ -171,23 +171,21 @@ bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
 
 int SetItem(PyObject* self, PyObject* key, PyObject* value) {
   int32_t id;
-  if (!BaseContainerOf(self) || !ReadKey(key, "__setitem__", id)) return -1;
-  GeData data;
-  if (value) {
-    BaseContainer* before = BaseContainerOf(self);
-    const HostGeData* old = AsRecord(self)->typed ? before->FindData(id) : nullptr;
-    if (!(old ? ConvertTyped(value, *old, data) : GeDataFromPython(value, data))) return -1;
-  }
-  // The value's own code may have changed or destroyed what holds the container.
   BaseContainer* container = BaseContainerOf(self);
-  if (!container) return -1;
+  if (!container || !ReadKey(key, "__setitem__", id)) return -1;
   if (!value) {
     container->RemoveData(id);
-  } else if (!container->SetData(id, data.Data())) {
-    PyErr_NoMemory();
-    return -1;
+    return 0;
   }
-  return 0;
+  GeData data;
+  const HostGeData* old = AsRecord(self)->typed ? container->FindData(id) : nullptr;
+  if (!(old ? ConvertTyped(value, *old, data) : GeDataFromPython(value, data))) return -1;
+  // The value's own code may have changed or destroyed what holds the container.
+  container = BaseContainerOf(self);
+  if (!container) return -1;
+  if (container->SetData(id, data.Data())) return 0;
+  PyErr_NoMemory();
+  return -1;
 }
 
 PyMappingMethods g_mapping = {Length, GetItem, SetItem};
