@@ -204,8 +204,8 @@ typedef struct HostContainerGroup {
   BaseContainer* (*GetContainerInstance)(BaseContainer* self, int32_t id);
 
   /* A count, of all containers together, that is never 0 and grows at the latest when a container that
-   * GetContainerInstance answered goes, or when it would answer another one for the same entry. Pointers from it are
-   * valid while the count is the same; with 0 they are looked up for each use. Quick.
+   * GetContainerInstance answered goes, or when it would answer another one for the same entry. Pointers
+   * from it are valid while the count is the same; with 0 they are looked up for each use. Quick.
    * owner   -
    * thread  any
    * waits   no
