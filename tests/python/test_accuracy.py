@@ -83,6 +83,10 @@ class AccuracyTest(unittest.TestCase):
         random.seed(43)
         cls.turns = [(hpb,) + rotation_and_quaternion(hpb) for hpb in (angles() for _ in range(RUNS))]
 
+    @classmethod
+    def tearDownClass(cls):
+        del cls.turns
+
     def setUp(self):
         random.seed(44)
 

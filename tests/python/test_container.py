@@ -159,6 +159,29 @@ class ContainerTest(unittest.TestCase):
             bc = holder[0].GetDataInstance()
             self.assert_raises(ReferenceError, NO_HOST, lambda: call(bc, Evil(holder)))
 
+    def test_a_result_that_destroys_the_holder(self):
+        holder = []
+
+        class EvilUuid(uuid.UUID):
+            def __init__(self, **words):
+                holder.clear()
+                super().__init__(**words)
+        plain = uuid.UUID
+        for call, dies in ((list, True), (lambda bc: bc[1], False), (lambda bc: bc.FindIndex(1), False),
+                           (lambda bc: bc.GetUuid(1), False), (lambda bc: bc.__reduce__(), False)):
+            holder.append(BaseList2D(CUBE))
+            bc = holder[0].GetDataInstance()
+            bc[1], bc[2] = plain(int=1), 2
+            uuid.UUID = EvilUuid
+            try:
+                if dies:
+                    self.assert_raises(ReferenceError, NO_HOST, lambda: call(bc))
+                else:
+                    self.assertIn(repr(plain(int=1))[1:], repr(call(bc)).replace("EvilUuid", "UUID"))
+            finally:
+                uuid.UUID = plain
+            self.assertEqual(holder, [])
+
     def test_instances_follow_their_entries(self):
         """Whatever happens above it, an instance is what its entries hold at the moment, or it raises."""
         choose = random.Random(5)

@@ -162,7 +162,7 @@ const char* WordOf(int32_t type) {
 bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
   data = GeData::Copy(old);
   if (GeDataFromPython(value, data)) return true;
-  const char* word = WordOf(old.type);
+  const char* word = WordOf(data.Type());  // the old one may have gone
   if (!word || !PyErr_ExceptionMatches(PyExc_TypeError)) return false;
   PyErr_Clear();
   RaiseExpectedTypeFor("__setitem__", word, value);
@@ -192,12 +192,13 @@ PyMappingMethods g_mapping = {Length, GetItem, SetItem};
 
 // A value that has no Python form is None, so that the walk goes on.
 PyObject* ItemAt(const BaseContainer* container, int32_t index) {
+  const int32_t id = container->GetIndexId(index);  // ahead of the conversion, which may run a script's code
   PyObject* value = ValueOrNone(container->GetIndexData(index));
   if (!value) {
     PyErr_Clear();
     value = NewNone();
   }
-  return Py_BuildValue("(iN)", container->GetIndexId(index), value);
+  return Py_BuildValue("(iN)", id, value);
 }
 
 // The pairs of the moment: changes while a script walks along them don't matter. A collection of garbage
