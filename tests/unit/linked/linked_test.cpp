@@ -118,6 +118,23 @@ TEST_F(LinkedTest, AnEntryOfATypedContainerKeepsItsType) {
       "del bc, copy, cases, first, second, fault\n");
 }
 
+// Such a host is asked for the container in an entry each time.
+TEST_F(LinkedTest, InstancesNeedNoCountOfTheHost) {
+  tables::container.GetInstanceEpoch = [] { return uint64_t(0); };
+  Run("from qlx import BaseContainer\n"
+      "bc = BaseContainer()\n"
+      "bc[1] = BaseContainer(1); bc[1] = bc\n"
+      "outer = bc.GetContainerInstance(1); inner = outer.GetContainerInstance(1)\n"
+      "inner[5] = 5; assert bc[1][1][5] == 5 and inner.GetId() == 1\n"
+      "outer[1] = BaseContainer(2); assert inner.GetId() == 2 and len(inner) == 0\n"
+      "for change in (bc.FlushAll, lambda: bc.SetContainer(1, BaseContainer()), lambda: bc.SetInt32(1, 1)):\n"
+      "  change()\n"
+      "  try: inner.GetId()\n"
+      "  except ReferenceError: continue\n"
+      "  assert False, change\n"
+      "del bc, outer, inner, change\n");
+}
+
 // Whatever a script does with an element that dies meanwhile, it gets the element or ReferenceError.
 TEST_F(LinkedTest, ThreadsUseElementsThatTheHostDestroys) {
   constexpr int kElements = 16;
