@@ -69,10 +69,6 @@ class PositionIndex {
   std::vector<Slot> slots_;
 };
 
-}  // namespace
-
-namespace {
-
 // Of all containers together: what GetInstanceEpoch answers.
 std::atomic<uint64_t> g_instanceEpoch{1};
 
