@@ -1,12 +1,18 @@
 """The package and the interpreter as a script finds them."""
 import importlib
+import importlib.util
 import os
 import subprocess
 import sys
 import sysconfig
+import types
 import unittest
 
 import qlx
+
+REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+DOCS = {"gui": "A module to create custom dialogs.", "documents": "Module for document handling.",
+        "storage": "Module for IO operations", "bitmaps": "Module for color chooser"}
 
 
 class PackageTest(unittest.TestCase):
@@ -28,6 +34,31 @@ class PackageTest(unittest.TestCase):
             self.assertEqual(again.TAVOR_TARGET_DEBUG, 0)
         finally:
             sys.modules.update(kept)
+
+
+    def test_tree(self):
+        def modules(package):
+            return [name for name, value in vars(package).items() if isinstance(value, types.ModuleType)]
+        self.assertEqual(modules(qlx), "gui documents storage bitmaps modules plugins utils threading internals".split())
+        self.assertEqual(modules(qlx.modules), "character clonix net hair frescoa particles driftmotes render sculpting "
+                         "graphview snap takesystem tokensystem colorchooser substance motiontracker volume".split())
+        for name in modules(qlx):
+            module = importlib.import_module("qlx." + name)
+            self.assertIs(module, getattr(qlx, name))
+            self.assertEqual(module.__doc__, DOCS.get(name, module.__doc__ or "has a text"))
+
+    def test_contents(self):
+        """The list of what is there is that of this build, and nothing is there that is in no list."""
+        spec = importlib.util.spec_from_file_location("status", os.path.join(REPOSITORY, "docs", "status.py"))
+        status = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(status)
+        with open(os.path.join(REPOSITORY, "docs", "status.md"), encoding="utf-8") as page:
+            self.assertEqual(page.read(), status.text(), "docs/status.md is old: qlxpy docs/status.py > docs/status.md")
+        self.assertEqual(list(status.unlisted()), [], "docs/status.py has no such names")
+        for place, names in status.listed():
+            found = [name for name, value in vars(importlib.import_module(place)).items()
+                     if isinstance(value, type) and name in names]
+            self.assertEqual(found, [name for name in names if name in found], place)
 
 
 class InterpreterTest(unittest.TestCase):

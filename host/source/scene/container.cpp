@@ -69,6 +69,9 @@ class PositionIndex {
   std::vector<Slot> slots_;
 };
 
+// Of all containers together: what GetInstanceEpoch answers.
+std::atomic<uint64_t> g_instanceEpoch{1};
+
 }  // namespace
 
 // The entries of one container, or of several until one of them changes.
@@ -82,6 +85,11 @@ struct Storage {
     return -1;
   }
 
+  // Ahead of a change after which an instance has gone, or is no longer the first entry of its id.
+  void EndInstances() const {
+    if (isLent) g_instanceEpoch.fetch_add(1, std::memory_order_release);
+  }
+
   // Throws without a change.
   void Insert(size_t at, int32_t id, Value value) {
     if (entries.size() == size_t(std::numeric_limits<int32_t>::max())) throw std::length_error("container");
@@ -90,6 +98,7 @@ struct Storage {
       index.Reserve(entries.size() + 1);
       if (isFirst) Reindex();
     }
+    if (at < entries.size()) EndInstances();
     entries.insert(entries.begin() + ptrdiff_t(at), Entry{id, std::move(value)});
     if (index.IsEmpty()) return;
     for (size_t i = entries.size(); --i > at;)
@@ -100,6 +109,7 @@ struct Storage {
 
   void Remove(size_t at) {
     const int32_t id = entries[at].id;
+    EndInstances();
     entries.erase(entries.begin() + ptrdiff_t(at));
     if (index.IsEmpty()) return;
     if (index.Find(id) == int32_t(at)) index.Erase(id);
@@ -107,6 +117,11 @@ struct Storage {
       const int32_t first = index.Find(entries[i].id);
       if (first < 0 || first == int32_t(i + 1)) index.Set(entries[i].id, int32_t(i));
     }
+  }
+
+  void Replace(size_t at, Value value) {
+    if (ContainerOf(entries[at].value.Data())) EndInstances();
+    entries[at].value = std::move(value);
   }
 
   // The index knows the ids, or has room for them. The first position of each is told last.
@@ -133,6 +148,7 @@ void Drop(Storage* storage) {
   Storage* ending = nullptr;
   const auto drop = [&ending](Storage* one) {
     if (!one || one->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    one->EndInstances();
     one->next = ending;
     ending = one;
   };
@@ -202,7 +218,7 @@ void Insert(BaseContainer& container, int32_t at, int32_t id, Value value) {
 }
 
 void Replace(BaseContainer& container, int32_t at, Value value) {
-  Own(container).entries[size_t(at)].value = std::move(value);
+  Own(container).Replace(size_t(at), std::move(value));
   ++container.dirty;
 }
 
@@ -233,13 +249,12 @@ void Merge(BaseContainer& into, const BaseContainer& from) {
       own.Insert(own.entries.size(), entry->id, Value(entry->value.Data()));
       continue;
     }
-    Value& present = own.entries[size_t(at)].value;
-    BaseContainer* sub = ContainerOf(present.Data());
+    BaseContainer* sub = ContainerOf(own.entries[size_t(at)].value.Data());
     const BaseContainer* other = ContainerOf(entry->value.Data());
     if (sub && other) {
       levels.push_back({sub, other, 0});
     } else {
-      present = Value(entry->value.Data());
+      own.Replace(size_t(at), Value(entry->value.Data()));
     }
   }
 }
@@ -406,5 +421,7 @@ BaseContainer* GetContainerInstance(BaseContainer* self, int32_t id) {
   own.isLent = true;
   return ContainerOf(own.entries[size_t(own.Find(id))].value.Data());
 }
+
+uint64_t GetInstanceEpoch() noexcept { return g_instanceEpoch.load(std::memory_order_acquire); }
 
 }  // namespace host::container

@@ -94,7 +94,7 @@ void End(HostGeData& data) {
 
 }  // namespace
 
-Value::Value(const HostGeData& original) {
+void Value::CopyFrom(const HostGeData& original) {
   const TypeOperations* operations = Find(original.type);
   if (!operations) return;
   HostGeData copy = original;
@@ -107,7 +107,7 @@ Value::Value(std::unique_ptr<BaseContainer> container) noexcept {
   data_.value.pointer = container.release();
 }
 
-Value::~Value() { End(data_); }
+void Value::End() { host::End(data_); }
 
 bool IsEqual(const HostGeData& a, const HostGeData& b) {
   const TypeOperations* operations = a.type == b.type ? Find(a.type) : nullptr;

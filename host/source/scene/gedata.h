@@ -10,24 +10,40 @@
 
 namespace host {
 
+// Whether the bytes of a value are all there is: those that scripts store most.
+constexpr bool IsPlain(int32_t type) {
+  return type == HOST_DATA_NONE || type == HOST_DATA_INT32 || type == HOST_DATA_FLOAT ||
+         type == HOST_DATA_VECTOR || type == HOST_DATA_INT64;
+}
+
 // A tagged value that ends itself.
 class Value {
  public:
   Value() = default;
   // A copy; no value for a type that the host doesn't know, since nobody can tell what it owns.
-  explicit Value(const HostGeData& original);
+  explicit Value(const HostGeData& original) {
+    if (IsPlain(original.type))
+      data_ = original;
+    else
+      CopyFrom(original);
+  }
   explicit Value(std::unique_ptr<BaseContainer> container) noexcept;
   Value(Value&& other) noexcept : data_(other.Release()) {}
   Value& operator=(Value&& other) noexcept {
     std::swap(data_, other.data_);
     return *this;
   }
-  ~Value();
+  ~Value() {
+    if (!IsPlain(data_.type)) End();
+  }
 
   HostGeData Release() noexcept { return std::exchange(data_, HostGeData{}); }
   const HostGeData& Data() const { return data_; }
 
  private:
+  void CopyFrom(const HostGeData& original);
+  void End();
+
   HostGeData data_{};
 };
 

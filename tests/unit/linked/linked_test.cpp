@@ -92,6 +92,49 @@ class LinkedTest : public testing::Test {
 // The host's own destruction, which needs no lock. Both sides know the object by the same pointer.
 void Destroy(BaseList2D* element) { host::DestroyLater(reinterpret_cast<host::Linkable*>(element)); }
 
+TEST_F(LinkedTest, AnEntryOfATypedContainerKeepsItsType) {
+  Set("bc", qlx::NewBaseContainer(BaseContainer::Alloc(0), true, true, nullptr));
+  Run("from qlx import BaseContainer, BaseTime, Matrix, Vector\n"
+      "def fault(id, value):\n"
+      "  try: bc[id] = value\n"
+      "  except TypeError as error: return str(error)\n"
+      "cases = [(1.0, 'float', 7), (Vector(), 'qlx.Vector', Vector(1)), (True, 'int or bool', 2**40), (2**40, "
+      "'long', 1),\n"
+      "  ('a', 'str', 'b'), (Matrix(), 'qlx.Matrix', Matrix()), (BaseContainer(), 'qlx.BaseContainer', "
+      "BaseContainer(3)),\n"
+      "  (BaseTime(), 'qlx.BaseTime', BaseTime(1, 3))]\n"
+      "for id, (first, word, second) in enumerate(cases):\n"
+      "  bc[id] = first\n"
+      "  for wrong in (None, fault):\n"
+      "    name = 'None' if wrong is None else 'function'\n"
+      "    assert fault(id, wrong) == f'__setitem__ expected {word}, not {name}', (first, wrong)\n"
+      "    assert bc[id] == first\n"
+      "  bc[id] = second\n"
+      "  assert bc[id] == second\n"
+      "assert bc.GetType(0) == 19 and fault(0, 'a') == '__setitem__ expected float, not str'\n"
+      "bc.SetString(0, 'a'); assert bc[0] == 'a'\n"
+      "del bc[0]; bc[0] = Vector(); assert bc[0] == Vector()\n"
+      "copy = BaseContainer(bc); copy[0] = 1; assert copy[0] == 1\n"
+      "del bc, copy, cases, first, second, fault\n");
+}
+
+// Such a host is asked for the container in an entry each time.
+TEST_F(LinkedTest, InstancesNeedNoCountOfTheHost) {
+  tables::container.GetInstanceEpoch = [] { return uint64_t(0); };
+  Run("from qlx import BaseContainer\n"
+      "bc = BaseContainer()\n"
+      "bc[1] = BaseContainer(1); bc[1] = bc\n"
+      "outer = bc.GetContainerInstance(1); inner = outer.GetContainerInstance(1)\n"
+      "inner[5] = 5; assert bc[1][1][5] == 5 and inner.GetId() == 1\n"
+      "outer[1] = BaseContainer(2); assert inner.GetId() == 2 and len(inner) == 0\n"
+      "for change in (bc.FlushAll, lambda: bc.SetContainer(1, BaseContainer()), lambda: bc.SetInt32(1, 1)):\n"
+      "  change()\n"
+      "  try: inner.GetId()\n"
+      "  except ReferenceError: continue\n"
+      "  assert False, change\n"
+      "del bc, outer, inner, change\n");
+}
+
 // Whatever a script does with an element that dies meanwhile, it gets the element or ReferenceError.
 TEST_F(LinkedTest, ThreadsUseElementsThatTheHostDestroys) {
   constexpr int kElements = 16;

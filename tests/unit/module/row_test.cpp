@@ -145,7 +145,8 @@ class RowTest : public SceneTest {
     Set("p", NewWrapper(g_partType, part = {}));
     Set("op", qlx::WrapAtom(&qlx::g_BaseList2DType, Make().As<QLXAtom>(), false));
     Set("bitmap", qlx::WrapBitmap(&qlx::g_BaseBitmapType, Make().As<BaseBitmap>(), false));
-    Set("data", qlx::NewBaseContainer(Make().As<BaseContainer>(), false, Behind(Get("op")).As<QLXAtom>()));
+    Set("data",
+        qlx::NewBaseContainer(Make().As<BaseContainer>(), false, false, Behind(Get("op")).As<QLXAtom>()));
   }
   static PyObject* NewWrapper(PyTypeObject& type, FakeObject& object) {
     PyObject* wrapper = qlx::AllocWrapper(qlx::g_wrapperTracker, &type);

@@ -202,6 +202,16 @@ typedef struct HostContainerGroup {
    * since   23100
    * fails   null */
   BaseContainer* (*GetContainerInstance)(BaseContainer* self, int32_t id);
+
+  /* A count, of all containers together, that is never 0 and grows at the latest when a container that
+   * GetContainerInstance answered goes, or when it would answer another one for the same entry. Pointers
+   * from it are valid while the count is the same; with 0 they are looked up for each use. Quick.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  uint64_t (*GetInstanceEpoch)(void);
 } HostContainerGroup;
 
 #ifdef __cplusplus

@@ -32,7 +32,7 @@ PyObject* LinkToPython(HostLink link) {
 PyObject* ContainerToPython(const HostGeData& data) {
   const BaseContainer* container = kelvar::gedata::GetContainer(&data);
   BaseContainer* copy = container ? container->GetClone() : nullptr;
-  return copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record frees the copy
+  return copy ? NewBaseContainer(copy, true, false, nullptr) : PyErr_NoMemory();  // the record frees the copy
 }
 
 PyObject* CustomToPython(const HostGeData& data) {

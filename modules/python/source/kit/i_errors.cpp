@@ -141,6 +141,11 @@ void RaiseNotConvertible(PyObject* object) {
   RaiseFormatted(PyExc_TypeError, "could not convert '%s'", Py_TYPE(object)->tp_name);
 }
 
+PyObject* RaiseNotPickled(int32_t entryId) {
+  return RaiseFormatted(PyExc_TypeError,
+                        "cannot pickle the entry %i of a container: it holds a link or a pointer", entryId);
+}
+
 PyObject* RaiseNoUuidModule() {
   return RaiseFormatted(PyExc_ImportError, "uuid module missing - cannot convert uuid");
 }

@@ -45,6 +45,7 @@ PyObject* RaiseSameParentAndPrevious();            // AssertionError
 PyObject* RaiseShaderHasNext();                    // AssertionError
 PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of another type
 void RaiseNotConvertible(PyObject* object);        // TypeError
+PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError

@@ -1,4 +1,9 @@
-// qlx.BaseContainer: the host's container of settings, a free-standing one or that of an element.
+// qlx.BaseContainer: the host's container of settings: a free-standing one, that of an element, or the one
+// in an entry of another.
+
+#include <new>
+#include <utility>
+#include <vector>
 
 #include "kit/i_conversion.h"
 #include "kit/i_row.h"
@@ -39,15 +44,65 @@ PyObject* Construct(PyTypeObject*, PyObject* args, PyObject* keywords) {
   Arguments<&Construct, TypeList<PyObject*>, "|O", "n"> arguments;
   if (!arguments.Parse(args, keywords)) return nullptr;
   BaseContainer* made = arguments.Apply([](PyObject* n) { return MakeContainer(n); });
-  return made ? NewBaseContainer(made, true, nullptr) : nullptr;  // the record frees it
+  return made ? NewBaseContainer(made, true, false, nullptr) : nullptr;  // the record frees it
 }
 
 void Free(PyObject* self) {
   ContainerRecord* record = AsRecord(self);
+  PyObject* parent = record->parent;
   if (record->owned && record->data) record->data->Free();
   record->data = nullptr;
   FreeLink(record->hostLink);
   FreeWrapper(g_wrapperTracker, self);
+  // One after the other: the instances of instances may be more than the stack takes.
+  while (parent) {
+    PyObject* next = Py_REFCNT(parent) == 1 ? std::exchange(AsRecord(parent)->parent, nullptr) : nullptr;
+    Py_DECREF(parent);
+    parent = next;
+  }
+}
+
+// What the record's entry holds now; ReferenceError when that is no container any more. Looked up from the
+// nearest parent that is known, as long as the host doesn't tell that something has changed.
+BaseContainer* EntryOf(ContainerRecord* record) {
+  const uint64_t epoch = BaseContainer::GetInstanceEpoch();
+  const auto isKnown = [epoch](const ContainerRecord* one) {
+    return !one->parent || (epoch && one->epoch == epoch);
+  };
+  if (isKnown(record)) return record->data;
+  try {
+    std::vector<ContainerRecord*> unknown;
+    ContainerRecord* known = record;
+    for (; !isKnown(known); known = AsRecord(known->parent)) unknown.push_back(known);
+    BaseContainer* data = known->data;
+    for (; data && !unknown.empty(); unknown.pop_back()) {
+      ContainerRecord* one = unknown.back();
+      data = one->data = data->GetContainerInstance(one->entry);
+      one->epoch = data ? epoch : 0;
+    }
+    if (!data) ReportNotAlive(Py_TYPE(record));
+    return data;
+  } catch (const std::bad_alloc&) {
+    PyErr_NoMemory();
+    return nullptr;
+  }
+}
+
+PyObject* GetContainerInstance(PyObject* self, int32_t id) {
+  BaseContainer* container = BaseContainerOf(self);
+  if (!container) return nullptr;
+  const uint64_t epoch = BaseContainer::GetInstanceEpoch();
+  BaseContainer* data = container->GetContainerInstance(id);
+  if (!data) return NewNone();
+  PyObject* object = NewBaseContainer(data, false, false, nullptr);
+  if (!object) return nullptr;
+  ContainerRecord* record = AsRecord(object);
+  record->entry = id;
+  record->epoch = epoch;
+  record->root = AsRecord(self)->parent ? AsRecord(self)->root : self;
+  Py_INCREF(self);
+  record->parent = self;
+  return object;
 }
 
 PyObject* Compare(PyObject* left, PyObject* right, int op) {
@@ -107,7 +162,7 @@ const char* WordOf(int32_t type) {
 bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
   data = GeData::Copy(old);
   if (GeDataFromPython(value, data)) return true;
-  const char* word = WordOf(old.type);
+  const char* word = WordOf(data.Type());  // the old one may have gone
   if (!word || !PyErr_ExceptionMatches(PyExc_TypeError)) return false;
   PyErr_Clear();
   RaiseExpectedTypeFor("__setitem__", word, value);
@@ -116,35 +171,34 @@ bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
 
 int SetItem(PyObject* self, PyObject* key, PyObject* value) {
   int32_t id;
-  if (!BaseContainerOf(self) || !ReadKey(key, "__setitem__", id)) return -1;
-  GeData data;
-  if (value) {
-    BaseContainer* before = BaseContainerOf(self);
-    const HostGeData* old = AsRecord(self)->typed ? before->FindData(id) : nullptr;
-    if (!(old ? ConvertTyped(value, *old, data) : GeDataFromPython(value, data))) return -1;
-  }
-  // The value's own code may have changed or destroyed what holds the container.
   BaseContainer* container = BaseContainerOf(self);
-  if (!container) return -1;
+  if (!container || !ReadKey(key, "__setitem__", id)) return -1;
   if (!value) {
     container->RemoveData(id);
-  } else if (!container->SetData(id, data.Data())) {
-    PyErr_NoMemory();
-    return -1;
+    return 0;
   }
-  return 0;
+  GeData data;
+  const HostGeData* old = AsRecord(self)->typed ? container->FindData(id) : nullptr;
+  if (!(old ? ConvertTyped(value, *old, data) : GeDataFromPython(value, data))) return -1;
+  // The value's own code may have changed or destroyed what holds the container.
+  container = BaseContainerOf(self);
+  if (!container) return -1;
+  if (container->SetData(id, data.Data())) return 0;
+  PyErr_NoMemory();
+  return -1;
 }
 
 PyMappingMethods g_mapping = {Length, GetItem, SetItem};
 
 // A value that has no Python form is None, so that the walk goes on.
 PyObject* ItemAt(const BaseContainer* container, int32_t index) {
+  const int32_t id = container->GetIndexId(index);  // ahead of the conversion, which may run a script's code
   PyObject* value = ValueOrNone(container->GetIndexData(index));
   if (!value) {
     PyErr_Clear();
     value = NewNone();
   }
-  return Py_BuildValue("(iN)", container->GetIndexId(index), value);
+  return Py_BuildValue("(iN)", id, value);
 }
 
 // The pairs of the moment: changes while a script walks along them don't matter. A collection of garbage
@@ -163,7 +217,9 @@ PyObject* Iterate(PyObject* self) {
   return iterator;
 }
 
-bool IsInstance(ContainerRecord* self) { return self->instance; }
+PyObject* IsInstance(PyObject* self) {
+  return BaseContainerOf(self) ? ToPython(AsRecord(self)->instance) : nullptr;
+}
 
 Conversion Convert(PyObject* object, void* target) {
   if (!IsBaseContainer(object)) return Conversion::kWrongType;
@@ -176,38 +232,42 @@ Conversion Convert(PyObject* object, void* target) {
 const LetterEntry g_letter(ValueLetter::kContainer, Convert);
 
 PyMethodDef g_methods[] = {
+    Method<&containers::GetClone, "i|O!", "flags", "trans">(
+        "GetClone", "GetClone(flags, trans=None) -> qlx.BaseContainer\n\nA copy with all entries."),
+    Method<&containers::CopyTo, "Ci|O!", "dst", "flags", "trans">(
+        "CopyTo", "CopyTo(dst, flags, trans=None) -> bool\n\nMakes dst a copy of this one."),
+    Method<&BaseContainer::FlushAll>("FlushAll", "FlushAll() -> None\n\nRemoves all entries."),
     Method<&BaseContainer::GetId>("GetId", "GetId() -> int\n\nThe container's own id."),
     Method<&BaseContainer::SetId, "i", "id">("SetId", "SetId(id) -> None\n\nSets the container's own id."),
-    Method<&BaseContainer::FlushAll>("FlushAll", "FlushAll() -> None\n\nRemoves all entries."),
     Method<&BaseContainer::GetDirty>("GetDirty", "GetDirty() -> int\n\nA count that grows with each change."),
     Method<&BaseContainer::RemoveData, "i", "id">("RemoveData",
                                                   "RemoveData(id) -> bool\n\nRemoves the entry of that id."),
-    Method<&BaseContainer::RemoveIndex, "i", "i">("RemoveIndex",
-                                                  "RemoveIndex(i) -> bool\n\nRemoves the entry at a position."),
+    Method<&BaseContainer::RemoveIndex, "i", "index">(
+        "RemoveIndex", "RemoveIndex(index) -> bool\n\nRemoves the entry at a position."),
+    Method<&containers::FindIndex, "i", "id">(
+        "FindIndex",
+        "FindIndex(id) -> dict\n\nThe position of the entry as \"index\", "
+        "and its value as \"ppData\"; -1 and None for an unknown id."),
     Method<&BaseContainer::GetIndexId, "i", "index">(
         "GetIndexId", "GetIndexId(index) -> int\n\nThe id of the entry at a position, or -1."),
-    Method<&containers::FindIndex, "i", "id">("FindIndex",
-                                              "FindIndex(id) -> dict or None\n\nThe position of the entry as "
-                                              "\"index\", and its value as \"ppData\"."),
     Method<&containers::GetType, "i", "id">("GetType",
                                             "GetType(id) -> int\n\nThe type of the entry's value, or 0."),
     Method<&containers::InsData, "iG", "id", "data">("InsData",
                                                      "InsData(id, data) -> bool\n\nAppends an entry."),
-    Method<&containers::SetData, "iO", "id", "data">("SetData", "Removes the data item."),
+    Method<&containers::InsDataAfter, "iGO!", "id", "data", "last">(
+        "InsDataAfter",
+        "InsDataAfter(id, data, last) -> bool\n\nInserts an entry behind the one at the position last, an int "
+        "as "
+        "FindIndex(id)[\"index\"] gives it; -1 stands for the front. False where there is no such position."),
+    Method<&containers::SetData, "iO", "id", "value">("SetData", "Removes the data item."),
     Method<&containers::GetData, "i", "id">("GetData", "Removes the data item."),
     Method<&containers::GetData, "i", "id">("GetDataPointer",
                                             "GetDataPointer(id) -> object or None\n\nThe value of the entry."),
-    Method<&containers::GetIndexData, "i", "index">(
-        "GetIndexData", "GetIndexData(index) -> object or None\n\nThe value of the entry at a position."),
-    Method<&containers::SetIndexData, "iG", "index", "data">(
-        "SetIndexData", "SetIndexData(index, data) -> bool\n\nReplaces the value of the entry at a position."),
     Method<&containers::GetBool, "i|b", "id", "preset=false">("GetBool", "GetBool(id, preset=False) -> bool"),
-    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetLong", "GetLong(id, preset=0) -> int"),
-    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetInt32", "GetInt32(id, preset=0) -> int"),
     Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetLLong", "GetLLong(id, preset=0) -> int"),
     Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetInt64", "GetInt64(id, preset=0) -> int"),
-    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetReal", "GetReal(id, preset=0) -> float"),
-    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetFloat", "GetFloat(id, preset=0) -> float"),
+    Method<&containers::GetVoid, "i|O!", "id", "preset">(
+        "GetVoid", "GetVoid(id, preset=None) -> PyCapsule or None\n\nThe pointer in the entry."),
     Method<&containers::GetVector, "i|V", "id", "preset">("GetVector",
                                                           "GetVector(id, preset=None) -> qlx.Vector"),
     Method<&containers::GetMatrix, "i|M", "id", "preset">("GetMatrix",
@@ -219,13 +279,35 @@ PyMethodDef g_methods[] = {
     Method<&containers::GetContainer, "i", "id">(
         "GetContainer",
         "GetContainer(id) -> qlx.BaseContainer or None\n\nA copy of the container in the entry."),
-    Method<&containers::SetBool, "ib", "id", "value">("SetBool", "SetBool(id, value) -> None"),
+    Method<&GetContainerInstance, "i", "id">(
+        "GetContainerInstance",
+        "GetContainerInstance(id) -> qlx.BaseContainer or None\n\nThe container in the entry itself: a change "
+        "of it "
+        "is one of the entry. ReferenceError is raised once the entry holds no container any more."),
+    Method<&containers::GetLink, "i|A!i", "id", "doc", "isinstanceof=0">(
+        "GetLink", "GetLink(id, doc=None, isinstanceof=0) -> qlx.BaseList2D or None\n\nThe linked element."),
+    Method<&containers::GetObjectLink, "i|A!", "id", "doc">(
+        "GetObjectLink", "GetObjectLink(id, doc=None) -> qlx.BaseList2D or None\n\nThe linked object."),
+    Method<&containers::GetMaterialLink, "i|A!", "id", "doc">(
+        "GetMaterialLink", "GetMaterialLink(id, doc=None) -> qlx.BaseList2D or None\n\nThe linked material."),
+    Method<&containers::GetCustomDataType, "i", "id">(
+        "GetCustomDataType",
+        "GetCustomDataType(id) -> object or None\n\nA copy of the entry's custom data; None for other values."),
+    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetLong", "GetLong(id, preset=0) -> int"),
+    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetReal", "GetReal(id, preset=0) -> float"),
+    Method<&containers::GetFloat, "i|f", "id", "preset=0">("GetFloat", "GetFloat(id, preset=0) -> float"),
+    Method<&containers::GetInt32, "i|i", "id", "preset=0">("GetInt32", "GetInt32(id, preset=0) -> int"),
     Method<&containers::SetInt32, "ii", "id", "value">("SetLong", "SetLong(id, value) -> None"),
+    Method<&containers::SetFloat, "if", "id", "value">("SetReal", "SetReal(id, value) -> None"),
     Method<&containers::SetInt32, "ii", "id", "value">("SetInt32", "SetInt32(id, value) -> None"),
+    Method<&containers::SetFloat, "if", "id", "value">("SetFloat", "SetFloat(id, value) -> None"),
+    Method<&containers::SetBool, "ib", "id", "value">("SetBool", "SetBool(id, value) -> None"),
     Method<&containers::SetInt64, "il", "id", "value">("SetLLong", "SetLLong(id, value) -> None"),
     Method<&containers::SetInt64, "il", "id", "value">("SetInt64", "SetInt64(id, value) -> None"),
-    Method<&containers::SetFloat, "if", "id", "value">("SetReal", "SetReal(id, value) -> None"),
-    Method<&containers::SetFloat, "if", "id", "value">("SetFloat", "SetFloat(id, value) -> None"),
+    Method<&containers::SetVoid, "iO!", "id", "value">(
+        "SetVoid",
+        "SetVoid(id, value) -> None\n\nStores the pointer of a PyCapsule, and only that: what it points at "
+        "must outlive the entry."),
     Method<&containers::SetVector, "iV", "id", "value">("SetVector", "SetVector(id, value) -> None"),
     Method<&containers::SetMatrix, "iM", "id", "value">("SetMatrix", "SetMatrix(id, value) -> None"),
     Method<&containers::SetString, "i$", "id", "value">("SetString", "SetString(id, value) -> None"),
@@ -234,13 +316,21 @@ PyMethodDef g_methods[] = {
     Method<&containers::SetTime, "iT", "id", "value">("SetTime", "SetTime(id, value) -> None"),
     Method<&containers::SetContainer, "iC", "id", "value">("SetContainer",
                                                            "SetContainer(id, value) -> None\n\nStores a copy."),
-    Method<&containers::GetLink, "i|A!i", "id", "doc", "isinstanceof=0">(
-        "GetLink", "GetLink(id, doc=None, isinstanceof=0) -> qlx.BaseList2D or None\n\nThe linked element."),
     Method<&containers::SetLink, "iA!", "id", "link">("SetLink", "SetLink(id, link) -> None"),
+    Method<&containers::GetIndexData, "i", "index">(
+        "GetIndexData", "GetIndexData(index) -> object or None\n\nThe value of the entry at a position."),
+    Method<&containers::SetIndexData, "iG", "index", "data">(
+        "SetIndexData", "SetIndexData(index, data) -> bool\n\nReplaces the value of the entry at a position."),
     Method<&IsInstance>("IsInstance", "IsInstance() -> bool\n\nFalse for the copies of GetContainer."),
     Method<&BaseContainer::MergeContainer, "C", "src">(
         "MergeContainer", "MergeContainer(src) -> bool\n\nTakes over every entry of another container."),
     Method<&BaseContainer::Sort>("Sort", "Sort() -> None\n\nPuts the entries into the order of their ids."),
+    Method<&containers::Copy>("__copy__", "__copy__() -> qlx.BaseContainer\n\nFor copies."),
+    Method<&containers::DeepCopy, "O", "memo">("__deepcopy__",
+                                               "__deepcopy__(memo) -> qlx.BaseContainer\n\nFor copies."),
+    Method<&containers::Reduce>("__reduce__", "__reduce__() -> tuple\n\nFor pickles."),
+    Method<&containers::SetState, "O", "entries">("__setstate__",
+                                                  "__setstate__(entries) -> None\n\nFor pickles."),
     {},
 };
 
@@ -263,11 +353,12 @@ const TypeQueueEntry g_entry(g_BaseContainerType);
 
 bool IsBaseContainer(PyObject* object) { return PyObject_TypeCheck(object, &g_BaseContainerType); }
 
-PyObject* NewBaseContainer(BaseContainer* data, bool owned, QLXAtom* host) {
+PyObject* NewBaseContainer(BaseContainer* data, bool owned, bool typed, QLXAtom* host) {
   PyObject* object = AllocWrapper(g_wrapperTracker, &g_BaseContainerType);
   if (object && (!host || SetLink(host, AsRecord(object)->hostLink))) {
     AsRecord(object)->data = data;
     AsRecord(object)->owned = owned;
+    AsRecord(object)->typed = typed;
     AsRecord(object)->instance = true;
     return object;
   }
@@ -282,16 +373,17 @@ BaseContainer* BaseContainerOf(PyObject* object) {
     _PyErr_BadInternalCall(__FILE__, __LINE__);
     return nullptr;
   }
-  const ContainerRecord* record = AsRecord(object);
-  if (record->dead) {
+  ContainerRecord* record = AsRecord(object);
+  const ContainerRecord* root = record->parent ? AsRecord(record->root) : record;
+  if (record->dead || root->dead) {
     ReportNotAlive(Py_TYPE(object));
     return nullptr;
   }
-  if (record->hostLink.slot && !LookUp(record->hostLink)) {
+  if (root->hostLink.slot && !LookUp(root->hostLink)) {
     ReportHostNotAlive(Py_TYPE(object));
     return nullptr;
   }
-  return record->data;
+  return record->parent ? EntryOf(record) : record->data;
 }
 
 void MarkContainerDead(PyObject* object) { AsRecord(object)->dead = true; }
@@ -299,7 +391,7 @@ void MarkContainerDead(PyObject* object) { AsRecord(object)->dead = true; }
 PyObject* NewContainerCopy(const BaseContainer& data) {
   BaseContainer* copy = data.GetClone();
   PyObject* object =
-      copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record frees the copy
+      copy ? NewBaseContainer(copy, true, false, nullptr) : PyErr_NoMemory();  // the record frees the copy
   if (object) AsRecord(object)->instance = false;
   return object;
 }
@@ -307,7 +399,7 @@ PyObject* NewContainerCopy(const BaseContainer& data) {
 PyObject* Present<BaseContainer>::WrapPart(BaseContainer* host, PyObject* owner) {
   QLXAtom* atom;
   if (!Present<QLXAtom>::Get(owner, atom)) return nullptr;
-  return NewBaseContainer(host, false, atom);
+  return NewBaseContainer(host, false, false, atom);
 }
 
 }  // namespace qlx

@@ -3,13 +3,32 @@
 #include "values/containers.h"
 
 #include <cmath>
+#include <string_view>
 
+#include "kelvar/text.h"
 #include "kit/i_conversion.h"
+#include "kit/i_errors.h"
 #include "kit/i_present.h"
 #include "values/values.h"
 
+namespace qlx {
+
+PyTypeObject& RecordType<AliasTransRecord>::Get() {
+  static PyTypeObject type = [] {
+    PyTypeObject none = {PyVarObject_HEAD_INIT(nullptr, 0)};
+    none.tp_name = "qlx.AliasTrans";
+    return none;
+  }();
+  return type;
+}
+
+}  // namespace qlx
+
 namespace qlx::containers {
 namespace {
+
+constexpr int32_t kObject = 5155;
+constexpr int32_t kMaterial = 5702;
 
 const HostGeData* Find(BaseContainer* self, int32_t id, int32_t type) {
   const HostGeData* data = self->FindData(id);
@@ -35,6 +54,9 @@ String TextOf(BaseContainer* self, int32_t id, const String& preset) {
 PyObject* Store(BaseContainer* self, int32_t id, const GeData& data) {
   return self->SetData(id, data.Data()) ? NewNone() : PyErr_NoMemory();
 }
+
+// Custom data has ids of plug-ins as types.
+constexpr int32_t kFirstCustom = 1000000;
 
 }  // namespace
 
@@ -97,6 +119,25 @@ BaseList2D* GetLink(BaseContainer* self, int32_t id, BaseList2D*, int32_t isInst
   return linked && (isInstanceOf == 0 || linked->IsInstanceOf(isInstanceOf)) ? linked : nullptr;
 }
 
+BaseList2D* GetObjectLink(BaseContainer* self, int32_t id, BaseList2D* document) {
+  return GetLink(self, id, document, kObject);
+}
+BaseList2D* GetMaterialLink(BaseContainer* self, int32_t id, BaseList2D* document) {
+  return GetLink(self, id, document, kMaterial);
+}
+
+PyObject* GetVoid(BaseContainer* self, int32_t id, CapsuleRecord* preset) {
+  if (const HostGeData* data = Find(self, id, HOST_DATA_POINTER)) return GeDataToPython(*data, nullptr);
+  if (!preset) return NewNone();
+  Py_INCREF(&preset->ob_base);
+  return &preset->ob_base;
+}
+
+PyObject* GetCustomDataType(BaseContainer* self, int32_t id) {
+  const HostGeData* data = self->FindData(id);
+  return data && data->type >= kFirstCustom ? GeDataToPython(*data, nullptr) : NewNone();
+}
+
 PyObject* SetBool(BaseContainer* self, int32_t id, bool value) { return Store(self, id, GeData::Int32(value)); }
 PyObject* SetInt32(BaseContainer* self, int32_t id, int32_t value) {
   return Store(self, id, GeData::Int32(value));
@@ -135,6 +176,13 @@ PyObject* SetLink(BaseContainer* self, int32_t id, BaseList2D* link) {
   return Store(self, id, GeData::Link(words));
 }
 
+PyObject* SetVoid(BaseContainer* self, int32_t id, CapsuleRecord* value) {
+  PyObject* capsule = &value->ob_base;
+  const char* name = PyCapsule_GetName(capsule);
+  void* pointer = name || !PyErr_Occurred() ? PyCapsule_GetPointer(capsule, name) : nullptr;
+  return pointer ? Store(self, id, GeData::Pointer(pointer)) : nullptr;
+}
+
 PyObject* GetData(BaseContainer* self, int32_t id) {
   const HostGeData* data = self->FindData(id);
   return data ? GeDataToPython(*data, nullptr) : NewNone();
@@ -159,9 +207,14 @@ bool SetIndexData(BaseContainer* self, int32_t index, const GeData& data) {
 
 bool InsData(BaseContainer* self, int32_t id, const GeData& data) { return self->InsData(id, data.Data()); }
 
+PyObject* InsDataAfter(BaseContainer* self, int32_t id, const GeData& data, IntRecord* last) {
+  int32_t index;
+  if (!ReadInt32(&last->ob_base, index)) return nullptr;
+  return ToPython(bool(self->InsDataAfter(id, data.Data(), index)));
+}
+
 PyObject* FindIndex(BaseContainer* self, int32_t id) {
   const int32_t index = self->FindIndex(id);
-  if (index < 0) return NewNone();
   PyObject* value = GetIndexData(self, index);
   return value ? Py_BuildValue("{s:i,s:N}", "index", index, "ppData", value) : nullptr;
 }
@@ -169,6 +222,99 @@ PyObject* FindIndex(BaseContainer* self, int32_t id) {
 int32_t GetType(BaseContainer* self, int32_t id) {
   const HostGeData* data = self->FindData(id);
   return data ? data->type : 0;
+}
+
+namespace {
+
+PyObject* Adopt(BaseContainer* made) {
+  return made ? NewBaseContainer(made, true, false, nullptr) : PyErr_NoMemory();
+}
+
+// The natural type of a value is the one that it had, but for these two.
+bool Restore(PyObject* value, int32_t type, GeData& data) {
+  if (type == HOST_DATA_INT64) {
+    const long long number = PyLong_AsLongLong(value);
+    data = GeData::Int64(number);
+    return number != -1 || !PyErr_Occurred();
+  }
+  if (type != HOST_DATA_FILENAME) return GeDataFromPython(value, data);
+  PyObject* bytes = nullptr;
+  if (!PyUnicode_FSConverter(value, &bytes)) return false;
+  const std::string_view path(PyBytes_AS_STRING(bytes), size_t(PyBytes_GET_SIZE(bytes)));
+  data = GeData::Filename(Filename::FromString(kelvar::Text(path)));
+  Py_DECREF(bytes);
+  return true;
+}
+
+bool RestoreEntry(PyObject* entry, BaseContainer& into) {
+  int32_t id, type;
+  PyObject* value;
+  if (!PyTuple_Check(entry)) {
+    RaiseExpectedTypeFor("__setstate__", "tuple", entry);
+    return false;
+  }
+  GeData data;
+  if (!PyArg_ParseTuple(entry, "iiO:__setstate__", &id, &type, &value) || !Restore(value, type, data))
+    return false;
+  return into.InsData(id, data.Data()) || PyErr_NoMemory();
+}
+
+PyObject* StateOf(const BaseContainer& container, int32_t index) {
+  const HostGeData* data = container.GetIndexData(index);
+  const int32_t id = container.GetIndexId(index), type = data->type;
+  if (type == HOST_DATA_LINK || type == HOST_DATA_POINTER) return RaiseNotPickled(id);
+  PyObject* value = GeDataToPython(*data, nullptr);
+  return value ? Py_BuildValue("(iiN)", id, type, value) : nullptr;
+}
+
+}  // namespace
+
+PyObject* GetClone(BaseContainer* self, int32_t flags, AliasTransRecord*) {
+  BaseContainer* made = BaseContainer::Alloc(0);
+  if (!made || self->CopyTo(made, flags)) return Adopt(made);
+  made->Free();
+  return PyErr_NoMemory();
+}
+
+bool CopyTo(BaseContainer* self, BaseContainer* dst, int32_t flags, AliasTransRecord*) {
+  return self->CopyTo(dst, flags);
+}
+
+PyObject* Copy(BaseContainer* self) { return Adopt(self->GetClone()); }
+PyObject* DeepCopy(BaseContainer* self, PyObject*) { return Copy(self); }
+
+// Of a copy, because conversions may run a script's code.
+PyObject* Reduce(PyObject* self) {
+  const BaseContainer* original = BaseContainerOf(self);
+  PyObject* copy = original ? Adopt(original->GetClone()) : nullptr;
+  if (!copy) return nullptr;
+  const BaseContainer& container = *BaseContainerOf(copy);
+  PyObject* entries = PyList_New(0);
+  for (int32_t i = 0; entries && i < container.GetCount(); ++i) {
+    PyObject* entry = StateOf(container, i);
+    if (!entry || PyList_Append(entries, entry) < 0) Py_CLEAR(entries);
+    Py_XDECREF(entry);
+  }
+  PyObject* result = entries ? Py_BuildValue("(O(i)N)", Py_TYPE(self), container.GetId(), entries) : nullptr;
+  Py_DECREF(copy);
+  return result;
+}
+
+PyObject* SetState(PyObject* self, PyObject* entries) {
+  PyObject* fixed = PySequence_Tuple(entries);
+  PyObject* made = fixed ? Adopt(BaseContainer::Alloc(0)) : nullptr;
+  bool restored = made != nullptr;
+  for (Py_ssize_t i = 0; restored && i < PyTuple_GET_SIZE(fixed); ++i)
+    restored = RestoreEntry(PyTuple_GET_ITEM(fixed, i), *BaseContainerOf(made));
+  Py_XDECREF(fixed);
+  BaseContainer* container = restored ? BaseContainerOf(self) : nullptr;
+  if (container) {
+    const int32_t id = container->GetId();
+    restored = BaseContainerOf(made)->CopyTo(container, 0) || PyErr_NoMemory();
+    container->SetId(id);
+  }
+  Py_XDECREF(made);
+  return container && restored ? NewNone() : nullptr;
 }
 
 }  // namespace qlx::containers

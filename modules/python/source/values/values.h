@@ -83,7 +83,8 @@ inline PyObject* NewVector4d(const Vector4d& value) { return Present<Vector4d>::
 inline PyObject* NewMatrix(const Matrix& value) { return Present<Matrix>::Wrap(value); }
 inline PyObject* NewQuaternion(const Quaternion& value) { return Present<Quaternion>::Wrap(value); }
 
-// A container: its own (owned), or part of a host object, with which it dies.
+// A container: its own (owned), part of a host object, with which it dies, or what an entry of another
+// record's container holds at the moment.
 struct ContainerRecord {
   PyObject ob_base;
   bool dead;  // was marked: what it showed has gone
@@ -91,12 +92,17 @@ struct ContainerRecord {
   bool owned;         // frees the data
   bool typed;         // an entry keeps its type
   bool instance;      // what IsInstance answers: all but the copies of GetContainer
+  int32_t entry;      // the id in the parent's container
   HostLink hostLink;  // to the object that owns the data; empty for a free-standing one
+  PyObject* parent;   // the record whose entry this one shows, held; else null
+  PyObject* root;     // the parents' first one, which has none itself; held through them
+  uint64_t epoch;     // the host's count for which `data` of an entry is valid
 };
 
 bool IsBaseContainer(PyObject* object);
-// With `host`, a view of the container of that object. An owned container is freed on failure.
-PyObject* NewBaseContainer(BaseContainer* data, bool owned, QLXAtom* host);
+// With `host`, a view of the container of that object. In a typed one entries keep their types when a script
+// assigns to them. An owned container is freed on failure.
+PyObject* NewBaseContainer(BaseContainer* data, bool owned, bool typed, QLXAtom* host);
 // A copy that says so: IsInstance answers false.
 PyObject* NewContainerCopy(const BaseContainer& data);
 // ReferenceError for a dead one and one whose object has gone, SystemError for another object.
@@ -111,7 +117,9 @@ struct Present<BaseContainer> {
   static bool Get(PyObject* object, BaseContainer*& host) {
     return (host = BaseContainerOf(object)) != nullptr;
   }
-  static PyObject* Wrap(BaseContainer* host, bool owned) { return NewBaseContainer(host, owned, nullptr); }
+  static PyObject* Wrap(BaseContainer* host, bool owned) {
+    return NewBaseContainer(host, owned, false, nullptr);
+  }
   // The container of an element: `owner` is the element's wrapper.
   static PyObject* WrapPart(BaseContainer* host, PyObject* owner);
 };
