@@ -11,6 +11,7 @@
 #include "interpreter/lib_python_lock.h"
 #include "kit/i_lasting.h"
 #include "plugins/plugins.h"
+#include "scene/documents.h"
 #include "scene/scene.h"
 #include "values/values.h"
 
@@ -39,40 +40,58 @@ struct Module {
   const char* name;
   const char* doc;
   Types types;
+  PyMethodDef* functions = nullptr;
 };
 
 // The tree, in the order in which scripts find it. A type is known by the last part of its name.
 
 const Types kTypes = {
-    &g_DescLevelType,  &g_DescIDType,     &g_VectorType,        &g_Vector4dType,
-    &g_MatrixType,     &g_BaseTimeType,   &g_BaseContainerType, &g_QLXAtomType,
-    &g_GeListNodeType, &g_BaseList2DType, &g_QuaternionType,
+    &g_DescriptionType,     &g_DescLevelType,      &g_DescIDType,         &g_VectorType,
+    &g_Vector4dType,        &g_MatrixType,         &g_BaseTimeType,       &g_BaseContainerType,
+    &g_QLXAtomType,         &g_CKeyType,           &g_GeListNodeType,     &g_GeListHeadType,
+    &g_BaseList2DType,      &g_BaseMaterialType,   &g_MaterialType,       &g_BaseShaderType,
+    &g_CCurveType,          &g_CTrackType,         &g_BaseTagType,        &g_SelectionTagType,
+    &g_CustomDataTagType,   &g_TextureTagType,     &g_VariableTagType,    &g_SegmentTagType,
+    &g_TangentTagType,      &g_PointTagType,       &g_PolygonTagType,     &g_NormalTagType,
+    &g_UVWTagType,          &g_VertexColorTagType, &g_BaseObjectType,     &g_CameraObjectType,
+    &g_PointObjectType,     &g_PolygonObjectType,  &g_LineObjectType,     &g_SplineObjectType,
+    &g_BaseDrawType,        &g_AliasTransType,     &g_LayerShaderType,    &g_QuaternionType,
+    &g_VoronoiFractureType, &g_LodObjectType,      &g_InstanceObjectType,
 };
 
 const Module kModules[] = {
     {"gui", "A module to create custom dialogs.", {}},
-    {"documents", "Module for document handling.", {}},
+    {"documents",
+     "Module for document handling.",
+     {&g_BaseDocumentType, &g_RenderDataType, &g_LayerObjectType, &g_BaseVideoPostType},
+     g_documentsFunctions},
     {"storage", "Module for IO operations", {}},
     // The text is that of another module; help() of scripts has always shown it.
     {"bitmaps", "Module for color chooser", {&g_BaseBitmapType}},
     {"modules", "The host's specialised modules.", {}},
-    {"modules.character", "Character animation.", {}},
-    {"modules.clonix", "Cloners, falloffs and fields.", {}},
-    {"modules.net", "The render farm.", {}},
-    {"modules.hair", "Hair.", {}},
-    {"modules.frescoa", "Painting.", {}},
+    {"modules.character",
+     "Character animation.",
+     {&g_CAWeightTagType, &g_CAJointObjectType, &g_CAPoseMorphTagType}},
+    {"modules.clonix", "Cloners, falloffs and fields.", {&g_FieldObjectType, &g_FieldLayerType}},
+    {"modules.net", "The render farm.", {&g_RenderJobType}},
+    {"modules.hair",
+     "Hair.",
+     {&g_HairObjectType, &g_HairSelectionTagType, &g_HairVertexMapTagType, &g_HairTangentTagType}},
+    {"modules.frescoa",
+     "Painting.",
+     {&g_PaintBitmapType, &g_PaintTextureType, &g_PaintLayerType, &g_PaintLayerFolderType}},
     {"modules.particles", "Particles of emitters.", {}},
-    {"modules.driftmotes", "The particle system.", {}},
+    {"modules.driftmotes", "The particle system.", {&g_DMMasterSystemType, &g_DMPGroupType}},
     {"modules.render", "Rendering.", {}},
-    {"modules.sculpting", "Sculpting.", {}},
-    {"modules.graphview", "Graphs of nodes.", {}},
+    {"modules.sculpting", "Sculpting.", {&g_SculptTagType}},
+    {"modules.graphview", "Graphs of nodes.", {&g_GvNodeMasterType, &g_GvNodeType, &g_WireletTagType}},
     {"modules.snap", "Snapping.", {}},
-    {"modules.takesystem", "Takes.", {}},
+    {"modules.takesystem", "Takes.", {&g_BaseTakeType, &g_BaseOverrideType, &g_BaseOverrideGroupType}},
     {"modules.tokensystem", "Tokens in file names.", {}},
     {"modules.colorchooser", "Module for color chooser", {}},
     {"modules.substance", "Substance materials.", {}},
-    {"modules.motiontracker", "Motion tracking.", {}},
-    {"modules.volume", "Volumes.", {}},
+    {"modules.motiontracker", "Motion tracking.", {&g_MotionTrackerObjectType}},
+    {"modules.volume", "Volumes.", {&g_VolumeObjectType, &g_VolumeBuilderType}},
     {"plugins", "Plug-ins: their classes and registration.", {&g_BaseDataType}},
     {"utils", "Helpers for geometry and modeling.", {}},
     {"threading", "Threads of the host.", {}},
@@ -110,6 +129,7 @@ bool AddModule(PyObject* package, const Module& entry) {
       dot == 3 ? package : PyImport_AddModule(name.substr(0, dot).c_str());  // borrowed, as all here
   PyObject* module = parent ? PyImport_AddModule(name.c_str()) : nullptr;
   return module && PyModule_SetDocString(module, entry.doc) == 0 && MakePackage(module) &&
+         (!entry.functions || PyModule_AddFunctions(module, entry.functions) == 0) &&
          AddTypes(module, entry.types) && AddTo(parent, name.c_str() + dot + 1, module);
 }
 

@@ -464,6 +464,12 @@ PyMethodDef StaticMethod(const char* name, const char* doc) {
   return StaticMethod<Row<>, HostMethod, Format, Keywords...>(name, doc);
 }
 
+// A function of a module.
+template <auto HostFunction>
+PyMethodDef Function(const char* name, const char* doc) {
+  return {name, BoundRow<Row<>, HostFunction, "">::CallPlainStatic, METH_NOARGS, doc};
+}
+
 // A constructor: the `create` of a type whose instances stand for a new host object, which the
 // script owns. Raises by ReportAllocFailed when the host gives none; an argument "type" ahead of all
 // others is the id of what was wanted.

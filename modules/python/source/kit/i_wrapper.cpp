@@ -51,9 +51,17 @@ PyObject* Wrap(PyTypeObject* type, Host* host, bool owned, int32_t line, const c
   FreeWrapper(g_wrapperTracker, self);
 }
 
+// What stands in a list is the list's, whatever another wrapper of it did meanwhile.
+bool IsFree(QLXAtom* host) {
+  const auto* node = static_cast<GeListNode*>(host);
+  return !node->GetUp() && !node->GetListHead();
+}
+bool IsFree(BaseBitmap*) { return true; }
+
 template <class Host>
 [[gnu::noinline]] void FreeOwning(PyObject* self) {
-  if (auto* host = static_cast<Host*>(LookUp(reinterpret_cast<AtomWrapper*>(self)->link))) Destroy(host);
+  auto* host = static_cast<Host*>(LookUp(reinterpret_cast<AtomWrapper*>(self)->link));
+  if (host && IsFree(host)) Destroy(host);
   FreeLinkOnly(self);
 }
 

@@ -88,8 +88,8 @@ PyObject* GetNodeData(BaseList2D* self) {
   return instance.object ? static_cast<PyObject*>(instance.object) : NewNone();
 }
 
-PyObject* SetAnimatedParameter(AtomWrapper* self, WrapperOf<BaseList2D>* track, PyObject* id,
-                               PyObject* t_data1, PyObject* t_data2, double mix, int32_t flags) {
+PyObject* SetAnimatedParameter(AtomWrapper* self, WrapperOf<BaseList2D>* track, PyObject* id, PyObject* t_data1,
+                               PyObject* t_data2, double mix, int32_t flags) {
   if (!PyObject_TypeCheck(track, &g_CTrackType)) return RaiseAttributeIsNo("Ctrack");
   if (!IsDescID(id)) return RaiseAttributeIsNo("DescID");
   GeData first, second;
@@ -99,8 +99,8 @@ PyObject* SetAnimatedParameter(AtomWrapper* self, WrapperOf<BaseList2D>* track, 
   BaseList2D* of;
   if (!ResolveAtom(self, host) || !track->Get(of)) return nullptr;
   const HostDescID word = ValueOf<DescID>(id).Word();
-  return ToPython(static_cast<BaseList2D*>(host)->SetAnimatedParameter(of, &word, first.Data(), second.Data(),
-                                                                       mix, flags));
+  return ToPython(
+      static_cast<BaseList2D*>(host)->SetAnimatedParameter(of, &word, first.Data(), second.Data(), mix, flags));
 }
 
 PyObject* GetAnimatedParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
@@ -151,7 +151,8 @@ PyMethodDef g_methods[] = {
     Method<&BaseList2D::DelBit, "i", "mask">("DelBit", "DelBit(mask) -> None\n\nClears bits."),
     Method<&BaseList2D::ToggleBit, "i", "mask">("ToggleBit", "ToggleBit(mask) -> None\n\nTurns bits over."),
     Method<&BaseList2D::GetAllBits>("GetAllBits", "GetAllBits() -> int\n\nAll bits."),
-    Method<&BaseList2D::SetAllBits, "i", "mask">("SetAllBits", "SetAllBits(mask) -> None\n\nReplaces all bits."),
+    Method<&BaseList2D::SetAllBits, "i", "mask">("SetAllBits",
+                                                 "SetAllBits(mask) -> None\n\nReplaces all bits."),
     Method<&BaseList2D::GetBubbleHelp>("GetBubbleHelp",
                                        "GetBubbleHelp() -> str\n\nThe help text of the object's type."),
     Method<&BaseList2D::GetTypeName>("GetTypeName", "GetTypeName() -> str\n\nThe name of the object's type."),
@@ -184,7 +185,8 @@ PyMethodDef g_methods[] = {
     Method<&layers::GetData, "A!|b", "doc", "rawdata=false">(
         "GetLayerData",
         "GetLayerData(doc, rawdata=False) -> dict or None\n\n"
-        "What the object's layer says: \"solo\", \"view\", \"render\", \"manager\", \"locked\", \"generators\", "
+        "What the object's layer says: \"solo\", \"view\", \"render\", \"manager\", \"locked\", "
+        "\"generators\", "
         "\"deformers\", \"expressions\", \"animation\", \"xref\" and \"color\". With rawdata the layer's own "
         "word, without those above it."),
     Method<&layers::SetData, "A!O", "doc", "data">(

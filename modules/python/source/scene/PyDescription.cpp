@@ -25,7 +25,7 @@ void Free(PyObject* self) {
 PyObject* SettingsAt(Description* data, int32_t index) {
   const BaseContainer* settings = data->GetSettings(index);
   BaseContainer* copy = settings ? settings->GetClone() : nullptr;
-  return copy ? NewBaseContainer(copy, true, nullptr) : NewNone();  // the record's
+  return copy ? NewBaseContainer(copy, true, false, nullptr) : NewNone();  // the record's
 }
 
 PyObject* NewID(const HostDescID& word) {

@@ -50,8 +50,7 @@ PyObject* BranchToPython(HostBranch& branch) {
     Py_XDECREF(head);
     return nullptr;
   }
-  return Py_BuildValue("{s:N,s:N,s:i,s:i}", "head", head, "name", text, "id", branch.id, "flags",
-                       branch.flags);
+  return Py_BuildValue("{s:N,s:N,s:i,s:i}", "head", head, "name", text, "id", branch.id, "flags", branch.flags);
 }
 
 // Scripts are told of 20 branches at most.
@@ -73,12 +72,14 @@ Py_ssize_t Length(PyObject*) { return 1; }
 PyMappingMethods g_mapping = {Length, GetParameterItem, SetParameterItem};
 
 PyMethodDef g_methods[] = {
-    Method<&GeListNode::GetNext>("GetNext", "GetNext() -> qlx.GeListNode or None\n\nThe next node of the list."),
+    Method<&GeListNode::GetNext>("GetNext",
+                                 "GetNext() -> qlx.GeListNode or None\n\nThe next node of the list."),
     Method<&GeListNode::GetPred>("GetPred", "GetPred() -> qlx.GeListNode or None\n\nThe node before."),
     Method<&GeListNode::GetUp>("GetUp",
                                "GetUp() -> qlx.GeListNode or None\n\nThe node that this is a child of."),
     Method<&GeListNode::GetDown>("GetDown", "GetDown() -> qlx.GeListNode or None\n\nThe first child."),
-    Method<&GeListNode::GetDownLast>("GetDownLast", "GetDownLast() -> qlx.GeListNode or None\n\nThe last child."),
+    Method<&GeListNode::GetDownLast>("GetDownLast",
+                                     "GetDownLast() -> qlx.GeListNode or None\n\nThe last child."),
     Method<&GetChildren>("GetChildren", "GetChildren() -> list of qlx.GeListNode\n\nThe direct children."),
     Method<Row<WhileAlive>, &InsertBeside<&GeListNode::InsertBefore, &GeListNode::GetNext>, "O!", "obj">(
         "InsertBefore",
@@ -97,7 +98,8 @@ PyMethodDef g_methods[] = {
     Method<&GeListNode::GetDocument>(
         "GetDocument",
         "GetDocument() -> qlx.documents.BaseDocument or None\n\nThe document that the node belongs to."),
-    Method<&GeListNode::GetNBit, "i", "bit">("GetNBit", "GetNBit(bit) -> int\n\n1 when the bit is set, else 0."),
+    Method<&GeListNode::GetNBit, "i", "bit">("GetNBit",
+                                             "GetNBit(bit) -> int\n\n1 when the bit is set, else 0."),
     Method<&GeListNode::ChangeNBit, "ii", "bit", "bitmode">(
         "ChangeNBit", "ChangeNBit(bit, bitmode) -> bool\n\nSets, clears or toggles a bit, by NBITCONTROL."),
     Method<&GeListNode::IsDocumentRelated>(

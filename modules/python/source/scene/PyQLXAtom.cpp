@@ -105,7 +105,8 @@ PyMethodDef g_methods[] = {
         "CopyTo(dst, flags, trn=None) -> bool\n\nMakes `dst`, of the same type, a copy; COPYFLAGS tell what "
         "is left out, a qlx.AliasTrans translates links. Raises TypeError for another type."),
     Method<&GetClone, "|iO!", "flags", "trn">(
-        "GetClone", "GetClone(flags=0, trn=None) -> qlx.BaseList2D\n\nA copy, in no list, which is the caller's."),
+        "GetClone",
+        "GetClone(flags=0, trn=None) -> qlx.BaseList2D\n\nA copy, in no list, which is the caller's."),
     Method<Row<Gives>, &QLXAtom::GetDescription, "i", "flags">(
         "GetDescription",
         "GetDescription(flags) -> qlx.Description or None\n\nThe description of the parameters as it is now."),

@@ -113,7 +113,8 @@ bool ReadItem(PyObject* value, const Field& field, std::byte* data, Kept& kept) 
       return PyLong_Check(value) ? ReadInt32(value, At<int32_t>(data, field.offset)) : Refuse("int", value);
     case Kind::kBool:
       if (!PyLong_Check(value)) return Refuse("bool", value);
-      At<HostBool>(data, field.offset) = value != Py_False && !(PyLong_CheckExact(value) && _PyLong_Sign(value) == 0);
+      At<HostBool>(data, field.offset) =
+          value != Py_False && !(PyLong_CheckExact(value) && _PyLong_Sign(value) == 0);
       return true;
     case Kind::kFloat:
       return ReadFloat(value, At<double>(data, field.offset));

@@ -2,9 +2,10 @@
 
 #include "scene/parameters.h"
 
+#include "kelvar.framework/source/tables/t_messages.h"
 #include "kelvar/dynamicdescription.h"
 #include "kit/i_conversion.h"
-#include "kit/i_errors.h"
+#include "kit/i_row.h"
 #include "scene/scene.h"
 #include "values/values.h"
 

@@ -15,7 +15,7 @@ constexpr DescLevel kRoot = {700, 5, 0};
 // (id, settings), both copies.
 PyObject* Pair(const HostDescID& id, const BaseContainer* settings) {
   BaseContainer* copy = settings->GetClone();
-  PyObject* container = copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record's
+  PyObject* container = copy ? NewBaseContainer(copy, true, false, nullptr) : PyErr_NoMemory();  // the record's
   PyObject* object = container ? NewDescID(DescID::Copy(id)) : nullptr;
   PyObject* pair = object ? PyTuple_Pack(2, object, container) : nullptr;
   Py_XDECREF(object);

@@ -1,6 +1,7 @@
 // Which Python type presents an element.
 
 #include <iterator>
+#include <span>
 
 #include "scene/scene.h"
 
@@ -8,49 +9,97 @@ namespace qlx {
 namespace {
 
 // One step of the choice: the type for elements of that id, in this order, because ids derive from
-// one another. A null type: not bound yet, so the last one stands in.
+// one another; a chain of its own behind it chooses among what is more special.
 struct Choice {
   int32_t id;
   PyTypeObject* type;
   bool neverOwned = false;
+  std::span<const Choice> special = {};
 };
 
-constexpr Choice kChoices[] = {
-    {110059, nullptr},           // qlx.documents.BaseDocument
-    {5694, nullptr},             // qlx.BaseTag
-    {100004801, nullptr},        // qlx.documents.LayerObject
-    {5703, nullptr},             // qlx.Material
-    {5702, nullptr},             // qlx.BaseMaterial
-    {1011123, nullptr},          // qlx.LayerShader
-    {5707, nullptr},             // qlx.BaseShader
-    {24535345, nullptr, true},   // qlx.modules.net.RenderJob
-    {1001101, nullptr},          // qlx.modules.graphview.GvNode
-    {110304, nullptr},           // qlx.documents.RenderData
-    {5350, nullptr},             // qlx.CTrack
-    {5351, nullptr},             // qlx.CCurve
-    {1001428, nullptr},          // qlx.modules.driftmotes.DM_MasterSystem
-    {1001381, nullptr},          // qlx.modules.driftmotes.DM_PGroup
-    {1001103, nullptr},          // qlx.modules.graphview.GvNodeMaster
-    {542, nullptr, true},        // qlx.modules.frescoa.PaintLayerFolder
-    {544, nullptr, true},        // qlx.modules.frescoa.PaintLayer
-    {543, nullptr, true},        // qlx.modules.frescoa.PaintBitmap
-    {502, nullptr, true},        // qlx.modules.frescoa.PaintTexture
-    {501, nullptr, true},        // qlx.modules.frescoa.PaintBitmap
-    {110305, nullptr, true},     // qlx.BaseDraw
-    {431000054, nullptr, true},  // qlx.modules.takesystem.BaseTake
-    {431000051, nullptr, true},  // qlx.modules.takesystem.BaseOverride
-    {431000075, nullptr, true},  // qlx.modules.takesystem.BaseOverrideGroup
-    {5155, nullptr},             // qlx.BaseObject
-    {5709, nullptr},             // qlx.documents.BaseVideoPost
-    {440000249, nullptr},        // qlx.FieldLayer
+constexpr bool kNeverOwned = true;
+
+const Choice kObjects[] = {
+    {5101, &g_SplineObjectType},       {1019362, &g_CAJointObjectType},
+    {5100, &g_PolygonObjectType},      {5137, &g_LineObjectType},
+    {5156, &g_PointObjectType},        {5103, &g_CameraObjectType},
+    {1017305, &g_HairObjectType},      {440000200, &g_FieldObjectType},
+    {5126, &g_InstanceObjectType},     {1028393, &g_MotionTrackerObjectType},
+    {1036557, &g_VoronoiFractureType}, {431000174, &g_LodObjectType},
+    {1039858, &g_VolumeObjectType},    {1039859, &g_VolumeBuilderType},
 };
 
+const Choice kVariableTags[] = {
+    {5672, &g_SegmentTagType}, {5617, &g_TangentTagType}, {5604, &g_PolygonTagType},
+    {5600, &g_PointTagType},   {5711, &g_NormalTagType},  {431000045, &g_VertexColorTagType},
+};
+
+const Choice kTags[] = {
+    {5671, &g_UVWTagType},
+    {1018329, &g_HairVertexMapTagType},
+    {1017746, &g_HairSelectionTagType},
+    {1017671, &g_HairTangentTagType},
+    {5695, &g_VariableTagType, false, kVariableTags},
+    {1001149, &g_WireletTagType},
+    {5616, &g_TextureTagType},
+    {431000188, &g_CustomDataTagType},
+    {5673, &g_SelectionTagType},
+    {5701, &g_SelectionTagType},
+    {5674, &g_SelectionTagType},
+    {1024237, &g_CAPoseMorphTagType},
+    {1019365, &g_CAWeightTagType},
+    {1023800, &g_SculptTagType},
+};
+
+const Choice kPaintings[] = {
+    {502, &g_PaintTextureType, kNeverOwned},
+    {542, &g_PaintLayerFolderType, kNeverOwned},
+    {544, &g_PaintLayerType, kNeverOwned},
+};
+
+const Choice kNodes[] = {
+    {5352, &g_CKeyType},
+    {110059, &g_BaseDocumentType},
+    {5694, &g_BaseTagType, false, kTags},
+    {100004801, &g_LayerObjectType},
+    {5703, &g_MaterialType},
+    {5702, &g_BaseMaterialType},
+    {1011123, &g_LayerShaderType},
+    {5707, &g_BaseShaderType},
+    {24535345, &g_RenderJobType, kNeverOwned},
+    {1001101, &g_GvNodeType},
+    {110304, &g_RenderDataType},
+    {5350, &g_CTrackType},
+    {5351, &g_CCurveType},
+    {1001428, &g_DMMasterSystemType},
+    {1001381, &g_DMPGroupType},
+    {1001103, &g_GvNodeMasterType},
+    {542, &g_PaintBitmapType, kNeverOwned, kPaintings},
+    {544, &g_PaintBitmapType, kNeverOwned, kPaintings},
+    {543, &g_PaintBitmapType, kNeverOwned, kPaintings},
+    {502, &g_PaintBitmapType, kNeverOwned, kPaintings},
+    {501, &g_PaintBitmapType, kNeverOwned, kPaintings},
+    {110305, &g_BaseDrawType, kNeverOwned},
+    {431000054, &g_BaseTakeType, kNeverOwned},
+    {431000051, &g_BaseOverrideType, kNeverOwned},
+    {431000075, &g_BaseOverrideGroupType, kNeverOwned},
+    {5155, &g_BaseObjectType, false, kObjects},
+    {5709, &g_BaseVideoPostType},
+    {440000249, &g_FieldLayerType},
+};
+
+// A head is one by its very type.
+const Choice kHead = {110063, &g_GeListHeadType};
 const Choice kOther = {0, &g_BaseList2DType};
 
+const Choice* Choose(const QLXAtom* host, std::span<const Choice> choices, const Choice* fallback) {
+  for (const Choice& choice : choices)
+    if (host->IsInstanceOf(choice.id)) return Choose(host, choice.special, &choice);
+  return fallback;
+}
+
 const Choice* Choose(const QLXAtom* host) {
-  for (const Choice& choice : kChoices)
-    if (host->IsInstanceOf(choice.id)) return &choice;
-  return &kOther;
+  return host->GetType() == kHead.id ? &kHead : Choose(host, kNodes, &kOther);
 }
 
 // What a type derives from doesn't change while the host runs: the choice is remembered by the
@@ -72,7 +121,7 @@ const Choice& ChoiceFor(const QLXAtom* host) {
 
 PyObject* WrapHostObject(QLXAtom* host, bool owned) {
   const Choice& choice = ChoiceFor(host);
-  return WrapAtom(choice.type ? choice.type : &g_BaseList2DType, host, owned && !choice.neverOwned);
+  return WrapAtom(choice.type, host, owned && !choice.neverOwned);
 }
 
 }  // namespace qlx

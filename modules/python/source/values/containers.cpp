@@ -11,19 +11,6 @@
 #include "kit/i_present.h"
 #include "values/values.h"
 
-namespace qlx {
-
-PyTypeObject& RecordType<AliasTransRecord>::Get() {
-  static PyTypeObject type = [] {
-    PyTypeObject none = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    none.tp_name = "qlx.AliasTrans";
-    return none;
-  }();
-  return type;
-}
-
-}  // namespace qlx
-
 namespace qlx::containers {
 namespace {
 

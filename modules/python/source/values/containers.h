@@ -7,20 +7,17 @@
 #include "kelvar/baselist.h"
 #include "kelvar/container.h"
 #include "kelvar/value.h"
+#include "scene/scene.h"
 #include "values/values.h"
 
 namespace qlx {
 
-// Arguments by the letter "O!": of the interpreter's own types, and of one that scripts can't have yet, so that
-// None alone is taken for it.
+// Arguments by the letter "O!" of the interpreter's own types.
 
 struct IntRecord {
   PyObject ob_base;
 };
 struct CapsuleRecord {
-  PyObject ob_base;
-};
-struct AliasTransRecord {
   PyObject ob_base;
 };
 
@@ -31,10 +28,6 @@ struct RecordType<IntRecord> {
 template <>
 struct RecordType<CapsuleRecord> {
   static PyTypeObject& Get() { return PyCapsule_Type; }
-};
-template <>
-struct RecordType<AliasTransRecord> {
-  static PyTypeObject& Get();
 };
 
 }  // namespace qlx
