@@ -35,6 +35,8 @@ PyObject* RaiseVector4dCount();                    // TypeError
 PyObject* RaiseUnknownParameterType();             // AttributeError
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
+PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
+PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 
