@@ -120,10 +120,6 @@ bool UuidDataFromPython(PyObject* object, GeData& data) {
   return true;
 }
 
-}  // namespace
-
-namespace {
-
 Conversion ConvertGeData(PyObject* object, void* target) {
   return GeDataFromPython(object, *static_cast<GeData*>(target)) ? Conversion::kStored : Conversion::kFailed;
 }
