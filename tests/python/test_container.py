@@ -10,7 +10,7 @@ import unittest
 import uuid
 
 import qlx
-from qlx import BaseContainer, BaseList2D, BaseTime, Matrix, Vector
+from qlx import BaseContainer, BaseList2D, BaseTime, DescID, DescLevel, Matrix, Vector, Vector4d
 
 CUBE, MATERIAL = 5159, 5703
 NOT_ALIVE = "the object 'qlx.BaseContainer' is not alive"
@@ -43,7 +43,7 @@ class ContainerTest(unittest.TestCase):
     def test_values_come_back_unchanged(self):
         element = BaseList2D(CUBE)
         values = [None, 0, 1, -1, 2 ** 31 - 1, -2 ** 31, 2 ** 31, 2 ** 63 - 1, True, 0.1, -0.0, 1e308, "", "x", "\u20ac\0",
-                  Vector(1, 2, 3), Matrix(Vector(1)), BaseTime(1, 30), uuid.uuid4(), BaseContainer(9), element]
+                  Vector(1, 2, 3), Vector4d(1, 2, 3, 4), DescID(), DescID(1, DescLevel(2, 3, 4)), Matrix(Vector(1)), BaseTime(1, 30), uuid.uuid4(), BaseContainer(9), element]
         bc = BaseContainer(1)
         for id, value in enumerate(values):
             bc[id] = value
@@ -55,6 +55,30 @@ class ContainerTest(unittest.TestCase):
         del element, values, value
         self.assertIsNone(bc[len(bc) - 1])
         self.assertIsNone(bc.GetLink(len(bc) - 1))
+
+    def test_what_comes_back_is_a_copy(self):
+        bc = BaseContainer()
+        deep = DescID(1)
+        for level in range(5):
+            deep.PushId(DescLevel(level))
+        for value, change in ((deep, DescID.PopId), (Vector4d(1), Vector4d.SetZero), (Vector(1, 2, 3), Vector.Normalize)):
+            bc[1] = value
+            before = repr(value)
+            change(bc[1])
+            change(value)
+            self.assertNotEqual(repr(value), before)
+            self.assertEqual(repr(bc[1]), before)
+        inner = bc[1] = BaseContainer(5)
+        bc[1].SetId(6)
+        inner.SetId(7)
+        self.assertEqual(bc[1].GetId(), 5)
+
+    def test_times_are_kept_reduced(self):
+        bc, time = BaseContainer(), BaseTime(1)
+        time.SetNumerator(10)
+        time.SetDenominator(4)
+        bc[1] = time
+        self.assertEqual((bc[1].GetNumerator(), bc[1].GetDenominator()), (5, 2))
 
     def test_a_value_below_32_bits_is_cut(self):
         bc = BaseContainer()

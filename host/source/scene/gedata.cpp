@@ -1,9 +1,13 @@
 #include "scene/gedata.h"
 
 #include <cstring>
+#include <type_traits>
+#include <vector>
 
 #include "boundary/host.h"
+#include "kelvar/descid.h"
 #include "kelvar/matrix.h"
+#include "kelvar/vector.h"
 #include "tables/values.h"
 
 namespace host {
@@ -15,7 +19,33 @@ struct TypeOperations {
   bool (*isEqual)(const HostGeData& a, const HostGeData& b);
   void (*copy)(HostGeData& value) = nullptr;     // makes the value an owner of its own
   void (*destroy)(HostGeData& value) = nullptr;  // null as `copy` is where the bytes are all
+  void* (*make)(const void* plain) = nullptr;    // custom data: a new object, or null for a wrong struct
 };
+
+bool operator==(const ColorA& a, const ColorA& b) {
+  return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
+}
+
+// The levels with their struct, which is what others see of the object.
+struct DescIDData {
+  HostDescID plain{};
+  std::vector<DescLevel> levels;
+
+  DescIDData() = default;
+  explicit DescIDData(const HostDescID& id) : levels(id.levels, id.levels + id.depth) { Show(); }
+  DescIDData(const DescIDData& other) : levels(other.levels) { Show(); }
+  DescIDData& operator=(const DescIDData&) = delete;
+  bool operator==(const DescIDData& other) const { return levels == other.levels; }
+
+ private:
+  void Show() { plain = {levels.data(), int32_t(levels.size()), 0}; }
+};
+
+template <class Plain>
+bool IsWhole(const Plain&) {
+  return true;
+}
+bool IsWhole(const HostDescID& id) { return id.depth == 0 || (id.depth > 0 && id.levels); }
 
 Matrix* MatrixOf(const HostGeData& value) {
   return value.type == HOST_DATA_MATRIX ? static_cast<Matrix*>(value.value.pointer) : nullptr;
@@ -33,6 +63,24 @@ constexpr TypeOperations OnHeap(int32_t type) {
             }
           },
           [](HostGeData& value) { delete Get(value); }};
+}
+
+template <class Object, int32_t kType>
+Object* CustomOf(const HostGeData& value) {
+  return value.type == kType ? static_cast<Object*>(value.value.pointer) : nullptr;
+}
+
+// Custom data: an object that begins with the struct that the boundary has for its type.
+template <int32_t kType, class Plain, class Object = Plain>
+constexpr TypeOperations Custom() {
+  static_assert(std::is_standard_layout_v<Object>);
+  TypeOperations operations = OnHeap<Object, CustomOf<Object, kType>>(kType);
+  operations.make = [](const void* plain) -> void* {
+    if (!plain) return new Object();
+    const auto& value = *static_cast<const Plain*>(plain);
+    return IsWhole(value) ? new Object(value) : nullptr;
+  };
+  return operations;
 }
 
 template <class Word, Word decltype(HostGeData::value)::*Member>
@@ -78,6 +126,9 @@ constexpr TypeOperations kTypes[] = {
      }},
     {HOST_DATA_POINTER,
      [](const HostGeData& a, const HostGeData& b) { return a.value.pointer == b.value.pointer; }},
+    Custom<HOST_CUSTOM_DESCID, HostDescID, DescIDData>(),
+    Custom<HOST_CUSTOM_VECTOR4D, Vector4d>(),
+    Custom<HOST_CUSTOM_COLORA, ColorA>(),
 };
 
 const TypeOperations* Find(int32_t type) {
@@ -143,5 +194,18 @@ HostGeData FromContainer(const BaseContainer* container) {
 }
 
 BaseContainer* GetContainer(const HostGeData* self) noexcept { return self ? ContainerOf(*self) : nullptr; }
+
+HostGeData FromCustom(int32_t type, const void* value) {
+  const TypeOperations* operations = Find(type);
+  HostGeData made{};
+  made.value.pointer = operations && operations->make ? operations->make(value) : nullptr;
+  if (made.value.pointer) made.type = type;
+  return made;
+}
+
+const void* GetCustom(const HostGeData* self, int32_t type) noexcept {
+  const TypeOperations* operations = self && self->type == type ? Find(type) : nullptr;
+  return operations && operations->make ? self->value.pointer : nullptr;
+}
 
 }  // namespace host::gedata

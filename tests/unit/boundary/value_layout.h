@@ -16,6 +16,10 @@
 SIZE(HostString, 8);
 SIZE(HostFilename, 8);
 
+SIZE(HostDescID, 16);
+PLACE(HostDescID, levels, 0);
+PLACE(HostDescID, depth, 8);
+
 SIZE(HostResult, 24);
 PLACE(HostResult, code, 0);
 PLACE(HostResult, line, 4);

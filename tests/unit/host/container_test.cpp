@@ -66,6 +66,9 @@ TEST_F(Container, EveryTypeIsCopiedComparedAndEnded) {
   const BaseContainer inner = With({1}), other = With({2});
   const auto text = [](std::string_view utf8) { return String::Adopt(host::MakeString(utf8)); };
   const auto path = [](std::string_view utf8) { return Filename::Adopt(host::MakeFilename(utf8)); };
+  DescID deep, shallow;
+  for (int32_t i = 0; i < 5; ++i) deep.PushId({i, i, i});
+  for (int32_t i = 0; i < 4; ++i) shallow.PushId(deep[i]);
   const std::pair<GeData, GeData> values[] = {
       {GeData::Int32(-1), GeData::Int32(1)},
       {GeData::Int64(-1), GeData::Int64(int64_t(1) << 40)},
@@ -79,6 +82,9 @@ TEST_F(Container, EveryTypeIsCopiedComparedAndEnded) {
       {GeData::Matrix({{1}, {2}, {3}, {4}}), GeData::Matrix({{1}, {2}, {3}, {5}})},
       {GeData::Container(&inner), GeData::Container(&other)},
       {LinkTo(*one), LinkTo(*two)},
+      {GeData::DescID(deep), GeData::DescID(shallow)},
+      {GeData::Custom(Vector4d{1, 2, 3, 4}), GeData::Custom(Vector4d{1, 2, 3, 5})},
+      {GeData::Custom(ColorA{1, 2, 3, 4}), GeData::Custom(ColorA{1, 2, 3, 5})},
   };
   BaseContainer all;
   for (const auto& [value, different] : values) {
@@ -95,6 +101,9 @@ TEST_F(Container, EveryTypeIsCopiedComparedAndEnded) {
   EXPECT_STREQ(values[5].first.GetString().GetUtf8(nullptr), "a");
   EXPECT_EQ(values[9].first.GetMatrix()->v3.x, 4);
   EXPECT_EQ(values[0].first.GetMatrix(), nullptr);
+  EXPECT_EQ(values[12].first.GetCustom<HostDescID>()->levels[4].id, 4);
+  EXPECT_EQ(values[14].first.GetCustom<ColorA>()->a, 4);
+  EXPECT_EQ(values[14].first.GetCustom<Vector4d>(), nullptr);
   EXPECT_EQ(values[0].first.GetString().Word()->word, nullptr);
 }
 
@@ -116,6 +125,21 @@ TEST_F(Container, ValuesThatEqualNothingOrSayNothing) {
   EXPECT_EQ(GeData::Copy(hollow).Type(), HOST_DATA_NONE);
   EXPECT_FALSE(host::gedata::IsEqual(&unknown, &unknown));
   EXPECT_TRUE(GeData() == GeData());
+}
+
+TEST_F(Container, CustomDataIsWholeOrNone) {
+  using namespace host::gedata;
+  const auto Made = [](int32_t type, const void* value) { return GeData::Adopt(FromCustom(type, value)); };
+  const GeData empty = Made(HOST_CUSTOM_DESCID, nullptr);
+  EXPECT_TRUE(empty == GeData::DescID({}));
+  EXPECT_EQ(empty.GetCustom<HostDescID>()->depth, 0);
+  for (const HostDescID& wrong : {HostDescID{nullptr, 1, 0}, HostDescID{nullptr, -1, 0}})
+    EXPECT_EQ(Made(HOST_CUSTOM_DESCID, &wrong).Type(), HOST_DATA_NONE);
+  for (const int32_t type : {int32_t(HOST_DATA_NONE), int32_t(HOST_DATA_MATRIX), 1000055})
+    EXPECT_EQ(Made(type, nullptr).Type(), HOST_DATA_NONE) << type;
+  const GeData matrix = GeData::Matrix({});
+  EXPECT_EQ(GetCustom(matrix.Data(), HOST_DATA_MATRIX), nullptr);
+  EXPECT_EQ(GetCustom(nullptr, HOST_CUSTOM_COLORA), nullptr);
 }
 
 TEST_F(Container, NullArgumentsFail) {

@@ -3,10 +3,22 @@
 #define KELVAR_VALUE_H
 
 #include <utility>
+#include <vector>
 
+#include "kelvar/descid.h"
 #include "kelvar/filename.h"
 #include "kelvar/gedata.h"
 #include "kelvar/string.h"
+
+// The type of custom data whose values are of that struct.
+template <class Plain>
+inline constexpr int32_t kCustomType = 0;
+template <>
+inline constexpr int32_t kCustomType<HostDescID> = HOST_CUSTOM_DESCID;
+template <>
+inline constexpr int32_t kCustomType<Vector4d> = HOST_CUSTOM_VECTOR4D;
+template <>
+inline constexpr int32_t kCustomType<ColorA> = HOST_CUSTOM_COLORA;
 
 // An accessor answers zero, or the empty value, for a value of another type.
 class GeData {
@@ -55,6 +67,24 @@ class GeData {
   // Takes the link over.
   static GeData Link(HostLink value) { return Adopt({HOST_DATA_LINK, 0, {.link = value}}); }
 
+  // Custom data; empty when the host doesn't know the type.
+  template <class Plain>
+  static GeData Custom(const Plain& value) {
+    static_assert(kCustomType<Plain> != 0);
+    return Adopt(kelvar::gedata::FromCustom(kCustomType<Plain>, &value));
+  }
+  static GeData DescID(const ::DescID& id) {
+    std::vector<DescLevel> levels;
+    for (int32_t i = 0; i < id.GetDepth(); ++i) levels.push_back(id[i]);
+    return Custom(HostDescID{levels.data(), id.GetDepth(), 0});
+  }
+  // Of a value that somebody else keeps, and that keeps the result; null for another type.
+  template <class Plain>
+  static const Plain* CustomOf(const HostGeData& data) {
+    static_assert(kCustomType<Plain> != 0);
+    return static_cast<const Plain*>(kelvar::gedata::GetCustom(&data, kCustomType<Plain>));
+  }
+
   int32_t Type() const { return data_.type; }
   int32_t GetInt32() const { return int32_t(Get(HOST_DATA_INT32, data_.value.integer)); }
   int64_t GetInt64() const { return Get(HOST_DATA_INT64, data_.value.integer); }
@@ -75,6 +105,10 @@ class GeData {
   const ::Matrix* GetMatrix() const { return kelvar::gedata::GetMatrix(&data_); }
   BaseContainer* GetContainer() const { return kelvar::gedata::GetContainer(&data_); }
   HostLink GetLink() const { return Get(HOST_DATA_LINK, data_.value.link); }
+  template <class Plain>
+  const Plain* GetCustom() const {
+    return CustomOf<Plain>(data_);
+  }
 
   bool operator==(const GeData& other) const { return kelvar::gedata::IsEqual(&data_, &other.data_); }
 

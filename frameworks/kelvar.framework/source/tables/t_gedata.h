@@ -70,6 +70,23 @@ typedef struct HostGeDataGroup {
    * since   23100
    * fails   null */
   BaseContainer* (*GetContainer)(const HostGeData* self);
+
+  /* A value of a type of custom data, with a copy of `value`, which is of the struct that HostCustomType names;
+   * the type's default for null.
+   * owner   the caller
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   empty */
+  HostGeData (*FromCustom)(int32_t type, const void* value);
+
+  /* The struct of a value of that type of custom data; null for a value of another type. Quick.
+   * owner   the value
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   null */
+  const void* (*GetCustom)(const HostGeData* self, int32_t type);
 } HostGeDataGroup;
 
 #ifdef __cplusplus

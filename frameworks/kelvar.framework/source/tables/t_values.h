@@ -9,6 +9,10 @@ typedef struct Vector {
   double x, y, z;
 } Vector;
 
+typedef struct Vector32 {
+  float x, y, z;
+} Vector32;
+
 typedef struct Vector4d {
   double x, y, z, w;
 } Vector4d;
@@ -60,6 +64,16 @@ typedef struct HostDescID {
   int32_t reserved;
 } HostDescID;
 
+/* The tangents of a spline's point, to the left and to the right. */
+typedef struct Tangent {
+  Vector vl, vr;
+} Tangent;
+
+/* The texture coordinates of a polygon's four points. */
+typedef struct UVWStruct {
+  Vector a, b, c, d;
+} UVWStruct;
+
 /* The bytes in the order of the text form. */
 typedef struct Uuid {
   uint8_t bytes[16];
@@ -80,6 +94,20 @@ enum HostDataType {
   HOST_DATA_CONTAINER = 132,
   HOST_DATA_LINK = 133,
   HOST_DATA_UUID = 258
+};
+
+/* The address of a parameter, as custom data: `depth` levels, the first one first. */
+typedef struct HostDescID {
+  const DescLevel* levels;
+  int32_t depth;
+  int32_t reserved;
+} HostDescID;
+
+/* The types of tagged values that are custom data, each with the struct of its value. */
+enum HostCustomType {
+  HOST_CUSTOM_DESCID = 1000486,   /* HostDescID */
+  HOST_CUSTOM_VECTOR4D = 1040682, /* Vector4d */
+  HOST_CUSTOM_COLORA = 400007013  /* ColorA */
 };
 
 /* A value with its type. All zero is no value. The values of the types 0, 14, 15, 19, 22, 23, 26 and 258 lie

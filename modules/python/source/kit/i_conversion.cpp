@@ -3,12 +3,12 @@
 #include "kit/i_conversion.h"
 
 #include <cstring>
-#include <vector>
+#include <utility>
 
+#include "kelvar/basetime.h"
 #include "kelvar/link.h"
 #include "kelvar/text.h"
 #include "kit/i_errors.h"
-#include "kit/i_lasting.h"
 #include "kit/i_present.h"
 #include "kit/i_valueletters.h"
 #include "scene/scene.h"
@@ -17,12 +17,8 @@
 namespace qlx {
 namespace {
 
-// In the order in which the rows were added. A function, because rows are added while other files'
-// objects are still being made.
-std::vector<const CustomDataEntry*>& CustomTypes() {
-  static auto& types = *new std::vector<const CustomDataEntry*>;
-  return types;
-}
+// By place; null where no wrapper is bound.
+constinit const CustomDataEntry* g_customEntries[std::size(kCustomTypes)] = {};
 
 PyObject* LinkToPython(HostLink link) {
   auto* atom = static_cast<QLXAtom*>(LookUp(link));
@@ -36,9 +32,19 @@ PyObject* ContainerToPython(const HostGeData& data) {
 }
 
 PyObject* CustomToPython(const HostGeData& data) {
-  for (const CustomDataEntry* entry : CustomTypes())
-    if (entry->typeId == data.type) return entry->toPython(data);
+  for (size_t i = 0; i < std::size(kCustomTypes); ++i)
+    if (kCustomTypes[i] == data.type && g_customEntries[i]) return g_customEntries[i]->toPython(data);
   return RaiseUnknownParameterType();
+}
+
+PyObject* Vector4dToPython(const HostGeData& data) {
+  const auto* value = GeData::CustomOf<Vector4d>(data);
+  return value ? NewVector4d(*value) : nullptr;
+}
+
+PyObject* ColorToPython(const HostGeData& data) {
+  const auto* color = GeData::CustomOf<ColorA>(data);
+  return color ? NewVector4d({color->r, color->g, color->b, color->a}) : nullptr;
 }
 
 // The class `uuid.UUID`, borrowed; null when no script has imported its module, or it lacks the class.
@@ -76,6 +82,14 @@ bool TextFromPython(PyObject* object, int32_t type, GeData& data) {
   return true;
 }
 
+// In the forms that the data bridge takes for a colour with alpha.
+Conversion ColorFromPython(PyObject* object, GeData& data) {
+  ColorA color;
+  const Conversion conversion = ConvertLetter(ValueLetter::kColorA, object, &color);
+  if (conversion != Conversion::kStored) return conversion;
+  return StoreMade(GeData::Custom(color), object, data) ? conversion : Conversion::kFailed;
+}
+
 bool LinkFromPython(PyObject* object, GeData& data) {
   HostLink link{};
   if (object != Py_None) {
@@ -96,8 +110,7 @@ bool FloatFromPython(PyObject* object, GeData& data) {
 
 bool ContainerFromPython(PyObject* object, GeData& data) {
   const BaseContainer* container = BaseContainerOf(object);
-  if (container) data = GeData::Container(container);
-  return container != nullptr;
+  return container && StoreMade(GeData::Container(container), object, data);
 }
 
 bool UuidDataFromPython(PyObject* object, GeData& data) {
@@ -107,10 +120,6 @@ bool UuidDataFromPython(PyObject* object, GeData& data) {
   return true;
 }
 
-}  // namespace
-
-namespace {
-
 Conversion ConvertGeData(PyObject* object, void* target) {
   return GeDataFromPython(object, *static_cast<GeData*>(target)) ? Conversion::kStored : Conversion::kFailed;
 }
@@ -119,10 +128,20 @@ const LetterEntry g_letter(ValueLetter::kGeData, ConvertGeData);
 
 }  // namespace
 
-CustomDataEntry::CustomDataEntry(int32_t id, PyTypeObject& pythonType, PyObject* (*to)(const HostGeData&),
-                                 bool (*from)(PyObject*, GeData&))
-    : typeId(id), type(&pythonType), toPython(to), fromPython(from) {
-  CustomTypes().push_back(this);
+CustomDataEntry::CustomDataEntry(CustomPlace place, PyTypeObject& pythonType,
+                                 PyObject* (*to)(const HostGeData&), bool (*from)(PyObject*, GeData&))
+    : type(&pythonType), toPython(to), fromPython(from) {
+  g_customEntries[place.index] = this;
+}
+
+bool StoreMade(GeData made, PyObject* object, GeData& data) {
+  if (made.Type() == HOST_DATA_NONE) return RaiseNotConvertible(object), false;
+  data = std::move(made);
+  return true;
+}
+
+BaseTime TimeFromPython(PyObject* time) {
+  return kelvar::MakeTime(ValueOf<BaseTime>(time).numerator, ValueOf<BaseTime>(time).denominator);
 }
 
 PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
@@ -154,6 +173,10 @@ PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
       return LinkToPython(data.value.link);
     case HOST_DATA_UUID:
       return UuidToPython(Uuid(data.value.uuid));  // a copy: the conversion runs Python code
+    case HOST_CUSTOM_VECTOR4D:
+      return Vector4dToPython(data);
+    case HOST_CUSTOM_COLORA:
+      return ColorToPython(data);
     default:
       return CustomToPython(data);
   }
@@ -173,26 +196,32 @@ bool GeDataFromPython(PyObject* object, GeData& data) {
     data = GeData::Vector(ValueOf<Vector>(object));
     return true;
   }
+  if (IsVector4d(object) && fits(HOST_CUSTOM_VECTOR4D))
+    return StoreMade(GeData::Custom(ValueOf<Vector4d>(object)), object, data);
   if (PyLong_Check(object) && (fits(HOST_DATA_INT32) || type == HOST_DATA_INT64))
     return IntFromPython(object, data);
   if (IsBaseTime(object) && fits(HOST_DATA_TIME)) {
-    data = GeData::Time(ValueOf<BaseTime>(object));
+    data = GeData::Time(TimeFromPython(object));
     return true;
   }
   if (PyUnicode_Check(object) && (fits(HOST_DATA_STRING) || type == HOST_DATA_FILENAME))
     return TextFromPython(object, type, data);
   if ((PyFloat_Check(object) || PyLong_Check(object)) && fits(HOST_DATA_FLOAT))
     return FloatFromPython(object, data);
-  if (IsMatrix(object) && fits(HOST_DATA_MATRIX)) {
-    data = GeData::Matrix(ValueOf<Matrix>(object));
-    return true;
-  }
+  if (IsMatrix(object) && fits(HOST_DATA_MATRIX))
+    return StoreMade(GeData::Matrix(ValueOf<Matrix>(object)), object, data);
   if (IsBaseContainer(object) && fits(HOST_DATA_CONTAINER)) return ContainerFromPython(object, data);
   if (fits(HOST_DATA_UUID) && IsUuid(object)) return UuidDataFromPython(object, data);
   if ((object == Py_None || PyObject_TypeCheck(object, &g_BaseList2DType)) && fits(HOST_DATA_LINK))
     return LinkFromPython(object, data);
-  for (const CustomDataEntry* entry : CustomTypes())
-    if (PyObject_TypeCheck(object, entry->type) && fits(entry->typeId)) return entry->fromPython(object, data);
+  for (size_t i = 0; i < std::size(kCustomTypes); ++i) {
+    const CustomDataEntry* entry = fits(kCustomTypes[i]) ? g_customEntries[i] : nullptr;
+    if (entry && PyObject_TypeCheck(object, entry->type)) return entry->fromPython(object, data);
+  }
+  if (fits(HOST_CUSTOM_COLORA)) {
+    const Conversion conversion = ColorFromPython(object, data);
+    if (conversion != Conversion::kWrongType) return conversion == Conversion::kStored;
+  }
   RaiseNotConvertible(object);
   return false;
 }

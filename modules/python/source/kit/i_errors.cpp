@@ -150,6 +150,13 @@ PyObject* RaiseNoUuidModule() {
   return RaiseFormatted(PyExc_ImportError, "uuid module missing - cannot convert uuid");
 }
 
+PyObject* RaiseInvalidLength() { return RaiseFormatted(PyExc_ValueError, "Invalid object length."); }
+
+// Scripts may look for this text: its spelling stays.
+PyObject* RaiseTextTooLong() {
+  return RaiseFormatted(PyExc_TypeError, "The lenght of the string is greater than 1");
+}
+
 int RaiseReadOnlyAttribute() {
   RaiseFormatted(PyExc_AttributeError, "the attribute is read-only");
   return -1;

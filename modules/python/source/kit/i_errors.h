@@ -47,6 +47,8 @@ PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of 
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
+PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
+PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 

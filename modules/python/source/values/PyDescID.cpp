@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kelvar/descid.h"
+#include "kit/i_conversion.h"
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
@@ -141,6 +142,23 @@ PyObject* SetState(DescID& self, PyObject* levels) {
   self = std::move(id);
   return NewNone();
 }
+
+PyObject* CustomToPython(const HostGeData& data) {
+  return Guarded([&]() -> PyObject* {
+    const auto* plain = GeData::CustomOf<HostDescID>(data);
+    if (!plain) return nullptr;
+    DescID id;
+    for (int32_t i = 0; i < plain->depth; ++i) id.PushId(plain->levels[i]);
+    return NewDescID(id);
+  });
+}
+
+bool CustomFromPython(PyObject* object, GeData& data) {
+  return Guarded(
+      [&] { return StoreMade(GeData::DescID(ValueOf<DescID>(object)), object, data) ? object : nullptr; });
+}
+
+const CustomDataEntry g_custom(HOST_CUSTOM_DESCID, g_DescIDType, CustomToPython, CustomFromPython);
 
 PyNumberMethods g_number = {.nb_lshift = Shift};
 PyMappingMethods g_mapping = {.mp_length = Length, .mp_subscript = GetItem};
