@@ -38,6 +38,8 @@ PyObject* RaiseNoUuidModule();                     // ImportError
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 
+void RaiseEmptyScope();  // SystemError: a script is to run in a scope that has no names yet
+
 // ValueError for a source text with a null byte, which the compiler would cut there; false then.
 bool CheckSourceText(const std::string& source);
 

@@ -13,6 +13,9 @@ extern PyTypeObject g_QLXAtomType;
 extern PyTypeObject g_GeListNodeType;
 extern PyTypeObject g_BaseList2DType;
 
+// The package's functions for events of the scene; false with an exception.
+bool AddEventFunctions(PyObject* package);
+
 template <>
 struct TypeOf<QLXAtom> {
   static PyTypeObject& Get() { return g_QLXAtomType; }
