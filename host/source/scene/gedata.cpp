@@ -32,7 +32,7 @@ struct DescIDData {
   std::vector<DescLevel> levels;
 
   DescIDData() = default;
-  explicit DescIDData(const HostDescID& id) : levels(id.levels, id.levels + id.depth) { Show(); }
+  explicit DescIDData(const HostDescID& id) : levels(id.level, id.level + id.depth) { Show(); }
   DescIDData(const DescIDData& other) : levels(other.levels) { Show(); }
   DescIDData& operator=(const DescIDData&) = delete;
   bool operator==(const DescIDData& other) const { return levels == other.levels; }
@@ -45,7 +45,7 @@ template <class Plain>
 bool IsWhole(const Plain&) {
   return true;
 }
-bool IsWhole(const HostDescID& id) { return id.depth == 0 || (id.depth > 0 && id.levels); }
+bool IsWhole(const HostDescID& id) { return id.depth == 0 || (id.depth > 0 && id.level); }
 
 Matrix* MatrixOf(const HostGeData& value) {
   return value.type == HOST_DATA_MATRIX ? static_cast<Matrix*>(value.value.pointer) : nullptr;

@@ -74,9 +74,7 @@ class GeData {
     return Adopt(kelvar::gedata::FromCustom(kCustomType<Plain>, &value));
   }
   static GeData DescID(const ::DescID& id) {
-    std::vector<DescLevel> levels;
-    for (int32_t i = 0; i < id.GetDepth(); ++i) levels.push_back(id[i]);
-    return Custom(HostDescID{levels.data(), id.GetDepth(), 0});
+    return Custom(id.Word());
   }
   // Of a value that somebody else keeps, and that keeps the result; null for another type.
   template <class Plain>

@@ -10,6 +10,7 @@
 extern "C" {
 #endif
 
+/* An element like every other of the scene: what takes a QLXAtom takes it. */
 typedef struct ParticleMasterSystem ParticleMasterSystem;
 
 typedef struct HostDocumentGroup {

@@ -96,13 +96,6 @@ enum HostDataType {
   HOST_DATA_UUID = 258
 };
 
-/* The address of a parameter, as custom data: `depth` levels, the first one first. */
-typedef struct HostDescID {
-  const DescLevel* levels;
-  int32_t depth;
-  int32_t reserved;
-} HostDescID;
-
 /* The types of tagged values that are custom data, each with the struct of its value. */
 enum HostCustomType {
   HOST_CUSTOM_DESCID = 1000486,   /* HostDescID */

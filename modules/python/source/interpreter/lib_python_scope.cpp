@@ -9,8 +9,9 @@
 #include "interpreter/lib_python_lock.h"
 #include "interpreter/lib_python_machine.h"
 #include "interpreter/lib_python_output.h"
+#include "interpreter/lib_python_scriptscope.h"
+#include "interpreter/lib_python_syntax.h"
 #include "kelvar/text.h"
-#include "kit/i_errors.h"
 #include "tavor/datadictionary.h"
 
 namespace qlx {
@@ -37,29 +38,23 @@ class CPythonScope : public VirtualMachineScope {
     errorHandling_ = redirect ? ERRORHANDLING_REDIRECT : errorHandling;
     const std::string text(kelvar::View(*reinterpret_cast<const String*>(code)));
     const std::string file(kelvar::View(*reinterpret_cast<const String*>(name)));
-    if (!CheckSourceText(text)) return Failure();
-    globals_ = KeptReference::Adopt(NewGlobals());
-    PyObject* fileName =
-        globals_ ? PyUnicode_DecodeFSDefaultAndSize(file.data(), Py_ssize_t(file.size())) : nullptr;
-    code_ = KeptReference::Adopt(
-        fileName ? Py_CompileStringObject(text.c_str(), fileName, Py_file_input, nullptr, -1) : nullptr);
-    Py_XDECREF(fileName);
+    code_ = KeptReference::Adopt(scope_.Reset() ? Compile(text, file, Py_file_input) : nullptr);
     return code_ ? HostResult{} : Failure();
   }
 
   HostResult Add(const HostString* name, const HostString* value) {
-    if (!IsPythonRunning() || !globals_) return NotRunning();
+    if (!IsPythonRunning() || !scope_.Globals()) return NotRunning();
     GilScope lock;
     PyObject* object = TextObject(value);
     PyObject* key = TextObject(name);
-    const bool ok = object && key && PyDict_SetItem(globals_.Get(), key, object) == 0;
+    const bool ok = object && key && PyDict_SetItem(scope_.Globals(), key, object) == 0;
     Py_XDECREF(key);
     Py_XDECREF(object);
     return ok ? HostResult{} : Failure();
   }
 
   HostResult Get(const HostString* name, HostString* result) {
-    if (!IsPythonRunning() || !globals_) return NotRunning();
+    if (!IsPythonRunning() || !scope_.Globals()) return NotRunning();
     GilScope lock;
     PyObject* object = Lookup(name);
     return object ? GiveText(object, result) : NameError(name);
@@ -68,14 +63,14 @@ class CPythonScope : public VirtualMachineScope {
   HostResult Execute() {
     if (!IsPythonRunning() || !code_) return NotRunning();
     GilScope lock;
-    PyObject* result = PyEval_EvalCode(code_.Get(), globals_.Get(), globals_.Get());
+    PyObject* result = PyEval_EvalCode(code_.Get(), scope_.Globals(), scope_.Globals());
     if (!result) return Failure();
     Py_DECREF(result);
     return {};
   }
 
   HostResult PrivateInvoke(const HostString* function, HostString* result) {
-    if (!IsPythonRunning() || !globals_) return NotRunning();
+    if (!IsPythonRunning() || !scope_.Globals()) return NotRunning();
     GilScope lock;
     PyObject* callable = Lookup(function);
     if (!callable) return NameError(function);
@@ -93,17 +88,6 @@ class CPythonScope : public VirtualMachineScope {
     return tavor::Error("the scope has no text, or the interpreter does not run").ToHost();
   }
 
-  static PyObject* NewGlobals() {
-    PyObject* globals = PyDict_New();
-    PyObject* name = globals ? PyUnicode_FromString("__main__") : nullptr;
-    const bool ok = name && PyDict_SetItemString(globals, "__builtins__", PyEval_GetBuiltins()) == 0 &&
-                    PyDict_SetItemString(globals, "__name__", name) == 0;
-    Py_XDECREF(name);
-    if (ok) return globals;
-    Py_XDECREF(globals);
-    return nullptr;
-  }
-
   // Texts of the host may come from file names: their bytes survive.
   static PyObject* TextObject(const HostString* text) {
     const std::string_view bytes = kelvar::View(*reinterpret_cast<const String*>(text));
@@ -112,7 +96,7 @@ class CPythonScope : public VirtualMachineScope {
 
   PyObject* Lookup(const HostString* name) {
     PyObject* key = TextObject(name);
-    PyObject* object = key ? PyDict_GetItem(globals_.Get(), key) : nullptr;
+    PyObject* object = key ? PyDict_GetItem(scope_.Globals(), key) : nullptr;
     Py_XDECREF(key);
     return object;
   }
@@ -147,7 +131,7 @@ class CPythonScope : public VirtualMachineScope {
 
   std::atomic<int> references_{1};
   int32_t errorHandling_ = ERRORHANDLING_PRINT;
-  KeptReference globals_;
+  ScriptScope scope_;
   KeptReference code_;
 };
 

@@ -1,40 +1,15 @@
 // The start-up scripts `python_init.py`.
 
-#include <memory>
-#include <new>
 #include <string>
 
 #include "interpreter/lib_python.h"
-#include "kelvar/basefile.h"
+#include "interpreter/lib_python_scriptscope.h"
 #include "kelvar/general.h"
 #include "kelvar/text.h"
 #include "tavor/registry.h"
 #include "tavor/virtualmachinescope.h"
 
 namespace qlx {
-namespace {
-
-struct CloseFile {
-  void operator()(BaseFile* file) const { file->Close(); }
-};
-
-tavor::Error ReadText(const Filename& path, String& text) {
-  BaseFile* opened = nullptr;
-  if (tavor::Error error = BaseFile::OpenForReading(path, &opened)) return error;
-  const std::unique_ptr<BaseFile, CloseFile> file(opened);
-  const std::string name(kelvar::View(path.GetString()));
-  const int64_t length = file->GetLength();
-  if (length < 0) return tavor::Error("'" + name + "' can't be read");
-  const std::unique_ptr<char[]> bytes(new (std::nothrow) char[size_t(length) + 1]);
-  if (!bytes) return tavor::Error("'" + name + "' does not fit into memory", HOST_RESULT_OUT_OF_MEMORY);
-  const int64_t read = file->ReadBytes(bytes.get(), length);
-  if (read < 0) return tavor::Error("'" + name + "' can't be read");
-  if (tavor::Error error = String::Decode(bytes.get(), read, text))
-    return tavor::Error("'" + name + "': " + error.Text());
-  return {};
-}
-
-}  // namespace
 
 tavor::Error RunStartupScript(const Filename& file) {
   const String path = file.GetString();
@@ -46,7 +21,7 @@ tavor::Error RunStartupScript(const Filename& file) {
     return error;
   }
   String source;
-  if (tavor::Error error = ReadText(file, source)) return error;
+  if (tavor::Error error = ReadScript(file, source)) return error;
   auto* machine = static_cast<VirtualMachine*>(tavor::registry::Find(kMachineRegistry, kMachineId));
   if (!machine) return tavor::Error(std::string("no virtual machine is registered under '") + kMachineId + "'");
   auto scope = tavor::Ref<VirtualMachineScope>::Adopt(machine->CreateScope());

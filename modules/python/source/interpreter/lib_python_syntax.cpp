@@ -47,11 +47,16 @@ void ReadFault(SyntaxFault& fault) {
 
 }  // namespace
 
+PyObject* Compile(const std::string& source, const std::string& fileName, int startMode) {
+  if (!CheckSourceText(source)) return nullptr;
+  PyObject* name = PyUnicode_DecodeFSDefaultAndSize(fileName.data(), Py_ssize_t(fileName.size()));
+  PyObject* code = name ? Py_CompileStringObject(source.c_str(), name, startMode, nullptr, -1) : nullptr;
+  Py_XDECREF(name);
+  return code;
+}
+
 PyObject* CompileForCheck(const std::string& source, const std::string& name, SyntaxFault& fault) {
-  PyObject* code = nullptr;
-  if (CheckSourceText(source)) {
-    code = Py_CompileStringExFlags(source.c_str(), ("'" + name + "'").c_str(), Py_file_input, nullptr, -1);
-  }
+  PyObject* code = Compile(source, "'" + name + "'", Py_file_input);
   if (!code) ReadFault(fault);
   return code;
 }

@@ -16,8 +16,11 @@ struct SyntaxFault {
   std::string text;
 };
 
-// A new code object, or null with the error pending and its place in `fault`. A traceback shows
-// `name` in quotes.
+// A new code object, or null with the error pending. A traceback shows `fileName`, the bytes of a path.
+PyObject* Compile(const std::string& source, const std::string& fileName, int startMode);
+
+// The same for a whole script, with the place of the error in `fault`. A traceback shows `name` in
+// quotes.
 PyObject* CompileForCheck(const std::string& source, const std::string& name, SyntaxFault& fault);
 
 // Whether a text compiles. No error is pending afterwards.

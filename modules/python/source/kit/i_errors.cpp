@@ -167,6 +167,8 @@ int RaiseAttributeNotRemovable(const char* name) {
   return -1;
 }
 
+void RaiseEmptyScope() { RaiseFormatted(PyExc_SystemError, "the scope of the script is empty"); }
+
 bool CheckSourceText(const std::string& source) {
   if (source.find('\0') == std::string::npos) return true;
   RaiseFormatted(PyExc_ValueError, "source code string cannot contain null bytes");

@@ -52,6 +52,8 @@ PyObject* RaiseTextTooLong();                      // TypeError: one character w
 int RaiseReadOnlyAttribute();                      // AttributeError
 int RaiseAttributeNotRemovable(const char* name);  // AttributeError
 
+void RaiseEmptyScope();  // SystemError: a script is to run in a scope that has no names yet
+
 // ValueError for a source text with a null byte, which the compiler would cut there; false then.
 bool CheckSourceText(const std::string& source);
 

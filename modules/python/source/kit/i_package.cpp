@@ -135,7 +135,7 @@ bool AddModule(PyObject* package, const Module& entry) {
 
 bool InitPackageContents(PyObject* module) {
   if (!MakePackage(module) || PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) < 0) return false;
-  if (!AddConsoleFunctions(module) || !AddTypes(module, kTypes)) return false;
+  if (!AddConsoleFunctions(module) || !AddEventFunctions(module) || !AddTypes(module, kTypes)) return false;
   for (const Module& entry : kModules)
     if (!AddModule(module, entry)) return false;
   AddKnownSymbols(module);

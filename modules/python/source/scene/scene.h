@@ -24,6 +24,9 @@ extern PyTypeObject g_GeListNodeType;
 extern PyTypeObject g_GeListHeadType;
 extern PyTypeObject g_BaseList2DType;
 
+// The functions of the package for events of the scene; false with an exception.
+bool AddEventFunctions(PyObject* package);
+
 // Those of which only the place among the others is told: their rows come with what they are about.
 extern PyTypeObject g_BaseDocumentType;
 extern PyTypeObject g_LayerObjectType;

@@ -148,7 +148,7 @@ PyObject* CustomToPython(const HostGeData& data) {
     const auto* plain = GeData::CustomOf<HostDescID>(data);
     if (!plain) return nullptr;
     DescID id;
-    for (int32_t i = 0; i < plain->depth; ++i) id.PushId(plain->levels[i]);
+    for (int32_t i = 0; i < plain->depth; ++i) id.PushId(plain->level[i]);
     return NewDescID(id);
   });
 }
