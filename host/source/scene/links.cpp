@@ -1,12 +1,14 @@
 #include "scene/links.h"
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
 
 #include "boundary/host.h"
+#include "scene/atom.h"
 #include "tables/tables.h"
 
 namespace host {
@@ -82,6 +84,17 @@ void FreeDoomed(LinkSlot* slot) {
   Slots().Give(slot);
 }
 
+// A reference has no offset to ask for, so that it is looked for.
+uint32_t OffsetOfType() {
+  const NodeType type;
+  const QLXAtom atom(type);
+  uint32_t offset = 0;
+  const void* word = nullptr;
+  for (; word != &type; offset += sizeof word)
+    std::memcpy(&word, reinterpret_cast<const char*>(&atom) + offset, sizeof word);
+  return offset - uint32_t(sizeof word);
+}
+
 }  // namespace
 
 Linkable::~Linkable() = default;
@@ -108,7 +121,7 @@ void OfferLinkLayout() {
   static HostLinkLayout layout = {
       sizeof layout,
       uint32_t(reinterpret_cast<const char*>(&object.slot_) - reinterpret_cast<const char*>(&object)),
-      uint32_t(offsetof(LinkSlot, object)), uint32_t(offsetof(LinkSlot, generation))};
+      uint32_t(offsetof(LinkSlot, object)), uint32_t(offsetof(LinkSlot, generation)), OffsetOfType()};
   static_assert(sizeof(std::atomic<Linkable*>) == sizeof(void*) &&
                 sizeof(std::atomic<uint64_t>) == sizeof(uint64_t));
   boundary_tables::link.layout = &layout;

@@ -17,7 +17,7 @@ SIZE(HostString, 8);
 SIZE(HostFilename, 8);
 
 SIZE(HostDescID, 16);
-PLACE(HostDescID, levels, 0);
+PLACE(HostDescID, level, 0);
 PLACE(HostDescID, depth, 8);
 
 SIZE(HostResult, 24);

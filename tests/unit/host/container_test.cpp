@@ -101,7 +101,7 @@ TEST_F(Container, EveryTypeIsCopiedComparedAndEnded) {
   EXPECT_STREQ(values[5].first.GetString().GetUtf8(nullptr), "a");
   EXPECT_EQ(values[9].first.GetMatrix()->v3.x, 4);
   EXPECT_EQ(values[0].first.GetMatrix(), nullptr);
-  EXPECT_EQ(values[12].first.GetCustom<HostDescID>()->levels[4].id, 4);
+  EXPECT_EQ(values[12].first.GetCustom<HostDescID>()->level[4].id, 4);
   EXPECT_EQ(values[14].first.GetCustom<ColorA>()->a, 4);
   EXPECT_EQ(values[14].first.GetCustom<Vector4d>(), nullptr);
   EXPECT_EQ(values[0].first.GetString().Word()->word, nullptr);

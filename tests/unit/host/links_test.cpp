@@ -2,11 +2,14 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstring>
 #include <limits>
 #include <thread>
 #include <vector>
 
+#include "boundary/host.h"
 #include "images/bitmap.h"
+#include "scene/atom.h"
 #include "scene/nodetypes.h"
 #include "support.h"
 
@@ -52,6 +55,19 @@ TEST(Links, DieWithTheObjectAlsoWhenItsSlotHasAnother) {
   EXPECT_EQ(PinLink(link), nullptr);  // and its vain pin doesn't hold the second
   host::DestroyNow(second);
   EXPECT_EQ(freed, 2);
+}
+
+// The module reads an element's type without a call.
+TEST(Links, TheLayoutLeadsToTheTypeOfAnAtom) {
+  host::OfferLinkLayout();
+  const auto& layout = *static_cast<const HostLinkLayout*>(host::boundary_tables::link.layout);
+  const host::NodeType types[2];
+  for (const host::NodeType& type : types) {
+    const QLXAtom atom(type);
+    const void* word;
+    std::memcpy(&word, reinterpret_cast<const char*>(&atom) + layout.typeInAtom, sizeof word);
+    EXPECT_EQ(word, &type);
+  }
 }
 
 TEST(Links, EmptyOnesAndUnlinkedObjectsAreHarmless) {

@@ -380,10 +380,10 @@ TEST_F(ScriptScopeTest, TextsSeeTheActiveDocument) {
   }
   EXPECT_EQ(aDocument.freed + anObject.freed + aSystem.freed, 0);
 
-  linksFail = true;
+  FailingMemory::countdown = 0;  // the first link
   mainThread = true;
   EXPECT_FALSE(qlx::ExecuteScriptText("1", "", nullptr)) << "no wrapper of the document";
-  linksFail = false;
+  FailingMemory::countdown = -1;
   EXPECT_EQ(Take(PyExc_MemoryError), "");
 }
 

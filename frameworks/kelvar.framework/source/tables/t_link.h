@@ -14,12 +14,15 @@ extern "C" {
  * bytes. In every object that can be linked a word points to its slot, null until the first SetLink. In
  * the slot a word points to the object, null when it was destroyed, and a 64-bit word holds the generation,
  * which changes at the destruction. A link is the slot and its generation at the time; it needs no FreeLink.
- * The words are read at any time, with acquire semantics: slots stay where they are. */
+ * The words are read at any time, with acquire semantics: slots stay where they are.
+ * A word in every atom, which may be lacking, is one for all of its type and for no other, as long as the
+ * module is loaded. */
 typedef struct HostLinkLayout {
   uint32_t size;
   uint32_t slotInObject;
   uint32_t objectInSlot;
   uint32_t generationInSlot;
+  uint32_t typeInAtom; /* 0: there is none */
 } HostLinkLayout;
 
 /* Waits until no call of the module holds an object that it looked up before. */

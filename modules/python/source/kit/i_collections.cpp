@@ -37,7 +37,7 @@ bool KindOf<char>::Read(PyObject* object, char& value) {
 PyObject* KindOf<BaseContainer*>::Make(const BaseContainer* value) {
   if (!value) return NewNone();
   BaseContainer* copy = value->GetClone();
-  return copy ? NewBaseContainer(copy, true, nullptr) : PyErr_NoMemory();  // the record frees the copy
+  return copy ? NewBaseContainer(copy, true, false, nullptr) : PyErr_NoMemory();  // the record frees the copy
 }
 
 }  // namespace qlx

@@ -1,5 +1,6 @@
 // Which Python type presents an element.
 
+#include <cstddef>
 #include <iterator>
 #include <span>
 
@@ -102,26 +103,46 @@ const Choice* Choose(const QLXAtom* host) {
   return host->GetType() == kHead.id ? &kHead : Choose(host, kNodes, &kOther);
 }
 
+// The word that the host has for the element's type, or 0.
+uintptr_t TypeWordOf(const QLXAtom* host) {
+  const auto* layout = static_cast<const HostLinkLayout*>(tables::link.layout);
+  const bool has = layout && layout->size > offsetof(HostLinkLayout, typeInAtom) && layout->typeInAtom;
+  return has ? ReadWord<uintptr_t>(host, layout->typeInAtom) : 0;
+}
+
 // What a type derives from doesn't change while the host runs: the choice is remembered by the
-// type's id. Lock held.
-const Choice& ChoiceFor(const QLXAtom* host) {
-  struct Remembered {
-    int32_t id;
-    const Choice* choice;
-  };
-  static Remembered remembered[64];
-  const int32_t id = host->GetType();
-  if (id == 0) return *Choose(host);  // a host without types
-  Remembered& entry = remembered[uint32_t(id) % std::size(remembered)];
-  if (!entry.choice || entry.id != id) entry = {id, Choose(host)};
-  return *entry.choice;
+// type's word, or its id. Lock held.
+struct alignas(32) Remembered {
+  uintptr_t type;
+  PyTypeObject* presents;
+  bool mayBeOwned;
+};
+
+constinit Remembered g_remembered[64] = {};
+
+Remembered& EntryOf(uintptr_t type) { return g_remembered[(type ^ type >> 5) % std::size(g_remembered)]; }
+
+PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
+  return WrapAtom(entry.presents, host, owned & entry.mayBeOwned);
+}
+
+[[gnu::noinline]] PyObject* WrapChosen(QLXAtom* host, bool owned) {
+  const uintptr_t word = TypeWordOf(host);
+  const uintptr_t type = word ? word : uint32_t(host->GetType());
+  Remembered& entry = EntryOf(type);
+  if (entry.type != type || type == 0) {  // 0: a host without types
+    const Choice* choice = Choose(host);
+    entry = {type, choice->type, !choice->neverOwned};
+  }
+  return Wrap(entry, host, owned);
 }
 
 }  // namespace
 
 PyObject* WrapHostObject(QLXAtom* host, bool owned) {
-  const Choice& choice = ChoiceFor(host);
-  return WrapAtom(choice.type, host, owned && !choice.neverOwned);
+  const uintptr_t word = TypeWordOf(host);
+  const Remembered& entry = EntryOf(word);
+  return word && entry.type == word ? Wrap(entry, host, owned) : WrapChosen(host, owned);
 }
 
 }  // namespace qlx
