@@ -10,6 +10,7 @@
 #include "app/settings.h"
 #include "boundary/host.h"
 #include "files/files.h"
+#include "scene/document.h"
 #include "scene/links.h"
 #include "tables/tables.h"
 #include "tables/values.h"
@@ -116,7 +117,11 @@ void Application::DrainEvents() {
 
 void Application::End(const Module& module) {
   DrainEvents();
-  for (const int32_t id : kEndMessages) module.Message(id);
+  for (const int32_t id : kEndMessages) {
+    module.Message(id);
+    // The first one stops the threads of scripts, and their classes can still end.
+    if (id == HOST_MESSAGE_END_1) CloseDocuments();
+  }
   if (const auto shutdown = GetModuleInitialization().Shutdown) shutdown();
   FreePlugins();
   module.Call(QLX_ACTION_CLOSE);

@@ -7,6 +7,8 @@
 #include <memory>
 #include <set>
 #include <stdexcept>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -259,7 +261,98 @@ void Merge(BaseContainer& into, const BaseContainer& from) {
   }
 }
 
+// All storages below, each once and behind those of its sub-containers.
+std::vector<Storage*> InnermostFirst(const BaseContainer& container) {
+  std::vector<Storage*> order;
+  std::vector<std::pair<Storage*, bool>> todo{{container.storage, false}};
+  std::unordered_set<const Storage*> seen{nullptr};
+  while (!todo.empty()) {
+    const auto [storage, isReady] = todo.back();
+    todo.pop_back();
+    if (isReady) order.push_back(storage);
+    if (isReady || !seen.insert(storage).second) continue;
+    todo.emplace_back(storage, true);
+    for (const Entry& entry : storage->entries)
+      if (const BaseContainer* sub = ContainerOf(entry.value.Data())) todo.emplace_back(sub->storage, false);
+  }
+  return order;
+}
+
+// What stands in the place of a storage, while MapLinks works. It keeps both.
+class Replacements {
+ public:
+  Replacements() = default;
+  Replacements(const Replacements&) = delete;
+  Replacements& operator=(const Replacements&) = delete;
+  ~Replacements() {
+    for (const auto& [old, now] : byOld_) Drop(old), Drop(now);
+  }
+  void Set(Storage* old, Storage* now) {
+    byOld_.emplace(old, now);
+    Share(old);
+    Share(now);
+  }
+  // Whether the container has other entries now.
+  bool Apply(BaseContainer& container) const {
+    const auto found = byOld_.find(container.storage);
+    if (found == byOld_.end()) return false;
+    Drop(std::exchange(container.storage, Share(found->second)));
+    ++container.dirty;
+    return true;
+  }
+  bool Has(const BaseContainer& container) const { return byOld_.contains(container.storage); }
+
+ private:
+  std::unordered_map<Storage*, Storage*> byOld_;
+};
+
+bool IsSame(HostLink a, HostLink b) { return a.slot == b.slot && a.generation == b.generation; }
+
+bool IsLink(const Entry& entry) { return entry.value.Data().type == HOST_DATA_LINK; }
+
 }  // namespace
+
+bool HoldsLinks(const BaseContainer& container) {
+  if (!container.storage) return false;
+  for (const Storage* storage : InnermostFirst(container))
+    if (std::any_of(storage->entries.begin(), storage->entries.end(), IsLink)) return true;
+  return false;
+}
+
+bool MapLinks(BaseContainer& container, const std::function<HostLink(HostLink)>& map) {
+  if (!container.storage) return false;
+  Replacements replaced;
+  bool changed = false;
+  for (Storage* storage : InnermostFirst(container)) {
+    const auto changes = [&](const Entry& entry) {
+      const HostGeData& data = entry.value.Data();
+      const BaseContainer* sub = ContainerOf(data);
+      return sub ? replaced.Has(*sub) : IsLink(entry) && !IsSame(map(data.value.link), data.value.link);
+    };
+    if (std::none_of(storage->entries.begin(), storage->entries.end(), changes)) continue;
+    changed = true;
+    // Who was given a sub-container keeps it: it stays where it is.
+    BaseContainer copy;
+    Storage* to = storage;
+    if (!storage->isLent) {
+      CopyEntries(*storage, copy);
+      to = copy.storage;
+      replaced.Set(storage, to);
+    }
+    for (Entry& entry : to->entries) {
+      HostGeData data = entry.value.Data();
+      if (BaseContainer* sub = ContainerOf(data)) {
+        replaced.Apply(*sub);
+      } else if (IsLink(entry)) {
+        data.value.link = map(data.value.link);
+        entry.value = Value(data);
+      }
+    }
+  }
+  if (changed && !replaced.Apply(container)) ++container.dirty;
+  return changed;
+}
+
 }  // namespace host
 
 BaseContainer::BaseContainer(const BaseContainer& other) : BaseContainer(other.id) {

@@ -3,8 +3,10 @@
 #define HOST_SCENE_CONTAINER_H
 
 #include <cstdint>
+#include <functional>
 
 #include "kelvar.framework/source/tables/t_container.h"
+#include "kelvar.framework/source/tables/t_types.h"
 
 namespace host {
 struct Storage;
@@ -25,5 +27,16 @@ struct BaseContainer {
   uint32_t dirty = 0;
   host::Storage* storage = nullptr;  // null for no entries
 };
+
+namespace host {
+
+// Whether there is a link in the container, at any depth.
+bool HoldsLinks(const BaseContainer& container);
+
+// Puts what `map` answers in place of each link, at any depth; whether anything changed. What was shared among
+// the parts of the container stays so.
+bool MapLinks(BaseContainer& container, const std::function<HostLink(HostLink)>& map);
+
+}  // namespace host
 
 #endif

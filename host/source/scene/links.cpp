@@ -127,30 +127,42 @@ void OfferLinkLayout() {
   boundary_tables::link.layout = &layout;
 }
 
-LinkSlot* Linkable::Die() {
+void Linkable::Die() {
   dead_.store(true, std::memory_order_release);
   LinkSlot* slot = slot_.load(std::memory_order_acquire);
-  if (!slot) return nullptr;
+  if (!slot) return;
   slot->generation.fetch_add(1);
   slot->object.store(nullptr, std::memory_order_release);
-  return slot;
+}
+
+// All links of the chain are dead before the first of it goes: what that runs finds none of the others.
+void Linkable::DieChained() {
+  for (Linkable* one = this; one; one = one->Chained()) one->Die();
+}
+
+void Linkable::BuryChained() {
+  for (Linkable *one = this, *next; one; one = next) {
+    next = one->Chained();
+    one->Unchain();
+    if (LinkSlot* slot = one->slot_.load(std::memory_order_acquire)) {
+      slot->doomed.store(one);
+      slot->pins.fetch_or(kDoomed);
+      FreeDoomed(slot);
+    } else {
+      delete one;
+    }
+  }
 }
 
 void DestroyNow(Linkable* object) {
-  if (!object) return;
-  LinkSlot* slot = object->Die();
-  if (!slot) {
-    delete object;
-    return;
-  }
-  slot->doomed.store(object);
-  slot->pins.fetch_or(kDoomed);
-  FreeDoomed(slot);
+  if (!object || !object->Leave()) return;
+  object->DieChained();
+  object->BuryChained();
 }
 
 void DestroyLater(Linkable* object) {
-  if (!object) return;
-  object->Die();
+  if (!object || !object->Leave()) return;
+  object->DieChained();
   std::lock_guard guard(Destroyed().lock);
   Destroyed().objects.push_back(object);
 }
@@ -165,8 +177,21 @@ void ReclaimDestroyed() {
   }
   if (objects.empty()) return;
   if (quiet) quiet();
-  for (Linkable* object : objects) DestroyNow(object);
+  for (Linkable* object : objects) object->BuryChained();
 }
+
+Hold::Hold(Linkable& object) {
+  object.Link(link_);
+  object_ = static_cast<Linkable*>(link::PinLink(link_));
+}
+
+Hold::Hold(HostLink link) : link_(link), object_(static_cast<Linkable*>(link::PinLink(link))) {}
+
+Hold::~Hold() {
+  if (object_) link::UnpinLink(link_);
+}
+
+bool Hold::IsAlive() const { return object_ && link::GetLink(link_); }
 
 }  // namespace host
 

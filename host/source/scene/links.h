@@ -24,13 +24,27 @@ class Linkable {
   // Points `link` at this object; throws std::bad_alloc. Any thread.
   void Link(HostLink& link);
 
+  // Whether a link to it was ever made.
+  bool IsLinked() const { return slot_.load(std::memory_order_acquire) != nullptr; }
+  bool IsDead() const { return dead_.load(std::memory_order_acquire); }
+
  private:
   friend void OfferLinkLayout();
   friend void DestroyNow(Linkable*);
   friend void DestroyLater(Linkable*);
+  friend void ReclaimDestroyed();
 
-  // From here all links answer null. The slot, or null when nothing was ever linked.
-  LinkSlot* Die();
+  // Takes the object out of its surroundings and makes a chain of all that ends with it, itself first. It may
+  // run the code of others; false when that, or who destroys it already, has the end in hand.
+  virtual bool Leave() { return true; }
+  virtual Linkable* Chained() { return nullptr; }  // the next of the chain
+  virtual void Unchain() {}
+
+  void DieChained();
+  void BuryChained();
+
+  // From here all links answer null.
+  void Die();
 
   std::atomic<LinkSlot*> slot_{nullptr};
   std::atomic<bool> dead_{false};  // also where nothing was linked before
@@ -38,6 +52,24 @@ class Linkable {
 
 // Fills in where the module finds links without calls.
 void OfferLinkLayout();
+
+// Keeps an object's memory while the code of others runs, which may destroy it.
+class Hold {
+ public:
+  explicit Hold(Linkable& object);
+  explicit Hold(HostLink link);
+  Hold(const Hold&) = delete;
+  Hold& operator=(const Hold&) = delete;
+  ~Hold();
+
+  // Null when it was dead already.
+  Linkable* Object() const { return object_; }
+  bool IsAlive() const;
+
+ private:
+  HostLink link_{};
+  Linkable* object_;
+};
 
 // Destroys an object whose destroyer holds the interpreter's lock, or no Python runs: only a
 // pinned one stays until its last pin goes.

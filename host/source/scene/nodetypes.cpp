@@ -69,6 +69,15 @@ const NodeType* NodeTypes::Find(int32_t id) const {
   return found == byId_.end() ? nullptr : &found->second;
 }
 
+const NodeType* NodeTypes::Add(NodeType type) {
+  if (type.base && !Find(type.base))
+    throw std::runtime_error(fmt::format("its base {} is not there", type.base));
+  const int32_t id = type.id;
+  const auto [at, added] = byId_.try_emplace(id, std::move(type));
+  if (!added) throw std::runtime_error(fmt::format("another type has the id {}", id));
+  return &at->second;
+}
+
 // A base that comes back to a type it began with ends the walk after as many steps as there are types.
 bool NodeTypes::Derives(const NodeType& type, int32_t id) const {
   const NodeType* at = &type;
@@ -79,8 +88,8 @@ bool NodeTypes::Derives(const NodeType& type, int32_t id) const {
   return false;
 }
 
-const NodeTypes& AllNodeTypes() {
-  static const NodeTypes& types = []() -> const NodeTypes& {
+NodeTypes& AllNodeTypes() {
+  static NodeTypes& types = []() -> NodeTypes& {
     auto& read = *new NodeTypes(GetSettings().startup / "resources/nodes");
     for (const std::string& fault : read.Faults()) Warn(fault);
     return read;

@@ -8,13 +8,22 @@
 #include <string>
 #include <vector>
 
+#include "kelvar.framework/source/tables/t_plugin.h"
+#include "scene/container.h"
+
 namespace host {
 
 struct NodeType {
   int32_t id = 0;
   int32_t base = 0;         // 0: derives from none
   bool isAbstract = false;  // only a base of others
+  int32_t info = 0;         // what GetInfo answers
   std::string name;         // what a new element is called
+  std::string typeName;
+  std::string help;
+  std::string icon;
+  BaseContainer defaults;              // what a new element shares
+  const NodeRecord* record = nullptr;  // of a plug-in's type
 };
 
 class NodeTypes {
@@ -24,6 +33,9 @@ class NodeTypes {
 
   // Null for an unknown id.
   const NodeType* Find(int32_t id) const;
+
+  // Adds a type that derives from one which is there. Throws std::runtime_error with the reason.
+  const NodeType* Add(NodeType type);
 
   // Whether the type is `id` or derives from it.
   bool Derives(const NodeType& type, int32_t id) const;
@@ -38,7 +50,7 @@ class NodeTypes {
 };
 
 // Those of this application, read on first use.
-const NodeTypes& AllNodeTypes();
+NodeTypes& AllNodeTypes();
 
 }  // namespace host
 

@@ -2,25 +2,31 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
 #include <utility>
 
 #include "boundary/host.h"
+#include "scene/kinds.h"
 #include "tables/tables.h"
 #include "tables/values.h"
 
 // A registered plug-in: the host's copy of its record and of the record's texts.
-struct BasePlugin {
-  CommandRecord record{};  // the part behind `base` is filled for commands only
-  std::string name;
-  std::string help;
-  size_t place = 0;
+struct BasePlugin : BaseList2D {
+  BasePlugin(const host::NodeType& ofKind, const CommandRecord& of);
 
-  bool Send(int32_t id, void* data) const {
+  bool Answer(int32_t id, void* data) override {
     return record.base.Message && record.base.Message(record.base.self, id, data);
   }
+  bool AsksOthers() const override { return true; }
+  bool BelongsToDocuments() const override { return false; }
+
+  CommandRecord record;  // without its texts; the part behind `base` is filled for commands only
+  std::string title;     // what it is registered as; the name can be changed
+  std::string help;
+  size_t place = 0;
 };
 
 namespace host {
@@ -67,26 +73,47 @@ class PluginList {
 
 PluginList& Plugins() { return Lasting<PluginList>(); }
 
-// Copies a record of the size that it tells; what a smaller one lacks stays null.
-std::unique_ptr<BasePlugin> CopyRecord(const PluginRecord& record, size_t size) {
-  auto plugin = std::make_unique<BasePlugin>();
-  plugin->name = View(record.name);
-  std::memcpy(static_cast<void*>(&plugin->record), &record, std::min<size_t>(record.size, size));
-  plugin->record.base.name = nullptr;
-  plugin->help = View(std::exchange(plugin->record.help, nullptr));
-  return plugin;
+// Plug-ins are elements too, of a type that is their kind and that no file declares.
+const NodeType& TypeOfKind(int32_t kind) {
+  NodeType& type = Lasting<std::map<int32_t, NodeType>>()[kind];
+  type.id = kind;
+  type.name = "Plug-in";
+  return type;
+}
+
+// Copies as much of a record as it has and the host knows; what a smaller one lacks stays null.
+template <class Record>
+void CopyRecord(const PluginRecord& record, size_t known, Record& copy) {
+  std::memcpy(static_cast<void*>(&copy), &record, std::min<size_t>(record.size, known));
+}
+
+std::unique_ptr<BasePlugin> MakePlugin(const PluginRecord& record, size_t known) {
+  CommandRecord copy{};
+  CopyRecord(record, known, copy);
+  return std::make_unique<BasePlugin>(TypeOfKind(record.kind), copy);
+}
+
+BasePlugin* Refuse(const BasePlugin& plugin, std::string_view why) {
+  Warn(fmt::format("the plug-in '{}' with the id {} is not registered: {}", plugin.title, plugin.record.base.id,
+                   why));
+  return nullptr;
 }
 
 BasePlugin* Register(std::unique_ptr<BasePlugin> plugin) {
   const BasePlugin& wanted = *plugin;
-  const int32_t id = wanted.record.base.id;
-  const auto refuse = [&](std::string_view why) -> BasePlugin* {
-    Warn(fmt::format("the plug-in '{}' with the id {} is not registered: {}", wanted.name, id, why));
-    return nullptr;
-  };
-  if (wanted.name.empty()) return refuse("it has no name");
+  if (wanted.title.empty()) return Refuse(wanted, "it has no name");
   BasePlugin* registered = Plugins().Add(plugin);
-  return plugin ? refuse(fmt::format("the id belongs to '{}'", registered->name)) : registered;
+  return plugin ? Refuse(wanted, fmt::format("the id belongs to '{}'", registered->title)) : registered;
+}
+
+// A plug-in's type of elements. It stays, because elements may outlive the plug-in; its callbacks don't.
+struct NodePlugin {
+  NodeRecord record{};
+  Text description;
+};
+
+std::vector<std::unique_ptr<NodePlugin>>& NodePlugins() {
+  return Lasting<std::vector<std::unique_ptr<NodePlugin>>>();
 }
 
 }  // namespace
@@ -94,17 +121,28 @@ BasePlugin* Register(std::unique_ptr<BasePlugin> plugin) {
 bool MessagePlugins(int32_t id, void* data) {
   bool answered = false;
   // A receiver may register further plug-ins; they get the message too.
-  for (size_t place = 0; const BasePlugin* plugin = Plugins().At(place); ++place)
-    answered = plugin->Send(id, data) || answered;
+  for (size_t place = 0; BasePlugin* plugin = Plugins().At(place); ++place)
+    answered = plugin->Answer(id, data) || answered;
   return answered;
 }
 
 void FreePlugins() {
-  while (const auto plugin = Plugins().TakeLast())
-    if (const PluginRecord& record = plugin->record.base; record.Free) record.Free(record.self);
+  for (const auto& node : NodePlugins()) node->record = {};
+  while (auto plugin = Plugins().TakeLast()) {
+    const PluginRecord record = plugin->record.base;
+    DestroyNow(plugin.release());
+    if (record.Free) record.Free(record.self);
+  }
 }
 
 }  // namespace host
+
+BasePlugin::BasePlugin(const host::NodeType& ofKind, const CommandRecord& of)
+    : BaseList2D(ofKind), record(of), title(host::View(of.base.name)), help(host::View(of.help)) {
+  name = title;
+  record.base.name = record.help = nullptr;
+  isFixed = true;
+}
 
 namespace host::plugin {
 
@@ -114,11 +152,40 @@ BasePlugin* FindPlugin(int32_t id, int32_t kind) {
 }
 
 BasePlugin* RegisterPlugin(const PluginRecord* record) {
-  return record ? Register(CopyRecord(*record, sizeof *record)) : nullptr;
+  return record ? Register(MakePlugin(*record, sizeof *record)) : nullptr;
 }
 
 BasePlugin* RegisterCommand(const CommandRecord* record) {
-  return record ? Register(CopyRecord(record->base, sizeof *record)) : nullptr;
+  return record ? Register(MakePlugin(record->base, sizeof *record)) : nullptr;
+}
+
+BasePlugin* RegisterNode(const NodeRecord* record) {
+  if (!record) return nullptr;
+  auto plugin = MakePlugin(record->base, sizeof record->base);
+  auto node = std::make_unique<NodePlugin>();
+  CopyRecord(record->base, sizeof *record, node->record);
+  node->record.base.name = nullptr;
+  if (node->record.description) {
+    node->description = Text(node->record.description);
+    node->record.description = &node->description.Word();
+  }
+  NodeType type;
+  type.id = record->base.id;
+  type.base = node->record.baseType;
+  type.name = plugin->title;
+  type.info = record->base.info;
+  type.record = &node->record;
+  if (!FindType(type.base) || type.base == kTypeHead)
+    return Refuse(*plugin, fmt::format("its base type {} is not there", type.base));
+  if (FindType(type.id)) return Refuse(*plugin, "the id is that of a type of elements");
+  NodePlugins().push_back(std::move(node));
+  BasePlugin* registered = Register(std::move(plugin));
+  if (!registered) {
+    NodePlugins().pop_back();
+    return nullptr;
+  }
+  AllNodeTypes().Add(std::move(type));
+  return registered;
 }
 
 BasePlugin* GetFirstPlugin() { return Plugins().At(0); }
@@ -129,8 +196,8 @@ int32_t GetID(const BasePlugin* self) { return self ? self->record.base.id : 0; 
 
 int32_t GetPluginType(const BasePlugin* self) { return self ? self->record.base.kind : 0; }
 
-HostString GetName(const BasePlugin* self) { return self ? MakeString(self->name) : HostString{}; }
+HostString GetName(const BasePlugin* self) { return self ? MakeString(self->title) : HostString{}; }
 
-int32_t Message(BasePlugin* self, int32_t id, void* data) { return self && self->Send(id, data); }
+int32_t Message(BasePlugin* self, int32_t id, void* data) { return self && self->Answer(id, data); }
 
 }  // namespace host::plugin

@@ -39,7 +39,7 @@ typedef struct HostAliasTransGroup {
   HostBool (*Init)(AliasTrans* self, BaseDocument* document);
 
   /* Points the links of all copies at the copies of what the originals link. A link to what was not copied
-   * stays when `connectOutside` is 1, and is cleared when not. Call behind the copies.
+   * stays when `connectOutside` is 1, and is cleared when not. Call behind the copies, once.
    * owner   -
    * thread  any
    * waits   no

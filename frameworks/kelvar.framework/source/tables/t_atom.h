@@ -116,7 +116,8 @@ typedef struct HostAtomGroup {
    * fails   nothing */
   void (*SetDirty)(QLXAtom* self, int32_t flags);
 
-  /* As GetDirty, for the object and all below it: `mask` (HDIRTYFLAGS) names kinds of elements.
+  /* A number that grows with each change of what `mask` (HDIRTYFLAGS) names in the object, all below it and
+   * all branches. Of a subtree that comes or goes everything counts as changed.
    * owner   -
    * thread  any
    * waits   no
@@ -133,7 +134,8 @@ typedef struct HostAtomGroup {
   void (*SetHDirty)(QLXAtom* self, int32_t mask);
 
   /* Makes `dst`, of the same type, a copy: parameters, name, bits, and what `flags` (COPYFLAGS) do not leave
-   * out. With `trn` links between copied objects are translated. `trn` may be null.
+   * out, in place of what it had. Marks are not copied. With `trn` links between copied objects are
+   * translated. `trn` may be null. Heads and plug-ins have no copies.
    * owner   -
    * thread  any
    * waits   no
@@ -185,7 +187,7 @@ typedef struct HostAtomGroup {
   HostBool (*Message)(QLXAtom* self, int32_t type, void* data);
 
   /* As Message, to the objects that `flags` (MULTIMSG) name too: 1 all above, 2 all below, 3 both, 4 all
-   * branches below.
+   * branches, with all below them. Whether one answered.
    * owner   -
    * thread  any
    * waits   no

@@ -40,7 +40,8 @@ typedef struct HostBaseListGroup {
    * fails   null */
   BaseList2D* (*Alloc)(int32_t id);
 
-  /* Destroys an element that the caller owns. Its links are dead at once. Only with the interpreter's lock
+  /* Destroys an element with all below it and all its branches; one that stands in a list is taken out first.
+   * All their links are dead at once. Nothing happens to what the host keeps. Only with the interpreter's lock
    * held, where Python runs.
    * owner   -
    * thread  any
@@ -170,13 +171,14 @@ typedef struct HostBaseListGroup {
    * fails   null */
   BaseList2D* (*GetFirstShader)(const BaseList2D* self);
 
-  /* Puts a shader into the node's list, behind `pred`, or first. The node owns it.
+  /* Puts a shader into the node's list, behind `pred`, or first. The node owns it. 0, and nothing happens,
+   * when `pred` isn't in that list, and as in InsertUnder.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertShader)(BaseList2D* self, BaseList2D* shader, BaseList2D* pred);
+   * fails   0 */
+  HostBool (*InsertShader)(BaseList2D* self, BaseList2D* shader, BaseList2D* pred);
 
   /* The first of the node's tracks.
    * owner   the node
@@ -210,13 +212,14 @@ typedef struct HostBaseListGroup {
    * fails   null */
   BaseList2D* (*FindCTrack)(const BaseList2D* self, const HostDescID* id);
 
-  /* Puts a track into the node's list, behind those of lower ids. The node owns it.
+  /* Puts a track into the node's list, behind those of lower or the same ids. The node owns it. 0, and nothing
+   * happens, for what is no track.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertTrackSorted)(BaseList2D* self, BaseList2D* track);
+   * fails   0 */
+  HostBool (*InsertTrackSorted)(BaseList2D* self, BaseList2D* track);
 
   /* The icon, drawn as now; all zero when it has none.
    * owner   the host, of the picture
@@ -226,8 +229,8 @@ typedef struct HostBaseListGroup {
    * fails   nothing */
   void (*GetIcon)(const BaseList2D* self, HostIcon* icon);
 
-  /* What the layer of the node says; with `raw` the layer's own word, else with those above it. 0 when it has
-   * no layer.
+  /* What the layer of the node says; with `raw` the layer's own word, else with those above it: what one of
+   * them switches off is off, and solo or locked is what one of them says. 0 when it has no layer.
    * owner   -
    * thread  any
    * waits   no
@@ -243,7 +246,7 @@ typedef struct HostBaseListGroup {
    * fails   0 */
   HostBool (*SetLayerData)(BaseList2D* self, BaseDocument* document, const HostLayerData* data);
 
-  /* The layer of the node in that document.
+  /* The layer of the node in that document; null stands for any. That of a layer is itself.
    * owner   the document
    * thread  any
    * waits   no
@@ -251,7 +254,7 @@ typedef struct HostBaseListGroup {
    * fails   null */
   BaseList2D* (*GetLayerObject)(const BaseList2D* self, BaseDocument* document);
 
-  /* Puts the node onto a layer; null for none.
+  /* Puts the node onto a layer; null for none. 0 for what is no layer, and on a layer itself.
    * owner   -
    * thread  any
    * waits   no
@@ -259,8 +262,8 @@ typedef struct HostBaseListGroup {
    * fails   0 */
   HostBool (*SetLayerObject)(BaseList2D* self, BaseList2D* layer);
 
-  /* Points all links of the document that point at the node at `dst` instead. With `undolink` those of undo
-   * steps too.
+  /* Points all links of the node's document that point at the node at `dst` instead, those in containers and
+   * those to layers. With `undolink` those of undo steps too. 0 without a document.
    * owner   -
    * thread  any
    * waits   no
@@ -295,8 +298,9 @@ typedef struct HostBaseListGroup {
    * fails   null */
   DynamicDescription* (*GetDynamicDescription)(BaseList2D* self);
 
-  /* Lets the node receive message 1001077 (HostEventNotification) when the event happens to `node`, until
-   * either is destroyed.
+  /* Lets the node receive message 1001077 (HostEventNotification) behind each message to `node` whose id is
+   * `event`, until either is destroyed. One event is notified once: a second call changes flags and data.
+   * Message 1001077 itself is no event.
    * owner   -
    * thread  any
    * waits   no
@@ -305,7 +309,7 @@ typedef struct HostBaseListGroup {
   HostBool (*AddEventNotification)(BaseList2D* self, BaseList2D* node, int32_t event, int32_t flags,
                                    const BaseContainer* data);
 
-  /* Ends what AddEventNotification began; 0 when there is none.
+  /* Ends what AddEventNotification began; 0 when there is none. The document isn't looked at.
    * owner   -
    * thread  any
    * waits   no

@@ -22,8 +22,8 @@ typedef struct HostListHeadGroup {
    * fails   null */
   GeListHead* (*Alloc)(void);
 
-  /* Destroys a head that the caller owns, and all nodes of its list. Only with the interpreter's lock held,
-   * where Python runs.
+  /* Destroys a head that the caller owns, and all nodes of its list; nothing happens to a branch of a node.
+   * Only with the interpreter's lock held, where Python runs.
    * owner   -
    * thread  any
    * waits   no
@@ -31,38 +31,40 @@ typedef struct HostListHeadGroup {
    * fails   nothing */
   void (*Free)(GeListHead* self);
 
-  /* Puts the node first, out of where it was. Nothing happens when the head is below the node.
+  /* Puts the node first, out of where it was; the scene owns it then. 0, and nothing happens, when the head is
+   * below the node, and for a node that the host keeps.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertFirst)(GeListHead* self, GeListNode* node);
+   * fails   0 */
+  HostBool (*InsertFirst)(GeListHead* self, GeListNode* node);
 
   /* As InsertFirst, last.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertLast)(GeListHead* self, GeListNode* node);
+   * fails   0 */
+  HostBool (*InsertLast)(GeListHead* self, GeListNode* node);
 
-  /* Puts the node behind `pred`, else as the first child of `parent`, else first of the list. What isn't in
-   * this list, and a parent that `pred` isn't a child of, is refused: nothing happens.
+  /* Puts the node behind `pred`, else as the first child of `parent`, else first of the list. As InsertFirst;
+   * what isn't in this list, and a parent that `pred` isn't a child of, is refused too.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*Insert)(GeListHead* self, GeListNode* node, GeListNode* parent, GeListNode* pred);
+   * fails   0 */
+  HostBool (*Insert)(GeListHead* self, GeListNode* node, GeListNode* parent, GeListNode* pred);
 
-  /* Tells which node the list belongs to.
+  /* Tells which node the list belongs to, until that is destroyed; null for none. 0, and nothing happens, for
+   * a node of the list itself, and when the list is a branch of a node.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*SetParent)(GeListHead* self, GeListNode* parent);
+   * fails   0 */
+  HostBool (*SetParent)(GeListHead* self, GeListNode* parent);
 
   /* The node that the list belongs to.
    * owner   the scene

@@ -73,40 +73,42 @@ typedef struct HostListNodeGroup {
    * fails   null */
   GeListNode* (*GetDownLast)(const GeListNode* self);
 
-  /* Puts the node with all below it before `next`, out of where it was. Nothing happens when `next` is the node
-   * itself or below it.
+  /* Puts the node with all below it before `next`, out of where it was; the scene owns it then. 0, and nothing
+   * happens, when `next` is the node itself, below it or in no list, and for a node that the host keeps: a
+   * head, a plug-in, an open document.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertBefore)(GeListNode* self, GeListNode* next);
+   * fails   0 */
+  HostBool (*InsertBefore)(GeListNode* self, GeListNode* next);
 
   /* As InsertBefore, behind `pred`.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertAfter)(GeListNode* self, GeListNode* pred);
+   * fails   0 */
+  HostBool (*InsertAfter)(GeListNode* self, GeListNode* pred);
 
-  /* As InsertBefore, as the first child of `parent`.
+  /* As InsertBefore, as the first child of `parent`, or the first of the list for a head.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertUnder)(GeListNode* self, GeListNode* parent);
+   * fails   0 */
+  HostBool (*InsertUnder)(GeListNode* self, GeListNode* parent);
 
-  /* As InsertBefore, as the last child of `parent`.
+  /* As InsertUnder, last.
    * owner   -
    * thread  any
    * waits   no
    * since   23100
-   * fails   nothing */
-  void (*InsertUnderLast)(GeListNode* self, GeListNode* parent);
+   * fails   0 */
+  HostBool (*InsertUnderLast)(GeListNode* self, GeListNode* parent);
 
-  /* Takes the node with all below it out of its list; the caller owns it then.
+  /* Takes the node with all below it out of its list; the caller owns it then. What the host keeps stays the
+   * host's: Free does nothing to it either.
    * owner   -
    * thread  any
    * waits   no
@@ -146,7 +148,8 @@ typedef struct HostListNodeGroup {
    * fails   0 */
   HostBool (*ChangeNBit)(GeListNode* self, int32_t bit, int32_t mode);
 
-  /* Whether the node is of a kind that belongs into documents; 0 for what belongs to the application.
+  /* Whether the node is of a kind that belongs into documents; 0 for what belongs to the application, such as
+   * a plug-in.
    * owner   -
    * thread  any
    * waits   no
@@ -154,7 +157,8 @@ typedef struct HostListNodeGroup {
    * fails   0 */
   HostBool (*IsDocumentRelated)(const GeListNode* self);
 
-  /* Fills in the node's branches, at most `count` of them, and answers how many were filled in.
+  /* Fills in the node's branches, at most `count` of them, and answers how many were filled in. Lists that
+   * come into being on demand, such as those of tracks and shaders, are told from then on.
    * owner   the node, of the heads
    * thread  any
    * waits   no

@@ -52,8 +52,9 @@ typedef struct CommandRecord {
 
 /* A type of elements: `base.kind` is that of objects, tags, shaders or nodes, and `base.size` the size of all
  * of it. `Create` makes what the callbacks get as `data`; a type without it gets null. They run on the thread
- * of the call that needs them, with the interpreter's lock held where Python runs. A null callback is the
- * default that its comment tells. */
+ * of the call that needs them, with the interpreter's lock held where Python runs; `Destroy` runs when the
+ * last call that holds the element has ended, so that it may come from any thread and without the lock. A
+ * null callback is the default that its comment tells. A callback may destroy the element. */
 typedef struct NodeRecord {
   PluginRecord base;
   int32_t baseType; /* the type that it derives from */
@@ -62,7 +63,7 @@ typedef struct NodeRecord {
   void* (*Create)(void* self);   /* null: the element is not made */
   void (*Destroy)(void* data);
   HostBool (*Init)(void* data, GeListNode* node); /* 1; on 0 the element is not made */
-  void (*Free)(void* data, GeListNode* node);     /* nothing */
+  void (*Free)(void* data, GeListNode* node);     /* nothing. The element is whole */
   HostBool (*CopyTo)(void* data, void* dst, const GeListNode* node, GeListNode* copy, int32_t flags,
                      AliasTrans* trn);                                             /* 1 */
   HostBool (*Message)(void* data, GeListNode* node, int32_t id, void* message);    /* 1 */

@@ -1,0 +1,48 @@
+// What only few atoms have.
+#ifndef HOST_SCENE_EXTRAS_H
+#define HOST_SCENE_EXTRAS_H
+
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "scene/atom.h"
+
+namespace host {
+
+// What another part of the host keeps with an element, and copies with it.
+struct Attachment {
+  virtual ~Attachment() = default;
+  virtual std::unique_ptr<Attachment> Clone() const = 0;
+};
+
+// The unique id by which an application knows the atom.
+struct Mark {
+  int32_t application;
+  int64_t bytes;
+  std::unique_ptr<char[]> memory;
+};
+
+// Who is told of an event that happens to the atom.
+struct Notification {
+  HostLink receiver;
+  int32_t event;
+  int32_t flags;
+  BaseContainer data;
+};
+
+struct Extras {
+  std::vector<GeListHead*> branches;
+  void* pluginData = nullptr;
+  HostLink layer{};
+  uint64_t nbits = 0;
+  uint64_t changed[8] = {};  // stamps by the bits of HDIRTYFLAGS, of kinds that are not the atom's own
+  std::vector<Mark> marks;
+  std::vector<Notification> notifications;
+  std::set<std::vector<int32_t>> keyframes;
+  std::unique_ptr<Attachment> userData;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,198 @@
+#include "scene/kinds.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <mutex>
+#include <unordered_map>
+
+#include "boundary/host.h"
+#include "scene/tree.h"
+#include "tables/tables.h"
+
+namespace host {
+namespace {
+
+constexpr KindInfo kKinds[] = {
+    {Kind::kNone, 0, 0},
+    {Kind::kObject, kTypeObject, HDIRTYFLAGS_OBJECT, "Object", true, "Objects", BRANCHINFOFLAGS_ANIMATE},
+    {Kind::kTag, kTypeTag, HDIRTYFLAGS_TAG, "Tag", true, "Tags", BRANCHINFOFLAGS_ANIMATE},
+    {Kind::kMaterial, kTypeMaterial, HDIRTYFLAGS_MATERIAL, "Material Base", true, "Materials",
+     BRANCHINFOFLAGS_ANIMATE},
+    {Kind::kShader, kTypeShader, HDIRTYFLAGS_SHADER, "Shader", true, "Shaders", BRANCHINFOFLAGS_ANIMATE},
+    {Kind::kRenderData, kTypeRenderData, HDIRTYFLAGS_RENDERSETTINGS, "Render Settings", false,
+     "Render Settings", BRANCHINFOFLAGS_ANIMATE},
+    {Kind::kTrack, kTypeTrack, HDIRTYFLAGS_ANIMATION, "Track", false, "Tracks", BRANCHINFOFLAGS_HIDEINTIMELINE},
+    {Kind::kCurve, 5351, HDIRTYFLAGS_ANIMATION},
+    {Kind::kKey, 5352, HDIRTYFLAGS_ANIMATION},
+    {Kind::kLayer, kTypeLayer, 0, "Layer", false, "Layers", BRANCHINFOFLAGS_HIDEINTIMELINE},
+    {Kind::kVideoPost, 5709, HDIRTYFLAGS_RENDERSETTINGS},
+    {Kind::kDocument, kTypeDocument, 0, "Document"},
+    {Kind::kHead, kTypeHead, 0, "List", true},
+};
+static_assert(std::size(kKinds) == size_t(Kind::kHead) + 1);
+
+// What every atom of a type shares.
+struct Shared {
+  Kind kind = Kind::kNone;
+  Text name;
+};
+
+const Shared& SharedOf(const NodeType& type) {
+  struct All {
+    std::mutex lock;
+    std::unordered_map<const NodeType*, Shared> byType;
+  };
+  thread_local std::pair<const NodeType*, const Shared*> latest;
+  if (latest.first == &type) return *latest.second;
+  All& all = Lasting<All>();
+  std::lock_guard guard(all.lock);
+  Shared& shared = all.byType[&type];
+  if (shared.kind == Kind::kNone) {
+    shared.name = type.name;
+    for (const KindInfo& info : kKinds)
+      if (info.base && AllNodeTypes().Derives(type, info.base)) shared.kind = info.kind;
+  }
+  latest = {&type, &shared};
+  return shared;
+}
+
+const NodeType& HeadType() {
+  static const NodeType& type = *FindType(kTypeHead);
+  return type;
+}
+
+}  // namespace
+
+const KindInfo& InfoOf(Kind kind) { return kKinds[size_t(kind)]; }
+
+Kind KindOfBranch(int32_t branch) {
+  for (const KindInfo& info : kKinds)
+    if (info.branch && info.base == branch) return info.kind;
+  return Kind::kNone;
+}
+
+const NodeType* FindType(int32_t id) {
+  static std::once_flag once;
+  // The classes of this host need their types, whatever files there are.
+  std::call_once(once, [] {
+    for (const KindInfo& info : kKinds) {
+      if (!info.type || AllNodeTypes().Find(info.base)) continue;
+      NodeType type;
+      type.id = info.base;
+      type.isAbstract = info.isAbstract;
+      type.name = info.type;
+      AllNodeTypes().Add(std::move(type));
+    }
+  });
+  return AllNodeTypes().Find(id);
+}
+
+GeListNode* NewNode(const NodeType& type) {
+  switch (SharedOf(type).kind) {
+    case Kind::kObject:
+      return new BaseObject(type);
+    case Kind::kTag:
+      return new BaseTag(type);
+    case Kind::kMaterial:
+      return new BaseMaterial(type);
+    case Kind::kShader:
+      return new BaseShader(type);
+    case Kind::kTrack:
+      return new CTrack(type);
+    case Kind::kLayer:
+      return new LayerObject(type);
+    case Kind::kDocument:
+      return new BaseDocument(type);
+    case Kind::kHead:
+      return new GeListHead;
+    default:
+      return new BaseList2D(type);
+  }
+}
+
+bool MakeReady(GeListNode& node) {
+  const NodeRecord* record = node.type.record;
+  if (!record) return true;
+  const Hold hold(node);
+  void* data = nullptr;
+  if (record->Create) {
+    data = record->Create(record->base.self);
+    if (!data) return false;
+    if (!hold.IsAlive()) {
+      if (record->Destroy) record->Destroy(data);
+      return false;
+    }
+  }
+  node.Extra().pluginData = data;
+  BeginPlugin(node);
+  if (record->Init && !record->Init(data, &node)) {
+    EndPlugin(node);
+    return false;
+  }
+  return hold.IsAlive();
+}
+
+BaseList2D* MakeElement(int32_t id, int32_t base) {
+  const NodeType* type = FindType(id);
+  if (!type || type->isAbstract || id == kTypeHead || (base && !AllNodeTypes().Derives(*type, base)))
+    return nullptr;
+  auto* made = static_cast<BaseList2D*>(NewNode(*type));
+  if (!type->record) return made;
+  const Hold hold(*made);
+  if (MakeReady(*made)) return made;
+  if (hold.IsAlive()) DestroyNow(made);
+  return nullptr;
+}
+
+void* PluginData(const QLXAtom& atom) { return atom.extras ? atom.extras->pluginData : nullptr; }
+
+}  // namespace host
+
+using host::Kind;
+
+QLXAtom::QLXAtom(const host::NodeType& ofType) : QLXAtom(ofType, host::SharedOf(ofType).kind) {}
+
+QLXAtom::QLXAtom(const host::NodeType& ofType, Kind ofKind) : kind(ofKind), type(ofType) {}
+
+QLXAtom::~QLXAtom() {
+  host::EndPlugin(*this);
+  if (!extras || !extras->pluginData) return;
+  if (type.record->Destroy) type.record->Destroy(extras->pluginData);
+}
+
+host::Extras& QLXAtom::Extra() {
+  if (!extras) extras = std::make_unique<host::Extras>();
+  return *extras;
+}
+
+BaseList2D::BaseList2D(const host::NodeType& ofType)
+    : GeListNode(ofType), name(host::SharedOf(ofType).name), data(ofType.defaults) {}
+
+GeListHead::GeListHead() : GeListNode(host::HeadType(), Kind::kNone), owner(nullptr), branch(0) {}
+
+GeListHead::GeListHead(GeListNode& ofOwner, int32_t ofBranch)
+    : GeListNode(host::HeadType(), host::KindOfBranch(ofBranch)), owner(&ofOwner), branch(ofBranch) {
+  isFixed = true;
+}
+
+BaseDocument::BaseDocument(const host::NodeType& ofType) : BaseList2D(ofType) {
+  for (const int32_t branch : {host::kTypeObject, host::kTypeMaterial, host::kTypeLayer, host::kTypeRenderData})
+    host::Branch(*this, branch);
+}
+
+namespace host::object {
+BaseObject* Alloc(int32_t type) { return As<BaseObject>(MakeElement(type, kTypeObject)); }
+}  // namespace host::object
+
+namespace host::tag {
+BaseTag* Alloc(int32_t type) { return As<BaseTag>(MakeElement(type, kTypeTag)); }
+}  // namespace host::tag
+
+namespace host::material {
+BaseMaterial* Alloc(int32_t type) { return As<BaseMaterial>(MakeElement(type, kTypeMaterial)); }
+}  // namespace host::material
+
+namespace host::shader {
+BaseShader* Alloc(int32_t type) { return As<BaseShader>(MakeElement(type, kTypeShader)); }
+}  // namespace host::shader

@@ -1,0 +1,71 @@
+// Lists, branches, and what is below a node.
+#ifndef HOST_SCENE_TREE_H
+#define HOST_SCENE_TREE_H
+
+#include <vector>
+
+#include "scene/access.h"
+#include "scene/extras.h"
+
+namespace host {
+
+inline GeListNode& NodeOf(QLXAtom& atom) { return static_cast<GeListNode&>(atom); }  // there are no others
+inline const GeListNode& NodeOf(const QLXAtom& atom) { return static_cast<const GeListNode&>(atom); }
+
+// The node that it is a child of, or the head of its list; null for a node that is in no list.
+inline GeListNode* ParentOf(const GeListNode& node) { return node.up ? node.up : node.list; }
+
+// The node that the list of a head belongs to; null when there is none.
+GeListNode* OwnerOf(const GeListHead& head);
+
+GeListHead* HeadOf(const GeListNode& node);
+
+// Whether `node` is `outer`, or stands somewhere below it, in its branches or in those below it.
+bool IsInside(const GeListNode& node, const GeListNode& outer);
+
+// Puts the node with all below it behind `pred`, a child of `parent`, or first for null. Nothing happens and
+// the answer is false where that can't be.
+bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred);
+
+// As Place, for a node that was just made, is in no list, and whose place needs no check.
+void Append(GeListNode& made, GeListNode& parent);
+
+// Takes a node out of its list.
+void TakeOut(GeListNode& node);
+
+// All moves of nodes so far.
+uint64_t CountMoves();
+
+// The list of the node with that id; null when it has none yet.
+GeListHead* FindBranch(const GeListNode& node, int32_t id);
+// The same, made where it is missing; null for a node that is dead.
+GeListHead* Branch(GeListNode& node, int32_t id);
+
+// Calls `visit` for the node, for its children or not, for what is in its branches or not, and for all below
+// those. `visit` moves nothing.
+template <class Visit>
+void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true) {
+  const ReadScene reads;
+  std::vector<GeListNode*> todo{&root};
+  while (!todo.empty()) {
+    GeListNode* node = todo.back();
+    todo.pop_back();
+    visit(*node);
+    if (node != &root && node->next) todo.push_back(node->next);
+    if (branches && node->extras)
+      todo.insert(todo.end(), node->extras->branches.rbegin(), node->extras->branches.rend());
+    if (node->down && (node != &root || children)) todo.push_back(node->down);
+  }
+}
+
+// Stamps a change of those kinds (HDIRTYFLAGS).
+void Stamp(QLXAtom& atom, int32_t mask);
+
+// The callbacks of the atom's plug-in can be called from here on, or no longer.
+void BeginPlugin(QLXAtom& atom);
+void EndPlugin(QLXAtom& atom);
+bool HavePluginNodes();
+
+}  // namespace host
+
+#endif
