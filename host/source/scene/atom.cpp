@@ -3,6 +3,13 @@
 #include "boundary/host.h"
 #include "tables/values.h"
 
+namespace host {
+
+// Changes are not counted yet.
+void Touch(QLXAtom&, int32_t) {}
+
+}  // namespace host
+
 namespace host::atom {
 
 HostBool SetLink(QLXAtom* self, HostLink* link) {
@@ -16,7 +23,7 @@ int32_t GetType(const QLXAtom* self) noexcept { return self ? self->type.id : 0;
 int32_t GetRealType(const QLXAtom* self) noexcept { return self ? self->type.id : 0; }
 
 HostBool IsInstanceOf(const QLXAtom* self, int32_t id) {
-  return self && AllNodeTypes().Derives(self->type, id);
+  return self && NodeTypes::Derives(self->type, id);
 }
 
 }  // namespace host::atom

@@ -107,6 +107,8 @@ Value::Value(std::unique_ptr<BaseContainer> container) noexcept {
   data_.value.pointer = container.release();
 }
 
+Value Value::Text(std::string_view text) { return Adopt({HOST_DATA_STRING, 0, {.string = MakeString(text)}}); }
+
 Value::~Value() { End(data_); }
 
 bool IsEqual(const HostGeData& a, const HostGeData& b) {

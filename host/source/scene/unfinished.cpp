@@ -17,9 +17,6 @@ uint32_t GetHDirty(const QLXAtom*, int32_t) { return uint32_t(0); }
 void SetHDirty(QLXAtom*, int32_t) {}
 HostBool CopyTo(const QLXAtom*, QLXAtom*, int32_t, AliasTrans*) { return HostBool(0); }
 QLXAtom* GetClone(const QLXAtom*, int32_t, AliasTrans*) { return nullptr; }
-Description* GetDescription(const QLXAtom*, int32_t) { return nullptr; }
-HostBool GetParameter(const QLXAtom*, const HostDescID*, HostGeData*, int32_t) { return HostBool(0); }
-HostBool SetParameter(QLXAtom*, const HostDescID*, const HostGeData*, int32_t) { return HostBool(0); }
 HostBool Message(QLXAtom*, int32_t, void*) { return HostBool(0); }
 HostBool MultiMessage(QLXAtom*, int32_t, int32_t, void*) { return HostBool(0); }
 void* FindUniqueID(const QLXAtom*, int32_t, int64_t*) { return nullptr; }
@@ -53,15 +50,6 @@ HostBool SetLayerData(BaseList2D*, BaseDocument*, const HostLayerData*) { return
 BaseList2D* GetLayerObject(const BaseList2D*, BaseDocument*) { return nullptr; }
 HostBool SetLayerObject(BaseList2D*, BaseList2D*) { return HostBool(0); }
 HostBool TransferGoal(BaseList2D*, BaseList2D*, HostBool) { return HostBool(0); }
-HostBool SetAnimatedParameter(BaseList2D*, BaseList2D*, const HostDescID*, const HostGeData*, const HostGeData*,
-                              double, int32_t) {
-  return HostBool(0);
-}
-HostBool GetAnimatedParameter(const BaseList2D*, const HostDescID*, HostGeData*, HostGeData*, double*,
-                              int32_t) {
-  return HostBool(0);
-}
-DynamicDescription* GetDynamicDescription(BaseList2D*) { return nullptr; }
 HostBool AddEventNotification(BaseList2D*, BaseList2D*, int32_t, int32_t, const BaseContainer*) {
   return HostBool(0);
 }
@@ -76,26 +64,6 @@ HostBool Edit(BaseList2D*) { return HostBool(0); }
 int32_t GetInfo(const BaseList2D*) { return int32_t(0); }
 HostString GetIconEx(const BaseList2D*) { return HostString{}; }
 }  // namespace host::baselist
-
-namespace host::description {
-void Free(Description*) {}
-int32_t GetCount(const Description*) { return int32_t(0); }
-HostBool GetIndex(const Description*, int32_t, HostDescID*, HostDescID*) { return HostBool(0); }
-const BaseContainer* GetSettings(const Description*, int32_t) { return nullptr; }
-int32_t Find(const Description*, const HostDescID*) { return int32_t(-1); }
-}  // namespace host::description
-
-namespace host::dynamicdescription {
-HostBool Alloc(DynamicDescription*, const BaseContainer*, HostDescID*) { return HostBool(0); }
-HostBool Set(DynamicDescription*, const HostDescID*, const BaseContainer*, BaseList2D*) { return HostBool(0); }
-HostBool Remove(DynamicDescription*, const HostDescID*) { return HostBool(0); }
-const BaseContainer* Find(const DynamicDescription*, const HostDescID*) { return nullptr; }
-DynamicBrowse* BrowseInit(DynamicDescription*) { return nullptr; }
-HostBool GetNext(DynamicDescription*, DynamicBrowse*, HostDescID*, const BaseContainer**) {
-  return HostBool(0);
-}
-void BrowseFree(DynamicDescription*, DynamicBrowse*) {}
-}  // namespace host::dynamicdescription
 
 namespace host::layer {
 LayerObject* Alloc(BaseDocument*) { return nullptr; }
