@@ -22,9 +22,7 @@ int32_t GetType(const QLXAtom* self) noexcept { return self ? self->type.id : 0;
 
 int32_t GetRealType(const QLXAtom* self) noexcept { return self ? self->type.id : 0; }
 
-HostBool IsInstanceOf(const QLXAtom* self, int32_t id) {
-  return self && NodeTypes::Derives(self->type, id);
-}
+HostBool IsInstanceOf(const QLXAtom* self, int32_t id) { return self && NodeTypes::Derives(self->type, id); }
 
 }  // namespace host::atom
 

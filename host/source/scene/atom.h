@@ -31,7 +31,8 @@ struct GeListNode : QLXAtom {
 };
 
 struct BaseList2D : GeListNode {
-  explicit BaseList2D(const host::NodeType& ofType) : GeListNode(ofType), name(ofType.name), data(ofType.defaults) {}
+  explicit BaseList2D(const host::NodeType& ofType)
+      : GeListNode(ofType), name(ofType.name), data(ofType.defaults) {}
 
   std::string name;
   BaseContainer data;
