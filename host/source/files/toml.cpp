@@ -1,5 +1,6 @@
+#include "files/toml.h"
+
 #include <fmt/format.h>
-#include <toml++/toml.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -7,27 +8,24 @@
 #include "files/files.h"
 
 namespace host {
-namespace {
 
-[[noreturn]] void Refuse(const std::filesystem::path& file, uint32_t line, std::string_view reason) {
+void RefuseToml(const std::filesystem::path& file, uint32_t line, std::string_view reason) {
   throw std::runtime_error(fmt::format("{}, line {}: {}", file.string(), line, reason));
 }
 
-toml::table Parse(const std::filesystem::path& file) {
+toml::table ParseToml(const std::filesystem::path& file) {
   try {
     return toml::parse_file(file.string());
   } catch (const toml::parse_error& error) {
     // A file that can't be opened has no line.
     if (!error.source().begin)
       throw std::runtime_error(fmt::format("{}: {}", file.string(), error.description()));
-    Refuse(file, error.source().begin.line, error.description());
+    RefuseToml(file, error.source().begin.line, error.description());
   }
 }
 
-}  // namespace
-
 std::vector<TomlEntry> ReadToml(const std::filesystem::path& file) {
-  const toml::table table = Parse(file);
+  const toml::table table = ParseToml(file);
   std::vector<std::pair<toml::source_position, TomlEntry>> placed;
   for (const auto& [key, node] : table) {
     const toml::source_position place = key.source().begin;
@@ -37,7 +35,7 @@ std::vector<TomlEntry> ReadToml(const std::filesystem::path& file) {
     } else if (const auto* text = node.as_string()) {
       entry.value = text->get();
     } else {
-      Refuse(file, place.line, fmt::format("'{}' is neither an integer nor a text", key.str()));
+      RefuseToml(file, place.line, fmt::format("'{}' is neither an integer nor a text", key.str()));
     }
     placed.emplace_back(place, std::move(entry));
   }

@@ -63,7 +63,7 @@ int32_t GetRealType(const QLXAtom* self) noexcept { return self ? self->type.id 
 
 HostBool IsInstanceOf(const QLXAtom* self, int32_t id) {
   if (!self) return 0;
-  if (AllNodeTypes().Derives(self->type, id)) return 1;
+  if (NodeTypes::Derives(self->type, id)) return 1;
   const NodeRecord* plugin = PluginOf(*self);
   if (!plugin || !plugin->IsInstanceOf) return 0;
   const Hold hold(const_cast<QLXAtom&>(*self));

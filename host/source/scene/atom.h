@@ -7,6 +7,7 @@
 
 #include "kelvar.framework/source/tables/t_plugin.h"
 #include "scene/container.h"
+#include "scene/dynamicdescription.h"
 #include "scene/links.h"
 #include "scene/nodetypes.h"
 #include "scene/text.h"
@@ -88,7 +89,8 @@ struct BaseList2D : GeListNode {
 
   host::Text name;
   BaseContainer data;
-  uint32_t seenData = 0;  // the changes of `data` that are in `changed`
+  uint32_t seenData = 0;                        // the changes of `data` that are in `changed`
+  std::unique_ptr<DynamicDescription> dynamic;  // null until it is asked for
 };
 
 struct BaseObject : BaseList2D {
@@ -121,6 +123,12 @@ struct BaseDocument : BaseList2D {
 };
 
 namespace host {
+
+// Null for an atom that has no parameters.
+inline BaseList2D* AsElement(QLXAtom* atom) {
+  return atom && atom->type.isElement ? static_cast<BaseList2D*>(atom) : nullptr;
+}
+inline const BaseList2D* AsElement(const QLXAtom* atom) { return AsElement(const_cast<QLXAtom*>(atom)); }
 
 // What the host knows an atom to be. Others tell what they like by IsInstanceOf, so a pointer that comes
 // through the boundary is looked at.

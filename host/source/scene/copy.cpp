@@ -52,6 +52,7 @@ class Copier {
   void CopyOwn(const BaseList2D& from, BaseList2D& to) {
     to.name = from.name;
     to.data = from.data;
+    to.dynamic = from.dynamic ? from.dynamic->Clone() : nullptr;
     if (!(flags_ & COPYFLAGS_NO_BITS)) to.bits = from.bits;
     if (const auto* track = As<CTrack>(&from)) static_cast<CTrack&>(to).parameter = track->parameter;
     if (const auto* layer = As<LayerObject>(&from)) static_cast<LayerObject&>(to).says = layer->says;

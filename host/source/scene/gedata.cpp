@@ -160,6 +160,8 @@ Value::Value(std::unique_ptr<BaseContainer> container) noexcept {
 
 void Value::End() { host::End(data_); }
 
+Value Value::Text(std::string_view text) { return Adopt({HOST_DATA_STRING, 0, {.string = MakeString(text)}}); }
+
 bool IsEqual(const HostGeData& a, const HostGeData& b) {
   const TypeOperations* operations = a.type == b.type ? Find(a.type) : nullptr;
   return operations && operations->isEqual(a, b);

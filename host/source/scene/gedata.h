@@ -3,6 +3,7 @@
 #define HOST_SCENE_GEDATA_H
 
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "kelvar.framework/source/tables/t_gedata.h"
@@ -28,6 +29,16 @@ class Value {
       CopyFrom(original);
   }
   explicit Value(std::unique_ptr<BaseContainer> container) noexcept;
+  // Takes over what the value owns.
+  static Value Adopt(HostGeData data) noexcept {
+    Value value;
+    value.data_ = data;
+    return value;
+  }
+  static Value Int32(int32_t number) { return Adopt({HOST_DATA_INT32, 0, {.integer = number}}); }
+  static Value Float(double number) { return Adopt({HOST_DATA_FLOAT, 0, {.real = number}}); }
+  static Value Of(const Vector& vector) { return Adopt({HOST_DATA_VECTOR, 0, {.vector = vector}}); }
+  static Value Text(std::string_view text);
   Value(Value&& other) noexcept : data_(other.Release()) {}
   Value& operator=(Value&& other) noexcept {
     std::swap(data_, other.data_);

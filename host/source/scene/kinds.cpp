@@ -135,7 +135,7 @@ bool MakeReady(GeListNode& node) {
 
 BaseList2D* MakeElement(int32_t id, int32_t base) {
   const NodeType* type = FindType(id);
-  if (!type || type->isAbstract || id == kTypeHead || (base && !AllNodeTypes().Derives(*type, base)))
+  if (!type || type->isAbstract || !type->isElement || (base && !AllNodeTypes().Derives(*type, base)))
     return nullptr;
   auto* made = static_cast<BaseList2D*>(NewNode(*type));
   if (!type->record) return made;

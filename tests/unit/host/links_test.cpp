@@ -185,64 +185,6 @@ TEST(Links, ThreadsLinkOneObject) {
   }
 }
 
-TEST(NodeTypes, WrongFilesAreToldAndLeftOut) {
-  const struct {
-    const char *text, *fault;
-  } cases[] = {
-      {"id = 1\nname = \"A\"\n", ""},
-      {"id = 1\nname = \"A\"\nbase = 2\nabstract = 1\n", ""},
-      {"name = \"A\"\n", ": a node type needs an id and a name"},
-      {"id = 1\n", ": a node type needs an id and a name"},
-      {"id = 1\nname = \"\"\n", ": a node type needs an id and a name"},
-      {"id = 0\nname = \"A\"\n", ": a node type needs an id and a name"},
-      {"id = \"1\"\nname = \"A\"\n", ", line 1: 'id' is no 32-bit integer"},
-      {"name = \"A\"\nid = 2147483648\n", ", line 2: 'id' is no 32-bit integer"},
-      {"id = 1\nname = 5\n", ", line 2: 'name' is no text"},
-      {"id = 1\nname = \"A\"\ncolor = 3\n", ", line 3: 'color' is no key of a node type"},
-      {"id = 9\nname = \"A\"\n", ": another file has the id 9"},
-      {"id = \n", ""},  // the fault is the TOML reader's
-  };
-  for (const auto& c : cases) {
-    TempFolder folder;
-    const auto first = folder.Write("nine.toml", "id = 9\nname = \"Nine\"\n");
-    const auto file = folder.Write("a.toml", c.text);
-    folder.Write("a.txt", "id =");
-    const host::NodeTypes types(folder.Path());
-    const bool right = std::string_view(c.text).starts_with("id = 1\nname = \"A\"\n") && !*c.fault;
-    EXPECT_EQ(types.Find(1) != nullptr, right) << c.text;
-    ASSERT_EQ(types.Faults().size(), right ? 0U : 1U) << c.text;
-    if (!*c.fault) continue;
-    const std::string& fault = types.Faults()[0];
-    // Of two files with one id either may have come first.
-    EXPECT_TRUE(fault == file.string() + c.fault || fault == first.string() + c.fault) << fault;
-  }
-}
-
-TEST(NodeTypes, BasesMayBeUnknownOrComeBack) {
-  TempFolder folder;
-  const auto declare = [&](int id, int base) {
-    folder.Write(std::to_string(id) + ".toml",
-                 "id = " + std::to_string(id) + "\nbase = " + std::to_string(base) + "\nname = \"N\"\n");
-  };
-  declare(1, 2), declare(2, 3), declare(3, 2), declare(4, 4), declare(5, 77), declare(6, 0);
-  const host::NodeTypes types(folder.Path());
-  const struct {
-    int type, id;
-    bool derives;
-  } cases[] = {
-      {1, 1, true},  {1, 2, true}, {1, 3, true},  {1, 4, false},  {3, 1, false}, {3, 2, true},  {4, 4, true},
-      {4, 1, false}, {5, 5, true}, {5, 6, false}, {5, 77, false}, {6, 6, true},  {6, 0, false},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(types.Derives(*types.Find(c.type), c.id), c.derives) << c.type << " " << c.id;
-  EXPECT_EQ(types.Find(77), nullptr);
-  EXPECT_EQ(types.Find(0), nullptr);
-
-  const host::NodeTypes none(folder.Path() / "missing");
-  ASSERT_EQ(none.Faults().size(), 1U);
-  EXPECT_NE(none.Faults()[0].find("missing': No such file"), std::string::npos);
-}
-
 TEST(Bitmap, WrongAndHugeSizesLeaveItAsItIs) {
   BaseBitmap* bitmap = host::bitmap::Alloc();
   ASSERT_EQ(host::bitmap::Init(bitmap, 3, 2, 1, 0), IMAGE_RESULT_OK);

@@ -168,8 +168,9 @@ typedef struct HostAtomGroup {
    * fails   0 */
   HostBool (*GetParameter)(const QLXAtom* self, const HostDescID* id, HostGeData* data, int32_t flags);
 
-  /* Sets a parameter; `data` of no value resets it to its default. A number out of the parameter's range is
-   * brought to its end. 0 for a parameter that the object lacks, and a value of another type.
+  /* Sets a parameter; `data` of no value resets it to its default, and removes what only the container holds. A
+   * number out of the parameter's range is brought to its end; an integer serves as a float, and as an integer
+   * of the other width. 0 for a parameter that the object lacks, and a value of another type.
    * owner   -
    * thread  any
    * waits   no

@@ -281,7 +281,8 @@ typedef struct HostBaseListGroup {
   HostBool (*SetAnimatedParameter)(BaseList2D* self, BaseList2D* track, const HostDescID* id,
                                    const HostGeData* data1, const HostGeData* data2, double mix, int32_t flags);
 
-  /* Reads a parameter as a track does. Both values are overwritten; on 0 they are no values.
+  /* Reads a parameter as a track does: the value twice, and 0 for `mix`, unless the element keeps two. Both
+   * values are overwritten; on 0 they are no values.
    * owner   the caller, of the values
    * thread  any
    * waits   no

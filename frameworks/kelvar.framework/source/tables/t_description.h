@@ -11,6 +11,55 @@
 extern "C" {
 #endif
 
+/* What the settings of a parameter tell. Of a container, the entries that matter are there. */
+enum HostDescSetting {
+  DESC_NAME = 1,       /* text */
+  DESC_SHORT_NAME = 2, /* text */
+  DESC_IDENT = 3,      /* text: the name of the constant with the parameter's number */
+  DESC_DATATYPE = 4,   /* number: DTYPE_ */
+  DESC_DEFAULT = 5,    /* a value of the parameter's type */
+  DESC_MIN = 6,        /* number; of a vector that of each component */
+  DESC_MAX = 7,
+  DESC_STEP = 8,
+  DESC_UNIT = 9,     /* number: DESC_UNIT_ */
+  DESC_CYCLE = 10,   /* container: the values of a choice, each with its text */
+  DESC_ANIMATE = 11, /* truth: whether tracks may animate it */
+  DESC_HELP = 12     /* text */
+};
+
+enum HostDescUnit {
+  DESC_UNIT_NONE = 0,
+  DESC_UNIT_LENGTH = 1,  /* units of the scene */
+  DESC_UNIT_ANGLE = 2,   /* radians */
+  DESC_UNIT_PERCENT = 3, /* 1 is shown as 100 % */
+  DESC_UNIT_PIXEL = 4,
+  DESC_UNIT_TIME = 5 /* seconds */
+};
+
+/* The types of parameters, in the levels of their ids. Values of the type that has the same number in
+ * HostDataType, unless said otherwise. */
+enum HostDescType {
+  DTYPE_GROUP = 1,        /* no value */
+  DTYPE_SUBCONTAINER = 5, /* HOST_DATA_CONTAINER */
+  DTYPE_LONG = 15,
+  DTYPE_REAL = 19,
+  DTYPE_TIME = 22,
+  DTYPE_VECTOR = 23,
+  DTYPE_MATRIX = 25,
+  DTYPE_LLONG = 26,
+  DTYPE_STRING = 130,
+  DTYPE_FILENAME = 131,
+  DTYPE_BASELISTLINK = 133,
+  DTYPE_BOOL = 400006001, /* HOST_DATA_INT32 */
+  DTYPE_COLOR = 400006002 /* HOST_DATA_VECTOR */
+};
+
+/* The components of a vector, as the level below it. */
+enum HostVectorComponent { VECTOR_X = 1000, VECTOR_Y = 1001, VECTOR_Z = 1002 };
+
+/* The first level of the parameters that a user added; their number is the second. */
+enum { ID_USERDATA = 700 };
+
 typedef struct HostDescriptionGroup {
   uint32_t size;
   uint32_t reserved;

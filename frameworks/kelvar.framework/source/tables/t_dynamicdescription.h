@@ -17,6 +17,7 @@ typedef struct HostDynamicDescriptionGroup {
   uint32_t reserved;
 
   /* Adds a parameter with these settings, whose DESC_DATATYPE tells its type; `id` is its full id from then on.
+   * 0 for a type that is not known, and a default of another type.
    * owner   the description, of the levels
    * thread  any
    * waits   no

@@ -48,17 +48,16 @@ PyObject* InsertShader(BaseList2D* self, WrapperOf<BaseShader>* shader, BaseShad
   BaseShader* host;
   if (!shader->Get(host)) return nullptr;
   if (host->GetNext()) return RaiseShaderHasNext();
-  host->Remove();
-  self->InsertShader(host, pred);
-  shader->owned = !host->GetListHead();  // the node's, unless it refused the shader
+  if (!self->InsertShader(host, pred)) return RaiseInsertOnItself();
+  shader->owned = false;  // the node's
   return NewNone();
 }
 
 PyObject* InsertTrackSorted(BaseList2D* self, WrapperOf<CTrack>* track) {
   CTrack* host;
   if (!track->Get(host)) return nullptr;
-  self->InsertTrackSorted(host);
-  track->owned = !host->GetListHead();  // the node's, unless it refused the track
+  if (!self->InsertTrackSorted(host)) return RaiseInsertOnItself();
+  track->owned = false;  // the node's
   return NewNone();
 }
 

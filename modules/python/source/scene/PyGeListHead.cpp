@@ -29,20 +29,21 @@ void Free(PyObject* self) {
   FreeLinkOnly(self);
 }
 
-// The node is the list's when it stands there; the host refuses what can't be.
-PyObject* Settle(GeListHead* self, GeListNode* host, AtomWrapper* node) {
-  if (host->GetListHead() != self) return RaiseHeadInsertOnItself();
+// The node is the list's when the host put it there.
+PyObject* Settle(bool isInserted, AtomWrapper* node) {
+  if (!isInserted) return RaiseHeadInsertOnItself();
   node->owned = false;  // the list's
   return NewNone();
 }
 
-template <void (GeListHead::*Insert)(GeListNode*)>
-PyObject* InsertAt(GeListHead* self, WrapperOf<GeListNode>* node) {
+PyObject* InsertFirst(GeListHead* self, WrapperOf<GeListNode>* node) {
   GeListNode* host;
-  if (!node->Get(host)) return nullptr;
-  if (host == self) return RaiseHeadInsertOnItself();
-  (self->*Insert)(host);
-  return Settle(self, host, node);
+  return node->Get(host) ? Settle(host != self && self->InsertFirst(host), node) : nullptr;
+}
+
+PyObject* InsertLast(GeListHead* self, WrapperOf<GeListNode>* node) {
+  GeListNode* host;
+  return node->Get(host) ? Settle(host != self && self->InsertLast(host), node) : nullptr;
 }
 
 bool GetOptional(WrapperOf<GeListNode>* node, GeListNode*& host) {
@@ -56,24 +57,21 @@ PyObject* Insert(GeListHead* self, WrapperOf<GeListNode>* node, WrapperOf<GeList
   if (!node->Get(host) || !GetOptional(parent, up) || !GetOptional(prev, pred)) return nullptr;
   if (host == self || host == up || host == pred) return RaiseHeadInsertOnItself();
   if (up && up == pred) return RaiseSameParentAndPrevious();
-  self->Insert(host, up, pred);
-  return Settle(self, host, node);
+  return Settle(self->Insert(host, up, pred), node);
 }
 
 PyObject* SetParent(GeListHead* self, WrapperOf<GeListNode>* parent) {
   GeListNode* host;
   if (!parent->Get(host)) return nullptr;
-  self->SetParent(host);
-  return NewNone();
+  return self->SetParent(host) ? NewNone() : RaiseHeadInsertOnItself();
 }
 
 PyMethodDef g_methods[] = {
-    Method<&InsertAt<&GeListHead::InsertFirst>, "O!", "node">(
+    Method<&InsertFirst, "O!", "node">(
         "InsertFirst",
         "InsertFirst(node) -> None\n\nPuts a node first, out of where it was. Raises AssertionError when the "
         "list stands in the node."),
-    Method<&InsertAt<&GeListHead::InsertLast>, "O!", "node">("InsertLast",
-                                                             "InsertLast(node) -> None\n\nThe same, last."),
+    Method<&InsertLast, "O!", "node">("InsertLast", "InsertLast(node) -> None\n\nThe same, last."),
     Method<&Insert, "O!|O!NO!N", "node", "parent", "prev">(
         "Insert",
         "Insert(node, parent=None, prev=None) -> None\n\n"

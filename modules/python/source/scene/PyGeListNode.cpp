@@ -19,27 +19,41 @@ void Remove(AtomWrapper* self) {
 }
 
 // The host refuses, and changes nothing, where the node would come to stand in itself.
+using Reference = WrapperOf<GeListNode>;
+using HostInsert = bool (GeListNode::*)(GeListNode*);
 
-template <void (GeListNode::*Insert)(GeListNode*), GeListNode* (GeListNode::*Beside)() const>
-PyObject* InsertBeside(AtomWrapper* self, WrapperOf<GeListNode>* reference) {
-  GeListNode *node = HostOf(self), *obj;
-  if (!reference->Get(obj)) return nullptr;
-  if (node == obj) return RaiseInsertOnItself();
-  (node->*Insert)(obj);
-  if ((node->*Beside)() != obj) return RaiseInsertOnItself();
-  self->owned = !obj->GetUp() && !obj->GetDocument();  // a chain outside of documents stays the script's
+GeListNode* Insert(AtomWrapper* self, Reference* reference, HostInsert insert) {
+  GeListNode *node = HostOf(self), *other;
+  if (!reference->Get(other)) return nullptr;
+  if (node != other && (node->*insert)(other)) return other;
+  RaiseInsertOnItself();
+  return nullptr;
+}
+
+PyObject* InsertBeside(AtomWrapper* self, Reference* reference, HostInsert insert) {
+  const GeListNode* other = Insert(self, reference, insert);
+  if (!other) return nullptr;
+  self->owned = !other->GetUp() && !other->GetDocument();  // a chain outside of documents stays the script's
   return NewNone();
 }
 
-template <void (GeListNode::*Insert)(GeListNode*)>
-PyObject* InsertBelow(AtomWrapper* self, WrapperOf<GeListNode>* reference) {
-  GeListNode *node = HostOf(self), *obj;
-  if (!reference->Get(obj)) return nullptr;
-  if (node == obj) return RaiseInsertOnItself();
-  (node->*Insert)(obj);
-  if (node->GetUp() != obj) return RaiseInsertOnItself();
+PyObject* InsertBelow(AtomWrapper* self, Reference* reference, HostInsert insert) {
+  if (!Insert(self, reference, insert)) return nullptr;
   self->owned = false;  // the parent's
   return NewNone();
+}
+
+PyObject* InsertBefore(AtomWrapper* self, Reference* obj) {
+  return InsertBeside(self, obj, &GeListNode::InsertBefore);
+}
+PyObject* InsertAfter(AtomWrapper* self, Reference* obj) {
+  return InsertBeside(self, obj, &GeListNode::InsertAfter);
+}
+PyObject* InsertUnder(AtomWrapper* self, Reference* obj) {
+  return InsertBelow(self, obj, &GeListNode::InsertUnder);
+}
+PyObject* InsertUnderLast(AtomWrapper* self, Reference* obj) {
+  return InsertBelow(self, obj, &GeListNode::InsertUnderLast);
 }
 
 PyObject* BranchToPython(HostBranch& branch) {
@@ -81,15 +95,15 @@ PyMethodDef g_methods[] = {
     Method<&GeListNode::GetDownLast>("GetDownLast",
                                      "GetDownLast() -> qlx.GeListNode or None\n\nThe last child."),
     Method<&GetChildren>("GetChildren", "GetChildren() -> list of qlx.GeListNode\n\nThe direct children."),
-    Method<Row<WhileAlive>, &InsertBeside<&GeListNode::InsertBefore, &GeListNode::GetNext>, "O!", "obj">(
+    Method<Row<WhileAlive>, &InsertBefore, "O!", "obj">(
         "InsertBefore",
         "InsertBefore(obj) -> None\n\nPuts the node before another one, out of where it was. Raises "
         "AssertionError when that is the node itself or stands in it."),
-    Method<Row<WhileAlive>, &InsertBeside<&GeListNode::InsertAfter, &GeListNode::GetPred>, "O!", "obj">(
+    Method<Row<WhileAlive>, &InsertAfter, "O!", "obj">(
         "InsertAfter", "InsertAfter(obj) -> None\n\nAs InsertBefore, behind the other node."),
-    Method<Row<WhileAlive>, &InsertBelow<&GeListNode::InsertUnder>, "O!", "obj">(
+    Method<Row<WhileAlive>, &InsertUnder, "O!", "obj">(
         "InsertUnder", "InsertUnder(obj) -> None\n\nAs InsertBefore, as the first child of the other node."),
-    Method<Row<WhileAlive>, &InsertBelow<&GeListNode::InsertUnderLast>, "O!", "obj">(
+    Method<Row<WhileAlive>, &InsertUnderLast, "O!", "obj">(
         "InsertUnderLast", "InsertUnderLast(obj) -> None\n\nAs InsertUnder, as the last child."),
     Method<Row<WhileAlive>, &Remove>(
         "Remove", "Remove() -> None\n\nTakes the node out of its list. It is the script's then."),
