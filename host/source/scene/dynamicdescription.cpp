@@ -70,7 +70,7 @@ std::unique_ptr<DynamicDescription> DynamicDescription::Clone() const {
 namespace host::baselist {
 
 DynamicDescription* GetDynamicDescription(BaseList2D* self) {
-  if (!self) return nullptr;
+  if (!AsElement(self)) return nullptr;
   if (!self->dynamic) self->dynamic = std::make_unique<DynamicDescription>();
   self->dynamic->node = self;
   return self->dynamic.get();

@@ -112,7 +112,7 @@ const NodeType* NodeTypes::Add(NodeType type) {
 }
 
 bool NodeTypes::Derives(const NodeType& type, int32_t id) {
-  return std::find(type.bases.begin(), type.bases.end(), id) != type.bases.end();
+  return type.id == id || std::find(type.bases.begin(), type.bases.end(), id) != type.bases.end();
 }
 
 std::vector<Symbol> NodeTypes::Symbols() const {

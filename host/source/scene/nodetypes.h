@@ -19,7 +19,7 @@ namespace host {
 struct NodeType {
   int32_t id = 0;
   int32_t base = 0;         // 0: derives from none
-  bool isAbstract = false;  // not made by its id alone: a base of others, or made by calls of its own
+  bool isAbstract = false;  // a base of others, or made by calls of its own
   bool isElement = true;    // a BaseList2D, which has parameters
   int32_t info = 0;         // what GetInfo answers
   std::string name;         // what a new element is called

@@ -75,9 +75,8 @@ class Reader {
 
 // Stores, or with no value removes, what the address names. Containers on the way are there already, or are
 // those of a parameter that still has its default.
-void Store(BaseList2D& node, const HostDescID& id, const Value& value) {
+void Store(BaseList2D& node, const Step& step, const HostDescID& id, const Value& value) {
   BaseContainer* into = &node.data;
-  const Step step = FirstStep(node, id);
   for (int32_t i = 0; i + 1 < id.depth; ++i) {
     const int32_t at = id.level[i].id;
     const HostGeData* present = container::FindData(into, at);
@@ -96,11 +95,6 @@ void Store(BaseList2D& node, const HostDescID& id, const Value& value) {
   }
 }
 
-// What is to be stored where the address is that of a parameter; the same for what lies in none.
-Value Fitting(const HostGeData& data, const Parameter* parameter, const HostGeData& current) {
-  return parameter ? parameter->Fit(data) : Convert(data, current.type);
-}
-
 // As Write, where the address may be one of a vector's component; then it becomes the vector's.
 bool WriteComponent(BaseList2D& node, const Step& step, HostDescID id, const HostGeData* data) {
   const int32_t component = id.level[--id.depth].id;
@@ -116,14 +110,22 @@ bool WriteComponent(BaseList2D& node, const Step& step, HostDescID id, const Hos
   const Value wanted = data ? Convert(*data, HOST_DATA_FLOAT) : Value::Float(reset ? *reset : 0);
   if (!number || wanted.Data().type == HOST_DATA_NONE) return false;
   *number = wanted.Data().value.real;
-  const Value fitting = Fitting(vector, parameter, vector);
+  const Value fitting = parameter ? parameter->Fit(vector) : Value(vector);
   if (fitting.Data().type == HOST_DATA_NONE) return false;
-  Store(node, id, fitting);
+  Store(node, step, id, fitting);
   return true;
 }
 
 // `data` is null for the default.
 bool Write(BaseList2D& node, const Step& step, const HostDescID& id, const HostGeData* data) {
+  if (step.parameter && step.parameter->IsGroup()) return false;
+  if (step.parameter && step.levels == id.depth) {
+    const Value& standard = *step.parameter->standard;
+    const Value fitting = step.parameter->Fit(data ? *data : standard.Data());
+    if (fitting.Data().type == HOST_DATA_NONE) return false;
+    Store(node, step, id, fitting);
+    return true;
+  }
   Reader reader;
   const HostGeData* current = reader.Read(node, id);
   if (!current) return false;
@@ -132,14 +134,9 @@ bool Write(BaseList2D& node, const Step& step, const HostDescID& id, const HostG
   if (--parent.depth >= step.levels)
     if (const HostGeData* value = above.Read(node, parent); value && value->type == HOST_DATA_VECTOR)
       return WriteComponent(node, step, id, data);
-  const Parameter* parameter = step.levels == id.depth ? step.parameter : nullptr;
-  if (!data) {
-    Store(node, id, parameter ? Value(parameter->standard->Data()) : Value());
-    return true;
-  }
-  const Value fitting = Fitting(*data, parameter, *current);
-  if (fitting.Data().type == HOST_DATA_NONE) return false;
-  Store(node, id, fitting);
+  const Value fitting = data ? Convert(*data, current->type) : Value();
+  if (data && fitting.Data().type == HOST_DATA_NONE) return false;
+  Store(node, step, id, fitting);
   return true;
 }
 
@@ -156,7 +153,7 @@ const HostGeData* QuickNumber(const BaseList2D& node, const HostDescID& id) {
 
 bool IsAddress(const HostDescID* id) { return id && id->level && id->depth > 0; }
 
-// Nothing of an element is asked for when both are plain numbers.
+// False where there is nothing between the two.
 bool Mix(const HostGeData& a, const HostGeData& b, double mix, HostGeData& mixed) {
   const auto between = [mix](double from, double to) { return std::lerp(from, to, mix); };
   mixed = a;
@@ -220,7 +217,7 @@ HostBool GetParameter(const QLXAtom* self, const HostDescID* id, HostGeData* dat
 HostBool SetParameter(QLXAtom* self, const HostDescID* id, const HostGeData* data, int32_t flags) {
   BaseList2D* node = AsElement(self);
   if (!node || !IsAddress(id) || !data) return 0;
-  const Step step = FirstStep(*node, *id);
+  Step step = FirstStep(*node, *id);
   const int32_t changed =
       DIRTYFLAGS_DATA | (step.parameter && step.parameter->isOfMatrix ? DIRTYFLAGS_MATRIX : 0);
   if (const NodeRecord* record = PluginOf(*node); record && record->SetDParameter) {
@@ -231,8 +228,9 @@ HostBool SetParameter(QLXAtom* self, const HostDescID* id, const HostGeData* dat
       Touch(*node, changed);
       return 1;
     }
+    step = FirstStep(*node, *id);
   }
-  if (!Write(*node, FirstStep(*node, *id), *id, data->type == HOST_DATA_NONE ? nullptr : data)) return 0;
+  if (!Write(*node, step, *id, data->type == HOST_DATA_NONE ? nullptr : data)) return 0;
   Touch(*node, changed);
   return 1;
 }
