@@ -1,5 +1,4 @@
 #include "scene/parameters.h"
-#include "scene/extras.h"
 
 #include <cmath>
 #include <limits>
@@ -7,6 +6,7 @@
 
 #include "app/settings.h"
 #include "scene/atom.h"
+#include "scene/extras.h"
 #include "support.h"
 
 namespace {

@@ -43,11 +43,11 @@ std::string_view View(const HostString* text) { return kelvar::View(*reinterpret
 const Filename& Path(const HostFilename* file) { return *reinterpret_cast<const Filename*>(file); }
 PyObject* Object(CPyObject* object) { return reinterpret_cast<PyObject*>(object); }
 
-// Binds a name in a scope, by a function of the scope and the name.
-template <class Bind>
-int32_t Set(ModuleScriptScope* self, const HostString* name, Bind bind) {
+// What a function of a scope and a name answers.
+template <class Operation>
+int32_t Named(ModuleScriptScope* self, const HostString* name, Operation operation) {
   if (!self || !name) return 0;
-  return Serve([&]() -> int32_t { return bind(Scope(self), View(name)); });
+  return Serve([&]() -> int32_t { return operation(Scope(self), View(name)); });
 }
 
 int32_t Printed(bool ok) {
@@ -96,7 +96,7 @@ void FreeWord(ModuleScriptScope* self) {
 }
 
 int32_t ContainsWord(ModuleScriptScope* self, const HostString* name) {
-  return Set(self, name, [](ScriptScope& scope, std::string_view key) { return scope.Contains(key); });
+  return Named(self, name, [](ScriptScope& scope, std::string_view key) { return scope.Contains(key); });
 }
 
 CPyObject* GetWord(ModuleScriptScope* self, const HostString* name) {
@@ -105,32 +105,32 @@ CPyObject* GetWord(ModuleScriptScope* self, const HostString* name) {
 }
 
 int32_t SetIntWord(ModuleScriptScope* self, const HostString* name, int32_t value) {
-  return Set(self, name, [&](ScriptScope& scope, std::string_view key) { return scope.SetInt(key, value); });
+  return Named(self, name, [&](ScriptScope& scope, std::string_view key) { return scope.SetInt(key, value); });
 }
 
 int32_t SetNoneWord(ModuleScriptScope* self, const HostString* name) {
-  return Set(self, name, [](ScriptScope& scope, std::string_view key) { return scope.SetNone(key); });
+  return Named(self, name, [](ScriptScope& scope, std::string_view key) { return scope.SetNone(key); });
 }
 
 int32_t SetDataWord(ModuleScriptScope* self, const HostString* name, const HostGeData* data) {
-  return Set(self, name,
-             [&](ScriptScope& scope, std::string_view key) { return data && scope.SetData(key, *data); });
+  return Named(self, name,
+               [&](ScriptScope& scope, std::string_view key) { return data && scope.SetData(key, *data); });
 }
 
 int32_t SetNodeWord(ModuleScriptScope* self, const HostString* name, QLXAtom* node, int32_t owned) {
-  return Set(self, name,
-             [&](ScriptScope& scope, std::string_view key) { return scope.SetNode(key, node, owned); });
+  return Named(self, name,
+               [&](ScriptScope& scope, std::string_view key) { return scope.SetNode(key, node, owned); });
 }
 
 int32_t SetFilenameWord(ModuleScriptScope* self, const HostString* name, const HostFilename* file) {
-  return Set(self, name, [&](ScriptScope& scope, std::string_view key) {
+  return Named(self, name, [&](ScriptScope& scope, std::string_view key) {
     return file && scope.SetFilename(key, Path(file));
   });
 }
 
 int32_t SetObjectWord(ModuleScriptScope* self, const HostString* name, CPyObject* object) {
-  return Set(self, name,
-             [&](ScriptScope& scope, std::string_view key) { return scope.SetObject(key, Object(object)); });
+  return Named(self, name,
+               [&](ScriptScope& scope, std::string_view key) { return scope.SetObject(key, Object(object)); });
 }
 
 int32_t ImportPackageWord(ModuleScriptScope* self) {
