@@ -1,8 +1,9 @@
 // Lists, branches and lives of nodes.
 
 #include <algorithm>
+#include <functional>
 #include <random>
-#include <set>
+#include <thread>
 
 #include "scene_support.h"
 
@@ -490,6 +491,26 @@ TEST_F(Scene, MarksAndBits) {
   host::baselist::DelBit(self, 4);
   host::baselist::ToggleBit(self, 3);
   EXPECT_EQ(host::baselist::GetAllBits(self), 2);
+}
+
+// The first thread stays inside until the second has tried.
+TEST_F(Scene, ThreadsThatOverlapAreCaught) {
+  ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto overlap = [](auto* first, auto* second) {
+    const std::remove_pointer_t<decltype(first)> outer, nested;
+    std::thread([] { const std::remove_pointer_t<decltype(second)> other; }).join();
+  };
+  host::WatchedRead* read = nullptr;
+  host::WatchedChange* change = nullptr;
+  overlap(read, read);
+  {
+    const host::WatchedRead outer;
+    const host::WatchedChange nested;
+    const host::WatchedRead inner;
+  }
+  EXPECT_DEATH(overlap(read, change), "a scene changes while it is used");
+  EXPECT_DEATH(overlap(change, read), "a scene is read while it changes");
+  EXPECT_DEATH(overlap(change, change), "a scene changes while it is used");
 }
 
 }  // namespace
