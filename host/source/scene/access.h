@@ -1,55 +1,68 @@
-// The rule of the scene's threads, watched in debug builds: what changes a scene does not overlap with what
-// others do to any scene.
+// The rule of the scene's threads, watched in debug builds: a call that changes a scene does not overlap with
+// what other threads do to any scene. The code of others, which calls may run, is no part of them.
 #ifndef HOST_SCENE_ACCESS_H
 #define HOST_SCENE_ACCESS_H
 
-#ifndef NDEBUG
 #include <atomic>
-#include <cassert>
-#endif
+#include <cstdio>
+#include <cstdlib>
 
 namespace host {
 
-#ifdef NDEBUG
-
-class ReadScene {
- public:
-  ReadScene() {}
+// How many threads read scenes or change one; a thread counts once for each.
+struct SceneUsers {
+  std::atomic<int> count{0};
+  void Begin(int& own) {
+    if (own++ == 0) ++count;
+  }
+  void End(int& own) {
+    if (--own == 0) --count;
+  }
 };
-using ChangeScene = ReadScene;
 
-#else
-
-// How many threads read, and how many change. A thread counts once.
-inline std::atomic<int> g_sceneReaders{0}, g_sceneWriters{0};
+inline SceneUsers g_sceneReaders, g_sceneChangers;
 inline thread_local int t_sceneReads = 0, t_sceneChanges = 0;
 
-class ReadScene {
+inline void CheckSceneUsers(const char* fault) {
+  const bool othersChange = g_sceneChangers.count > (t_sceneChanges > 0);
+  const bool othersRead = g_sceneReaders.count > (t_sceneReads > 0);
+  if (!othersChange && !(othersRead && t_sceneChanges > 0)) return;
+  std::fprintf(stderr, "%s\n", fault);
+  std::abort();
+}
+
+class WatchedRead {
  public:
-  ReadScene() {
-    if (t_sceneReads++ == 0) ++g_sceneReaders;
-    assert(g_sceneWriters == (t_sceneChanges > 0) && "a scene changes while it is read");
+  WatchedRead() {
+    g_sceneReaders.Begin(t_sceneReads);
+    CheckSceneUsers("a scene is read while it changes");
   }
-  ReadScene(const ReadScene&) = delete;
-  ReadScene& operator=(const ReadScene&) = delete;
-  ~ReadScene() {
-    if (--t_sceneReads == 0) --g_sceneReaders;
-  }
+  WatchedRead(const WatchedRead&) = delete;
+  WatchedRead& operator=(const WatchedRead&) = delete;
+  ~WatchedRead() { g_sceneReaders.End(t_sceneReads); }
 };
 
-class ChangeScene {
+class WatchedChange {
  public:
-  ChangeScene() {
-    if (t_sceneChanges++ == 0) ++g_sceneWriters;
-    assert(g_sceneWriters == 1 && g_sceneReaders == (t_sceneReads > 0) && "two use a scene while it changes");
+  WatchedChange() {
+    g_sceneChangers.Begin(t_sceneChanges);
+    CheckSceneUsers("a scene changes while it is used");
   }
-  ChangeScene(const ChangeScene&) = delete;
-  ChangeScene& operator=(const ChangeScene&) = delete;
-  ~ChangeScene() {
-    if (--t_sceneChanges == 0) --g_sceneWriters;
-  }
+  WatchedChange(const WatchedChange&) = delete;
+  WatchedChange& operator=(const WatchedChange&) = delete;
+  ~WatchedChange() { g_sceneChangers.End(t_sceneChanges); }
 };
 
+struct Unwatched {
+  Unwatched() {}
+};
+
+#ifdef NDEBUG
+using ReadScene = Unwatched;
+using ChangeScene = Unwatched;
+#else
+using ReadScene = WatchedRead;
+using ChangeScene = WatchedChange;
 #endif
 
 }  // namespace host

@@ -1,5 +1,7 @@
 // Copies of elements, with what is below them and in their branches.
 
+#include <algorithm>
+
 #include "boundary/host.h"
 #include "scene/aliastrans.h"
 #include "scene/kinds.h"
@@ -101,12 +103,14 @@ struct End {
 };
 using OwnedElement = std::unique_ptr<BaseList2D, End>;
 
-// The ids of the branches that one of both has.
-std::set<int32_t> BranchesOf(const BaseList2D& one, const BaseList2D& other) {
-  std::set<int32_t> ids;
-  for (const BaseList2D* element : {&one, &other})
-    if (element->extras)
-      for (const GeListHead* head : element->extras->branches) ids.insert(head->branch);
+// The ids of the branches of both, in the order of the first.
+std::vector<int32_t> BranchesOf(const BaseList2D& first, const BaseList2D& second) {
+  std::vector<int32_t> ids;
+  for (const BaseList2D* element : {&first, &second}) {
+    if (!element->extras) continue;
+    for (const GeListHead* head : element->extras->branches)
+      if (std::find(ids.begin(), ids.end(), head->branch) == ids.end()) ids.push_back(head->branch);
+  }
   return ids;
 }
 

@@ -47,8 +47,9 @@ const Shared& SharedOf(const NodeType& type) {
   if (latest.first == &type) return *latest.second;
   All& all = Lasting<All>();
   std::lock_guard guard(all.lock);
-  Shared& shared = all.byType[&type];
-  if (shared.kind == Kind::kNone) {
+  const auto [at, isNew] = all.byType.try_emplace(&type);
+  Shared& shared = at->second;
+  if (isNew) {
     shared.name = type.name;
     for (const KindInfo& info : kKinds)
       if (info.base && AllNodeTypes().Derives(type, info.base)) shared.kind = info.kind;
