@@ -11,7 +11,7 @@ from qlx.bitmaps import BaseBitmap
 
 CUBE, OBJECT, NOWHERE = 5159, 5155, 123456
 
-OP = "the object 'qlx.BaseList2D' is not alive"
+OP = "the object 'qlx.BaseObject' is not alive"
 NO_HOST = "the host object of 'qlx.BaseContainer' is not alive"
 NO_INSTANCE = "this type cannot be instantiated"
 
@@ -59,7 +59,7 @@ ERRORS = [
     (lambda: BaseList2D(CUBE).IsInstanceOf(), TypeError, None),
     (lambda: BaseList2D(CUBE)(1), TypeError, None),
     (lambda: BaseList2D(CUBE) < BaseList2D(CUBE), TypeError, None),
-    (lambda: hash(BaseList2D(CUBE)), TypeError, "unhashable type: 'qlx.BaseList2D'"),
+    (lambda: hash(BaseList2D(CUBE)), TypeError, "unhashable type: 'qlx.BaseObject'"),
     (lambda: view_without_host().GetId(), ReferenceError, NO_HOST),
     (lambda: view_without_host().SetId(1), ReferenceError, NO_HOST),
     (lambda: view_without_host() == BaseContainer(), ReferenceError, NO_HOST),

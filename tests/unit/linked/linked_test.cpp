@@ -217,7 +217,7 @@ TEST_F(LeakTest, InstancesMadeOutsideOfScriptsAreToldByTheModulesLine) {
     EXPECT_EQ(rest.substr(head.size()).find_first_not_of("0123456789"),
               rest.size() - head.size() - type.size() - 3);
   };
-  expect(diagnostics[1], "scene/wraphostobject.cpp", "qlx.BaseList2D");
+  expect(diagnostics[1], "scene/wraphostobject.cpp", "qlx.BaseObject");
   expect(diagnostics[2], "values/values.h", "qlx.Vector");
   Run("del early, other");
   EXPECT_EQ(diagnostics.size(), 7U);

@@ -90,10 +90,10 @@ struct MemoryCase {
 
 const MemoryCase kCases[] = {
     {"op.OnMain, (), {}", "RuntimeError"},
-    {"op.Itself, (), {}", "qlx.BaseList2D"},
-    {"op.Clone, (), {}", "qlx.BaseList2D", "NoneType"},
-    {"op.New, (5159,), {}", "qlx.BaseList2D", "NoneType"},
-    {"op.New, (), {Name('type'): 5159}", "qlx.BaseList2D", "NoneType"},
+    {"op.Itself, (), {}", "qlx.BaseObject"},
+    {"op.Clone, (), {}", "qlx.BaseObject", "NoneType"},
+    {"op.New, (5159,), {}", "qlx.BaseObject", "NoneType"},
+    {"op.New, (), {Name('type'): 5159}", "qlx.BaseObject", "NoneType"},
     {"op.Sum, ((1000, 2000), 3), {}", "int"},
     {"op.Sum, (range(1000, 1002),), {'b': 5}", "int", "TypeError"},  // an item that is not retrievable
     {"op.Sum, ((1, 'x'),), {}", "TypeError"},
@@ -115,7 +115,7 @@ const MemoryCase kCases[] = {
     {"op.GetDataInstance, (), {}", "qlx.BaseContainer"},
     {"op, (), {}", "test.Element"},
     {"dead.GetName, (), {}", "ReferenceError"},
-    {"qlx.BaseList2D, (5159,), {}", "qlx.BaseList2D", "BaseException"},
+    {"qlx.BaseList2D, (5159,), {}", "qlx.BaseObject", "BaseException"},
     {"qlx.BaseList2D, (), {'type': 1}", "BaseException"},
     {"qlx.BaseBitmap, (), {}", "qlx.bitmaps.BaseBitmap", "BaseException"},
     {"qlx.BaseBitmap().GetClone, (), {}", "qlx.bitmaps.BaseBitmap", "NoneType"},

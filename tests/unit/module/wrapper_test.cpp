@@ -128,20 +128,49 @@ TEST_F(WrapperTest, ScriptsSeeTheDeathOfAnObject) {
 }
 
 // The chain of ids, with what can be told apart today: who owns the element.
-TEST_F(WrapperTest, SomeElementsAreNeverOwned) {
-  static int32_t own;
-  tables::atom.IsInstanceOf = [](const QLXAtom*, int32_t id) { return HostBool(id == own); };
-  tables::atom.GetType = [](const QLXAtom*) { return own; };
-  for (const auto& [id, owned] :
-       {std::pair(5155, true), {5694, true}, {1, true}, {110305, false}, {431000054, false}}) {
-    own = id;
+// Each element says yes to its own id and to those that stand behind it in the row: the first one counts.
+TEST_F(WrapperTest, ElementsHaveTheTypesOfTheirIds) {
+  static std::vector<int32_t> ids;
+  tables::atom.IsInstanceOf = [](const QLXAtom*, int32_t id) {
+    return HostBool(std::find(ids.begin(), ids.end(), id) != ids.end());
+  };
+  tables::atom.GetType = [](const QLXAtom*) { return ids[0]; };
+  const struct {
+    std::vector<int32_t> ids;
+    const char* type;
+    bool owned = true;
+  } kCases[] = {
+      {{1}, "qlx.BaseList2D"},
+      {{110059}, "qlx.documents.BaseDocument"},
+      {{5703, 5702}, "qlx.Material"},
+      {{5702}, "qlx.BaseMaterial"},
+      {{1011123, 5707}, "qlx.LayerShader"},
+      {{1001428}, "qlx.modules.driftmotes.DM_MasterSystem"},
+      {{110305}, "qlx.BaseDraw", false},
+      {{431000054}, "qlx.modules.takesystem.BaseTake", false},
+      {{24535345}, "qlx.modules.net.RenderJob", false},
+      {{544, 542}, "qlx.modules.frescoa.PaintLayerFolder", false},
+      {{544, 543, 502}, "qlx.modules.frescoa.PaintTexture", false},
+      {{501}, "qlx.modules.frescoa.PaintBitmap", false},
+      {{5155}, "qlx.BaseObject"},
+      {{5100, 5155, 5101, 5156}, "qlx.SplineObject"},
+      {{5156, 5155}, "qlx.PointObject"},
+      {{1039859, 5155}, "qlx.VolumeBuilder"},
+      {{5694}, "qlx.BaseTag"},
+      {{5671, 5694, 5695}, "qlx.UVWTag"},
+      {{431000045, 5694, 5695}, "qlx.VertexColorTag"},
+      {{5695, 5694}, "qlx.VariableTag"},
+      {{5701, 5694}, "qlx.SelectionTag"},
+  };
+  for (const auto& c : kCases) {
+    ids = c.ids;
     FakeObject& object = Make();
     PyObject* wrapper = qlx::WrapHostObject(object.As<QLXAtom>(), true);
     ASSERT_TRUE(wrapper);
-    EXPECT_EQ(Py_TYPE(wrapper), &qlx::g_BaseList2DType);
-    EXPECT_EQ(OwnedBy(wrapper), owned) << id;
+    EXPECT_STREQ(Py_TYPE(wrapper)->tp_name, c.type);
+    EXPECT_EQ(OwnedBy(wrapper), c.owned) << c.type;
     Py_DECREF(wrapper);
-    EXPECT_EQ(object.freed, owned) << id;
+    EXPECT_EQ(object.freed, c.owned) << c.type;
   }
 }
 
