@@ -212,7 +212,7 @@ TEST_F(ConversionTest, WhatRaisesLeavesTheValue) {
       {"'\\ud800'", GeData(),
        "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: "
        "surrogates not allowed"},
-      {"dead", GeData(), "ReferenceError: the object 'qlx.BaseList2D' is not alive"},
+      {"dead", GeData(), "ReferenceError: the object 'qlx.BaseObject' is not alive"},
       {"BadId(int=1)", GeData(), "ZeroDivisionError: integer division or modulo by zero"},
   };
   for (const auto& c : cases) {
@@ -329,7 +329,7 @@ TEST_F(ConversionTest, ArraysOfAtoms) {
   } cases[] = {
       {"[element, element]", "", 2},
       {"[element, 1]", "TypeError: points expected qlx.QLXAtom, not int", 0},
-      {"[element, dead]", "ReferenceError: the object 'qlx.BaseList2D' is not alive", 0},
+      {"[element, dead]", "ReferenceError: the object 'qlx.BaseObject' is not alive", 0},
       {"Items(2, element)", "TypeError: points expected qlx.QLXAtom, not None", 0},
       {"[]", "ValueError: Invalid object length.", 0},
   };
@@ -354,7 +354,7 @@ TEST_F(ConversionTest, ArraysOfAtoms) {
   Set("destroy", PyCFunction_New(&destroy, Get("kill")));
   PyObject* object = Make("Items(2, victim, lambda: (destroy(), element)[1])");
   EXPECT_FALSE(qlx::GetAtomArray(object, atoms, "points"));
-  EXPECT_EQ(Take(PyExc_ReferenceError), "the object 'qlx.BaseList2D' is not alive");
+  EXPECT_EQ(Take(PyExc_ReferenceError), "the object 'qlx.BaseObject' is not alive");
   Py_DECREF(object);
 }
 
@@ -375,7 +375,7 @@ std::string Asked(PyObject* item) {
 
 TEST_F(ConversionTest, DictsAreReadByType) {
   using namespace qlx;
-  const std::string dead = "ReferenceError: the object 'qlx.BaseList2D' is not alive";
+  const std::string dead = "ReferenceError: the object 'qlx.BaseObject' is not alive";
   const struct {
     std::string (*ask)(PyObject*);
     const char *fits, *other;
