@@ -33,22 +33,22 @@ MODULES = {
     "modules.clonix": """
         CxData FalloffDataData QLX_Falloff FieldInput FieldCallerStack FieldInfo FieldOutput FieldOutputBlock
         FieldObject FieldLayer FIELD_EXECUTION_BLOCK_SIZE FIELD_EXECUTION_BLOCK_SIZEf""",
-    "modules.net": "",
+    "modules.net": "RenderJob",
     "modules.hair": "HairLibrary HairObject HairGuides HairSelectionTag HairVertexMapTag HairTangentTag",
     "modules.frescoa": """
         PaintBitmap PaintMaterial PaintTexture PaintLayer PaintLayerBmp PaintLayerFolder PaintLayerMask TempUVHandle""",
     "modules.particles": "Particle BaseParticle",
-    "modules.driftmotes": "",
+    "modules.driftmotes": "DM_MasterSystem DM_PGroup",
     "modules.render": "",
-    "modules.sculpting": "",
+    "modules.sculpting": "SculptTag",
     "modules.graphview": "GvNodeMaster GvNode GvPort WireletTag",
     "modules.snap": "",
     "modules.takesystem": "TakeData BaseTake BaseOverride BaseOverrideGroup",
     "modules.tokensystem": "",
     "modules.colorchooser": "ColorSwatchGroup ColorSwatchData",
     "modules.substance": "",
-    "modules.motiontracker": "",
-    "modules.volume": "",
+    "modules.motiontracker": "MotionTrackerObject",
+    "modules.volume": "VolumeObject VolumeBuilder",
     "plugins": """
         GetFirstPlugin BasePlugin GeResource PriorityList BaseDrawHelp BaseData FalloffData CommandData
         BitmapLoaderData BitmapSaverData ToolData SculptBrushToolData MessageData NodeData ObjectData TagData ShaderData

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <type_traits>
-#include <vector>
 
 #include "boundary/host.h"
 #include "kelvar/descid.h"
@@ -26,19 +25,16 @@ bool operator==(const ColorA& a, const ColorA& b) {
   return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
 }
 
-// The levels with their struct, which is what others see of the object.
+// An id behind the struct by which others see it.
 struct DescIDData {
-  HostDescID plain{};
-  std::vector<DescLevel> levels;
+  HostDescID word;
+  DescID id;
 
-  DescIDData() = default;
-  explicit DescIDData(const HostDescID& id) : levels(id.level, id.level + id.depth) { Show(); }
-  DescIDData(const DescIDData& other) : levels(other.levels) { Show(); }
+  explicit DescIDData(const DescID& from = {}) : id(from) { word = id.Word(); }
+  explicit DescIDData(const HostDescID& from) : DescIDData(DescID::Copy(from)) {}
+  DescIDData(const DescIDData& other) : DescIDData(other.id) {}
   DescIDData& operator=(const DescIDData&) = delete;
-  bool operator==(const DescIDData& other) const { return levels == other.levels; }
-
- private:
-  void Show() { plain = {levels.data(), int32_t(levels.size()), 0}; }
+  bool operator==(const DescIDData& other) const { return id == other.id; }
 };
 
 template <class Plain>

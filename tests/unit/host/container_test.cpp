@@ -5,6 +5,7 @@
 #include <memory>
 #include <random>
 
+#include "kelvar/descid.h"
 #include "kelvar/value.h"
 #include "scene/links.h"
 #include "support.h"
@@ -82,7 +83,7 @@ TEST_F(Container, EveryTypeIsCopiedComparedAndEnded) {
       {GeData::Matrix({{1}, {2}, {3}, {4}}), GeData::Matrix({{1}, {2}, {3}, {5}})},
       {GeData::Container(&inner), GeData::Container(&other)},
       {LinkTo(*one), LinkTo(*two)},
-      {GeData::DescID(deep), GeData::DescID(shallow)},
+      {GeData::Custom(deep.Word()), GeData::Custom(shallow.Word())},
       {GeData::Custom(Vector4d{1, 2, 3, 4}), GeData::Custom(Vector4d{1, 2, 3, 5})},
       {GeData::Custom(ColorA{1, 2, 3, 4}), GeData::Custom(ColorA{1, 2, 3, 5})},
   };
@@ -131,7 +132,7 @@ TEST_F(Container, CustomDataIsWholeOrNone) {
   using namespace host::gedata;
   const auto Made = [](int32_t type, const void* value) { return GeData::Adopt(FromCustom(type, value)); };
   const GeData empty = Made(HOST_CUSTOM_DESCID, nullptr);
-  EXPECT_TRUE(empty == GeData::DescID({}));
+  EXPECT_TRUE(empty == GeData::Custom(DescID().Word()));
   EXPECT_EQ(empty.GetCustom<HostDescID>()->depth, 0);
   for (const HostDescID& wrong : {HostDescID{nullptr, 1, 0}, HostDescID{nullptr, -1, 0}})
     EXPECT_EQ(Made(HOST_CUSTOM_DESCID, &wrong).Type(), HOST_DATA_NONE);

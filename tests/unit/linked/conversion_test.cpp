@@ -108,7 +108,7 @@ TEST_F(ConversionTest, ATypeTakesWhatFitsAndNothingElse) {
       GeData::Container(container),
       GeData::Link({}),
       GeData::Uuid({}),
-      GeData::DescID(id),
+      GeData::Custom(id.Word()),
       GeData::Custom(Vector4d{1}),
       GeData::Custom(ColorA{1}),
   };
@@ -395,8 +395,8 @@ TEST_F(ConversionTest, DictsAreReadByType) {
       {Asked<DescID>, "DescID(1)", "1", "TypeError: Expected qlx.DescID, not int"},
       {Asked<BaseContainer*>, "BaseContainer()", "{}", "TypeError: Expected qlx.BaseContainer, not dict"},
       {Asked<BaseBitmap*>, nullptr, "1", "TypeError: Expected qlx.bitmaps.BaseBitmap, not int"},
-      {Asked<QLXAtom*>, "element", "1", "TypeError: Expected qlx.GeListNode, not int"},
-      {Asked<QLXAtom*>, "element", "dead", dead},
+      {Asked<GeListNode*>, "element", "1", "TypeError: Expected qlx.GeListNode, not int"},
+      {Asked<GeListNode*>, "element", "dead", dead},
       {Asked<void*>, "capsule", "1", "TypeError: Expected PyCapsule, not int"},
       {Asked<PyListRef>, "[1]", "(1,)", "TypeError: Expected list, not tuple"},
       {Asked<PyTupleRef>, "(1,)", "[1]", "TypeError: Expected tuple, not list"},
@@ -434,7 +434,7 @@ TEST_F(ConversionTest, DictsListsAndTuplesAreFilled) {
               dict.Set("text", kelvar::Text("t")) && dict.Set("vector", Vector{1, 2, 3}) &&
               dict.Set("time", BaseTime{1, 2}) && dict.Set("data", Text("t")) && dict.Set("id", id) &&
               dict.Set("level", DescLevel{1, 2, 3}) && dict.Set("uuid", Uuid{}) &&
-              dict.Set<BaseBitmap*>("picture", nullptr) && dict.Set<QLXAtom*>("node", nullptr) &&
+              dict.Set<BaseBitmap*>("picture", nullptr) && dict.Set<GeListNode*>("node", nullptr) &&
               dict.Set("object", Get("capsule")) && dict.Set("container", container) &&
               dict.Set("int", int32_t{6}));
   EXPECT_FALSE(dict.Set("data", GeData::Adopt({99, 0, {.pointer = this}})));
@@ -453,13 +453,13 @@ TEST_F(ConversionTest, DictsListsAndTuplesAreFilled) {
 
   PyListRef items(list);
   PyTupleRef places(tuple);
-  QLXAtom* node = nullptr;
+  GeListNode* node = nullptr;
   PyObject* wrapper = Get("element");
-  ASSERT_TRUE(qlx::Present<QLXAtom>::Get(wrapper, node));
+  ASSERT_TRUE(qlx::Present<GeListNode>::Get(wrapper, node));
   EXPECT_TRUE(items.Append(int32_t{1}) && items.Append(node) && places.Set(2.5) && places.Set(wrapper));
   EXPECT_FALSE(places.Set(true));
   EXPECT_EQ(Take(PyExc_IndexError), "tuple assignment index out of range");
-  QLXAtom* found = nullptr;
+  GeListNode* found = nullptr;
   PyObject* own = nullptr;
   double number = 0;
   EXPECT_EQ(items.Get(1, found), kFound);

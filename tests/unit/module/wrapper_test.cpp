@@ -150,7 +150,7 @@ TEST_F(WrapperTest, ElementsHaveTheTypesOfTheirIds) {
       {{431000054}, "qlx.modules.takesystem.BaseTake", false},
       {{24535345}, "qlx.modules.net.RenderJob", false},
       {{544, 542}, "qlx.modules.frescoa.PaintLayerFolder", false},
-      {{544, 543, 502}, "qlx.modules.frescoa.PaintTexture", false},
+      {{543, 544, 502}, "qlx.modules.frescoa.PaintTexture", false},
       {{501}, "qlx.modules.frescoa.PaintBitmap", false},
       {{5155}, "qlx.BaseObject"},
       {{5100, 5155, 5101, 5156}, "qlx.SplineObject"},

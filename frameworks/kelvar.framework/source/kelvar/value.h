@@ -3,9 +3,7 @@
 #define KELVAR_VALUE_H
 
 #include <utility>
-#include <vector>
 
-#include "kelvar/descid.h"
 #include "kelvar/filename.h"
 #include "kelvar/gedata.h"
 #include "kelvar/string.h"
@@ -73,7 +71,6 @@ class GeData {
     static_assert(kCustomType<Plain> != 0);
     return Adopt(kelvar::gedata::FromCustom(kCustomType<Plain>, &value));
   }
-  static GeData DescID(const ::DescID& id) { return Custom(id.Word()); }
   // Of a value that somebody else keeps, and that keeps the result; null for another type.
   template <class Plain>
   static const Plain* CustomOf(const HostGeData& data) {

@@ -5,6 +5,7 @@
 
 #include <Python.h>
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 
@@ -195,18 +196,18 @@ struct KindOf<BaseContainer*> {
 };
 
 // Host objects, whose wrappers own nothing.
-template <class Host, PyTypeObject& kType, PyObject* (*Wrap)(Host*, bool)>
+template <class Host>
 struct ObjectKind {
-  static const char* Word() { return kType.tp_name; }
-  static bool Is(PyObject* object) { return PyObject_TypeCheck(object, &kType); }
+  static const char* Word() { return Present<Host>::Type().tp_name; }
+  static bool Is(PyObject* object) { return PyObject_TypeCheck(object, &Present<Host>::Type()); }
   static bool Read(PyObject* object, Host*& value) { return Present<Host>::Get(object, value); }
-  static PyObject* Make(Host* value) { return value ? Wrap(value, false) : NewNone(); }
+  static PyObject* Make(Host* value) { return value ? Present<Host>::Wrap(value, false) : NewNone(); }
 };
 
 template <>
-struct KindOf<BaseBitmap*> : ObjectKind<BaseBitmap, g_BaseBitmapType, Present<BaseBitmap>::Wrap> {};
-template <>
-struct KindOf<QLXAtom*> : ObjectKind<QLXAtom, g_GeListNodeType, WrapHostObject> {};  // nodes of lists
+struct KindOf<BaseBitmap*> : ObjectKind<BaseBitmap> {};
+template <std::derived_from<QLXAtom> Atom>
+struct KindOf<Atom*> : ObjectKind<Atom> {};
 
 // A capsule without a name.
 template <>

@@ -145,17 +145,13 @@ PyObject* SetState(DescID& self, PyObject* levels) {
 
 PyObject* CustomToPython(const HostGeData& data) {
   return Guarded([&]() -> PyObject* {
-    const auto* plain = GeData::CustomOf<HostDescID>(data);
-    if (!plain) return nullptr;
-    DescID id;
-    for (int32_t i = 0; i < plain->depth; ++i) id.PushId(plain->level[i]);
-    return NewDescID(id);
+    const auto* word = GeData::CustomOf<HostDescID>(data);
+    return word ? NewDescID(DescID::Copy(*word)) : nullptr;
   });
 }
 
 bool CustomFromPython(PyObject* object, GeData& data) {
-  return Guarded(
-      [&] { return StoreMade(GeData::DescID(ValueOf<DescID>(object)), object, data) ? object : nullptr; });
+  return StoreMade(GeData::Custom(ValueOf<DescID>(object).Word()), object, data);
 }
 
 const CustomDataEntry g_custom(HOST_CUSTOM_DESCID, g_DescIDType, CustomToPython, CustomFromPython);
