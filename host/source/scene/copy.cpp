@@ -88,7 +88,6 @@ class Copier {
     target.layer = source.layer;
     if (!(flags_ & COPYFLAGS_NO_BITS)) target.nbits = source.nbits;
     if (!(flags_ & COPYFLAGS_NO_ANIMATION)) target.keyframes = source.keyframes;
-    target.userData = source.userData ? source.userData->Clone() : nullptr;
   }
 
   int32_t flags_;
