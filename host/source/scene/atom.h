@@ -89,7 +89,7 @@ struct BaseList2D : GeListNode {
 
   host::Text name;
   BaseContainer data;
-  uint32_t seenData = 0;                        // the changes of `data` that are in `changed`
+  uint32_t seenData = data.dirty;               // the changes of `data` that are in `changed`
   std::unique_ptr<DynamicDescription> dynamic;  // null until it is asked for
 };
 

@@ -164,10 +164,10 @@ void Drop(Storage* storage) {
 
 // Gives `to`, which has none, entries of its own. Those of sub-containers are shared where that is allowed.
 void CopyEntries(Storage& from, BaseContainer& to) {
-  std::vector<std::pair<Storage*, BaseContainer*>> todo{{&from, &to}};
-  while (!todo.empty()) {
-    const auto [source, target] = todo.back();
-    todo.pop_back();
+  std::vector<std::pair<Storage*, BaseContainer*>> pending{{&from, &to}};
+  while (!pending.empty()) {
+    const auto [source, target] = pending.back();
+    pending.pop_back();
     Storage* copy = target->storage = new Storage;
     copy->index = source->index;
     copy->entries.reserve(source->entries.size());
@@ -180,7 +180,7 @@ void CopyEntries(Storage& from, BaseContainer& to) {
       auto made = std::make_unique<BaseContainer>(sub->id);
       made->dirty = sub->dirty;
       if (sub->storage && sub->storage->isLent) {
-        todo.emplace_back(sub->storage, made.get());
+        pending.emplace_back(sub->storage, made.get());
       } else {
         made->storage = Share(sub->storage);
       }
@@ -264,16 +264,16 @@ void Merge(BaseContainer& into, const BaseContainer& from) {
 // All storages below, each once and behind those of its sub-containers.
 std::vector<Storage*> InnermostFirst(const BaseContainer& container) {
   std::vector<Storage*> order;
-  std::vector<std::pair<Storage*, bool>> todo{{container.storage, false}};
+  std::vector<std::pair<Storage*, bool>> pending{{container.storage, false}};
   std::unordered_set<const Storage*> seen{nullptr};
-  while (!todo.empty()) {
-    const auto [storage, isReady] = todo.back();
-    todo.pop_back();
+  while (!pending.empty()) {
+    const auto [storage, isReady] = pending.back();
+    pending.pop_back();
     if (isReady) order.push_back(storage);
     if (isReady || !seen.insert(storage).second) continue;
-    todo.emplace_back(storage, true);
+    pending.emplace_back(storage, true);
     for (const Entry& entry : storage->entries)
-      if (const BaseContainer* sub = ContainerOf(entry.value.Data())) todo.emplace_back(sub->storage, false);
+      if (const BaseContainer* sub = ContainerOf(entry.value.Data())) pending.emplace_back(sub->storage, false);
   }
   return order;
 }
@@ -374,12 +374,12 @@ BaseContainer& BaseContainer::operator=(BaseContainer other) noexcept {
 BaseContainer::~BaseContainer() { host::Drop(storage); }
 
 bool BaseContainer::operator==(const BaseContainer& other) const {
-  std::vector<std::pair<const BaseContainer*, const BaseContainer*>> todo{{this, &other}};
+  std::vector<std::pair<const BaseContainer*, const BaseContainer*>> pending{{this, &other}};
   // What is shared can be met often, but is compared once. A storage may well differ from itself, by a NaN.
   std::set<std::pair<const host::Storage*, const host::Storage*>> seen;
-  while (!todo.empty()) {
-    const auto [a, b] = todo.back();
-    todo.pop_back();
+  while (!pending.empty()) {
+    const auto [a, b] = pending.back();
+    pending.pop_back();
     if (a->id != b->id || host::CountOf(a) != host::CountOf(b)) return false;
     if (host::CountOf(a) == 0) continue;
     const bool areShared = a->storage->owners > 1 && b->storage->owners > 1;
@@ -390,7 +390,7 @@ bool BaseContainer::operator==(const BaseContainer& other) const {
       const BaseContainer* leftSub = host::ContainerOf(left.value.Data());
       const BaseContainer* rightSub = host::ContainerOf(right.value.Data());
       if (leftSub && rightSub) {
-        todo.emplace_back(leftSub, rightSub);
+        pending.emplace_back(leftSub, rightSub);
       } else if (!host::IsEqual(left.value.Data(), right.value.Data())) {
         return false;
       }

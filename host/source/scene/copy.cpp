@@ -31,16 +31,16 @@ class Copier {
   // list. Runs no code of others.
   void CopyBelow(const BaseList2D& from, BaseList2D& to) {
     const ReadScene reads;
-    std::vector<std::pair<const BaseList2D*, BaseList2D*>> todo{{&from, &to}};
-    while (!todo.empty()) {
-      const auto [source, target] = todo.back();
-      todo.pop_back();
+    std::vector<std::pair<const BaseList2D*, BaseList2D*>> pending{{&from, &to}};
+    while (!pending.empty()) {
+      const auto [source, target] = pending.back();
+      pending.pop_back();
       const auto copyList = [&](const GeListNode& list, GeListNode& into) {
         for (const GeListNode* node = list.down; node; node = node->next) {
           auto* made = static_cast<BaseList2D*>(NewNode(node->type));
           Append(*made, into);
-          todo.emplace_back(static_cast<const BaseList2D*>(node), made);
-          CopyOwn(*todo.back().first, *made);
+          pending.emplace_back(static_cast<const BaseList2D*>(node), made);
+          CopyOwn(*pending.back().first, *made);
         }
       };
       if (!(flags_ & COPYFLAGS_NO_HIERARCHY)) copyList(*source, *target);
@@ -89,7 +89,6 @@ class Copier {
     target.layer = source.layer;
     if (!(flags_ & COPYFLAGS_NO_BITS)) target.nbits = source.nbits;
     if (!(flags_ & COPYFLAGS_NO_ANIMATION)) target.keyframes = source.keyframes;
-    target.userData = source.userData ? source.userData->Clone() : nullptr;
   }
 
   int32_t flags_;

@@ -10,12 +10,6 @@
 
 namespace host {
 
-// What another part of the host keeps with an element, and copies with it.
-struct Attachment {
-  virtual ~Attachment() = default;
-  virtual std::unique_ptr<Attachment> Clone() const = 0;
-};
-
 // The unique id by which an application knows the atom.
 struct Mark {
   int32_t application;
@@ -40,7 +34,6 @@ struct Extras {
   std::vector<Mark> marks;
   std::vector<Notification> notifications;
   std::set<std::vector<int32_t>> keyframes;
-  std::unique_ptr<Attachment> userData;
 };
 
 }  // namespace host

@@ -76,7 +76,8 @@ class Hold {
 void DestroyNow(Linkable* object);
 
 // Destroys an object by the host's own will: its links are dead at once, and its memory goes with
-// the next reclaim. Any thread. Only for what the host owns: a script's wrapper destroys the rest.
+// the next reclaim. Any thread, but what stands in a scene is changed by it. Only for what the host owns: a
+// script's wrapper destroys the rest.
 void DestroyLater(Linkable* object);
 
 // Waits for the module and frees what DestroyLater collected. Main thread, no lock held.

@@ -46,13 +46,11 @@ GeListNode* GetDownLast(const GeListNode* self) noexcept {
 }
 
 HostBool InsertBefore(GeListNode* self, GeListNode* next) {
-  GeListNode* parent = self && next && self != next ? ParentOf(*next) : nullptr;
-  return parent && Place(*self, *parent, next->pred);
+  return self && next && PlaceBeside(*self, *next, true);
 }
 
 HostBool InsertAfter(GeListNode* self, GeListNode* pred) {
-  GeListNode* parent = self && pred && self != pred ? ParentOf(*pred) : nullptr;
-  return parent && Place(*self, *parent, pred);
+  return self && pred && PlaceBeside(*self, *pred, false);
 }
 
 HostBool InsertUnder(GeListNode* self, GeListNode* parent) {

@@ -91,17 +91,33 @@ bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred) {
   return true;
 }
 
+bool PlaceBeside(GeListNode& node, GeListNode& other, bool before) {
+  if (&node == &other) return false;
+  if (GeListNode* parent = ParentOf(other)) return Place(node, *parent, before ? other.pred : &other);
+  // A chain that is in no list. Nothing that stands in `node` is in one.
+  const ChangeScene changes;
+  if (node.isFixed || node.IsDead() || other.IsDead() || IsHead(node) || IsHead(other)) return false;
+  TakeOut(node);
+  node.pred = before ? other.pred : &other;
+  node.next = before ? &other : other.next;
+  if (node.pred) node.pred->next = &node;
+  if (node.next) node.next->pred = &node;
+  ++g_moves;
+  return true;
+}
+
 void Append(GeListNode& made, GeListNode& parent) { LinkIn(made, parent, parent.downLast); }
 
 void TakeOut(GeListNode& node) {
   const ChangeScene changes;
   GeListNode* parent = ParentOf(node);
-  if (!parent) return;
-  (node.pred ? node.pred->next : parent->down) = node.next;
-  (node.next ? node.next->pred : parent->downLast) = node.pred;
+  if (parent && !node.pred) parent->down = node.next;
+  if (parent && !node.next) parent->downLast = node.pred;
+  if (node.pred) node.pred->next = node.next;
+  if (node.next) node.next->pred = node.pred;
   node.next = node.pred = node.up = nullptr;
   node.list = nullptr;
-  CountMove(*parent, node);
+  if (parent) CountMove(*parent, node);
 }
 
 uint64_t CountMoves() { return g_moves; }

@@ -27,6 +27,9 @@ bool IsInside(const GeListNode& node, const GeListNode& outer);
 // the answer is false where that can't be.
 bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred);
 
+// The same before or behind `other`, which may be in no list: both are a chain then, and owned as they were.
+bool PlaceBeside(GeListNode& node, GeListNode& other, bool before);
+
 // As Place, for a node that was just made, is in no list, and whose place needs no check.
 void Append(GeListNode& made, GeListNode& parent);
 
@@ -46,15 +49,15 @@ GeListHead* Branch(GeListNode& node, int32_t id);
 template <class Visit>
 void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true) {
   const ReadScene reads;
-  std::vector<GeListNode*> todo{&root};
-  while (!todo.empty()) {
-    GeListNode* node = todo.back();
-    todo.pop_back();
+  std::vector<GeListNode*> pending{&root};
+  while (!pending.empty()) {
+    GeListNode* node = pending.back();
+    pending.pop_back();
     visit(*node);
-    if (node != &root && node->next) todo.push_back(node->next);
+    if (node != &root && node->next) pending.push_back(node->next);
     if (branches && node->extras)
-      todo.insert(todo.end(), node->extras->branches.rbegin(), node->extras->branches.rend());
-    if (node->down && (node != &root || children)) todo.push_back(node->down);
+      pending.insert(pending.end(), node->extras->branches.rbegin(), node->extras->branches.rend());
+    if (node->down && (node != &root || children)) pending.push_back(node->down);
   }
 }
 

@@ -77,6 +77,7 @@ PluginList& Plugins() { return Lasting<PluginList>(); }
 const NodeType& TypeOfKind(int32_t kind) {
   NodeType& type = Lasting<std::map<int32_t, NodeType>>()[kind];
   type.id = kind;
+  type.bases = {kind};
   type.name = "Plug-in";
   return type;
 }
@@ -178,14 +179,15 @@ BasePlugin* RegisterNode(const NodeRecord* record) {
   if (!FindType(type.base) || type.base == kTypeHead)
     return Refuse(*plugin, fmt::format("its base type {} is not there", type.base));
   if (FindType(type.id)) return Refuse(*plugin, "the id is that of a type of elements");
+  if (plugin->title.empty() || Plugins().Find(type.id)) return Register(std::move(plugin));  // refuses
   NodePlugins().push_back(std::move(node));
-  BasePlugin* registered = Register(std::move(plugin));
-  if (!registered) {
+  try {
+    AllNodeTypes().Add(std::move(type));
+  } catch (const std::runtime_error& fault) {
     NodePlugins().pop_back();
-    return nullptr;
+    return Refuse(*plugin, fault.what());
   }
-  AllNodeTypes().Add(std::move(type));
-  return registered;
+  return Register(std::move(plugin));
 }
 
 BasePlugin* GetFirstPlugin() { return Plugins().At(0); }

@@ -100,6 +100,7 @@ class PluginScene : public Scene {
     EXPECT_NE(plugin::RegisterNode(&record), nullptr);
   }
   ~PluginScene() override { EXPECT_EQ(g_calls.alive, 0); }
+  static void TearDownTestSuite() { host::FreePlugins(); }
 
   static std::string Told() { return std::exchange(g_calls.told, ""); }
 };

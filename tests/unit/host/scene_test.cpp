@@ -19,7 +19,8 @@ struct Model {
   Model* parent = nullptr;
   std::vector<Model*> children;
 
-  bool IsHead() const { return host::IsHead(*node); }
+  bool IsHead() const { return node && host::IsHead(*node); }
+  bool IsInChain() const { return parent && !parent->node; }  // which no list holds
   bool IsInside(const Model* outer) const {
     for (const Model* at = this; at; at = at->parent)
       if (at == outer) return true;
@@ -45,7 +46,8 @@ class Lists {
   }
   ~Lists() {
     for (size_t i = 3; i < all_.size(); ++i)
-      if (!all_[i]->parent) host::baselist::Free(static_cast<BaseList2D*>(all_[i]->node));
+      if (!all_[i]->parent || all_[i]->IsInChain())
+        host::baselist::Free(static_cast<BaseList2D*>(all_[i]->node));
     for (size_t i = 0; i < 3; ++i) listhead::Free(static_cast<GeListHead*>(all_[i]->node));
   }
 
@@ -59,10 +61,11 @@ class Lists {
     switch (action) {
       case 0:
       case 1: {
-        const bool can = other->parent && !other->IsInside(self);
+        const bool can = !other->IsHead() && !other->IsInside(self);
         EXPECT_EQ(action ? InsertAfter(self->node, other->node) : InsertBefore(self->node, other->node), can);
         if (!can) return;
         self->Detach();
+        if (!other->parent) other->Put(chains_.emplace_back(std::make_unique<Model>(Model{})).get(), 0);
         return self->Put(other->parent, other->Place() + size_t(action));
       }
       case 2:
@@ -104,25 +107,31 @@ class Lists {
   }
 
   void Check() const {
+    for (const auto& chain : chains_) CheckChildren(*chain);
     for (const auto& one : all_) {
       const GeListNode* node = one->node;
       const auto& children = one->children;
       ASSERT_EQ(GetDown(node), children.empty() ? nullptr : children.front()->node);
       ASSERT_EQ(GetDownLast(node), children.empty() ? nullptr : children.back()->node);
-      for (size_t i = 0; i < children.size(); ++i) {
-        const GeListNode* child = children[i]->node;
-        ASSERT_EQ(GetPred(child), i ? children[i - 1]->node : nullptr);
-        ASSERT_EQ(GetNext(child), i + 1 < children.size() ? children[i + 1]->node : nullptr);
-        ASSERT_EQ(GetUp(child), one->IsHead() ? nullptr : node);
-      }
+      CheckChildren(*one);
       const Model* top = one.get();
-      while (top->parent) top = top->parent;
+      while (top->parent && !top->IsInChain()) top = top->parent;
       ASSERT_EQ(GetListHead(node), top->IsHead() && top != one.get() ? top->node : nullptr);
       ASSERT_TRUE(one->parent || (!GetNext(node) && !GetPred(node) && !GetUp(node)));
     }
   }
 
  private:
+  static void CheckChildren(const Model& one) {
+    const auto& children = one.children;
+    for (size_t i = 0; i < children.size(); ++i) {
+      const GeListNode* child = children[i]->node;
+      ASSERT_EQ(GetPred(child), i ? children[i - 1]->node : nullptr);
+      ASSERT_EQ(GetNext(child), i + 1 < children.size() ? children[i + 1]->node : nullptr);
+      ASSERT_EQ(GetUp(child), one.IsHead() ? nullptr : one.node);
+    }
+  }
+
   void Add(GeListNode* node) { all_.push_back(std::make_unique<Model>(Model{node})); }
   int Number(int below) { return int(random_() % unsigned(below)); }
   Model* Any() { return all_[size_t(Number(int(all_.size())))].get(); }
@@ -141,19 +150,19 @@ class Lists {
 
   // The clone's children are found in the order of the model's.
   void AddClone(const Model* of) {
-    std::vector<std::pair<const Model*, Model*>> todo;
+    std::vector<std::pair<const Model*, Model*>> pending;
     const auto add = [&](GeListNode* node, const Model* original, Model* parent) {
       ASSERT_TRUE(node && node != original->node);
       ASSERT_EQ(atom::GetType(node), atom::GetType(original->node));
       Add(node);
       Model* made = all_.back().get();
       if (parent) made->Put(parent, parent->children.size());
-      todo.emplace_back(original, made);
+      pending.emplace_back(original, made);
     };
     add(static_cast<GeListNode*>(atom::GetClone(of->node, 0, nullptr)), of, nullptr);
-    while (!todo.empty()) {
-      const auto [original, made] = todo.back();
-      todo.pop_back();
+    while (!pending.empty()) {
+      const auto [original, made] = pending.back();
+      pending.pop_back();
       GeListNode* child = made->node->down;
       for (const Model* one : original->children) {
         add(child, one, made);
@@ -183,6 +192,7 @@ class Lists {
 
   std::minstd_rand random_;
   std::vector<std::unique_ptr<Model>> all_;
+  std::vector<std::unique_ptr<Model>> chains_;
 };
 
 TEST_F(Scene, ListsAreWhatTheirModelSays) {
@@ -212,8 +222,7 @@ TEST_F(Scene, NothingComesBelowItself) {
     EXPECT_FALSE(InsertUnderLast(outer.get(), goal));
     EXPECT_FALSE(InsertBefore(outer.get(), goal));
   }
-  EXPECT_FALSE(InsertUnder(shader, own));      // a leaf, but a head is below it
-  EXPECT_FALSE(InsertAfter(tag, free.get()));  // in no list
+  EXPECT_FALSE(InsertUnder(shader, own));  // a leaf, but a head is below it
   EXPECT_FALSE(listhead::SetParent(HeadFor(inner, host::kTypeTag), free.get()));
   EXPECT_FALSE(listhead::SetParent(own, own));
   EXPECT_TRUE(InsertUnder(free.get(), own));
