@@ -5,6 +5,7 @@
 #include <functional>
 #include <utility>
 
+#include "kelvar.framework/source/tables/t_description.h"
 #include "kelvar.framework/source/tables/t_messages.h"
 #include "kelvar/bitmap.h"
 #include "kelvar/container.h"
@@ -30,6 +31,12 @@ class MessageTest : public LinkedTest {
   // The ids that arrived, and what becomes of them.
   inline static std::vector<int32_t> told;
   inline static std::function<bool(GeListNode*, int32_t, void*)> receive;
+  // What runs ahead of the host's own reading, writing and describing of a parameter.
+  inline static std::function<void()> onGet, onSet, onDescribe;
+
+  static void Act(std::function<void()> action) {
+    if (action) action();
+  }
 
   void SetUp() override {
     LinkedTest::SetUp();
@@ -42,6 +49,15 @@ class MessageTest : public LinkedTest {
         told.push_back(type);
         const auto handler = receive;  // which may put another in its place
         return HostBool(!handler || handler(node, type, data));
+      };
+      record.GetDParameter = [](void*, const GeListNode*, const HostDescID*, HostGeData*, int32_t*) {
+        return Act(onGet), HostBool(0);
+      };
+      record.SetDParameter = [](void*, GeListNode*, const HostDescID*, const HostGeData*, int32_t*) {
+        return Act(onSet), HostBool(0);
+      };
+      record.GetDDescription = [](void*, const GeListNode*, Description*, int32_t*) {
+        return Act(onDescribe), HostBool(1);
       };
       ASSERT_TRUE(BasePlugin::RegisterNode(&record)) << id;
     }
@@ -72,6 +88,7 @@ def arm(d):
   }
   void TearDown() override {
     receive = nullptr;
+    onGet = onSet = onDescribe = nullptr;
     told.clear();
     Run("for name in list(globals()):\n"
         "    if name[:2] != '__': del globals()[name]\n"
@@ -490,6 +507,63 @@ TEST_F(MessageTest, ScriptsInterfere) {
       "assert op.Message(300001046, d)\n"
       "assert d == {'id': DescID(5), 'chosen': 0, 'popup': BaseContainer(3)}, d\n"
       "del d, drop, under\n");
+}
+
+TEST_F(MessageTest, ElementsAreToldOfChangesByItems) {
+  const std::vector<int32_t> change = {HOST_MSG_CHANGE};
+  Run("op[903] = Vector(1)");
+  EXPECT_EQ(std::exchange(told, {}), change);
+  Run("op[903, 1000] = 5");
+  EXPECT_EQ(std::exchange(told, {}), change);
+  EXPECT_EQ(Eval("op.SetParameter(903, Vector(2), 0), op.SetParameter(903, 1, 0), op.GetParameter(903, 0)"),
+            "(True, False, Vector(2, 2, 2))");
+  Run("try: op[903] = 1\n"
+      "except TypeError: pass\n"
+      "del op[99999]\n");
+  EXPECT_TRUE(told.empty());
+  tables::atom.GetDirty = [](const QLXAtom*, int32_t) { return uint32_t(5); };
+  Run("op[903] = Vector(3); assert op[903] == Vector(3)");
+  EXPECT_TRUE(told.empty());
+}
+
+TEST_F(MessageTest, ElementsThatEndWhileTheirParametersAreUsed) {
+  const struct {
+    std::function<void()>& when;
+    const char *call, *answer;
+  } cases[] = {
+      {onGet, "op[903]", "dead"},
+      {onGet, "op[903, 1000]", "dead"},
+      {onGet, "op[903, 1000, 5]", "dead"},
+      {onGet, "op[700, 1]", "dead"},
+      {onGet, "op.__setitem__(903, Vector())", "dead"},
+      {onGet, "op.__setitem__((903, 1001), 1)", "dead"},
+      {onGet, "op.__delitem__((903, 1001))", "dead"},
+      {onGet, "op.GetParameter(903, 0)", "None"},
+      {onGet, "op.GetAnimatedParameter(DescID(903), 0)", "False"},
+      {onSet, "op.__setitem__(903, Vector())", "parameter set failed"},
+      {onSet, "op.__setitem__((903, 1001), 1)", "parameter set failed"},
+      {onSet, "op.__delitem__(903)", "None"},
+      {onSet, "op.SetParameter(903, Vector(), 0)", "False"},
+      {onSet, "op.SetAnimatedParameter(qlx.CTrack(op, 903), DescID(903), Vector(), Vector(), 0, 0)", "False"},
+      {onDescribe, "op.__setitem__((700, 1), 'text')", "parameter set failed"},
+      {onDescribe, "op.SetParameter((700, 1), 'text', 0)", "False"},
+      {onDescribe, "type(op.GetDescription(0)).__name__", "qlx.Description"},
+  };
+  for (const auto& c : cases) {
+    Run(("settings = BaseContainer(); settings[" + std::to_string(DESC_DATATYPE) + "] = 130\n" +
+         "op = BaseList2D(2000001); op.AddUserData(settings)\n"
+         "def attempt(call):\n"
+         "  try: return call()\n"
+         "  except ReferenceError: return 'dead'\n"
+         "  except AttributeError as error: return error\n")
+            .c_str());
+    c.when = [&] {
+      c.when = nullptr;
+      Named<BaseList2D>("op")->Free();
+    };
+    EXPECT_EQ(Eval(std::string("attempt(lambda: ") + c.call + ")"), c.answer) << c.call;
+    EXPECT_EQ(Eval("op.IsAlive()"), "False") << c.call;
+  }
 }
 
 }  // namespace
