@@ -8,6 +8,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "bitmaps/bitmaps.h"
 #include "kit/i_conversion.h"
@@ -195,6 +196,18 @@ struct KindOf<BaseContainer*> {
   static PyObject* Make(const BaseContainer* value);
 };
 
+// Words of the host, which are copied; what is read needs a place of its own.
+template <>
+struct KindOf<HostDescID> {
+  static PyObject* Make(const HostDescID& value) { return NewDescID(DescID::Copy(value)); }
+};
+template <>
+struct KindOf<HostFilename> {
+  static PyObject* Make(const HostFilename& value) {
+    return ToPython(Filename::Adopt(tables::filename.Copy(&value)));
+  }
+};
+
 // Host objects, whose wrappers own nothing.
 template <class Host>
 struct ObjectKind {
@@ -208,6 +221,11 @@ template <>
 struct KindOf<BaseBitmap*> : ObjectKind<BaseBitmap> {};
 template <std::derived_from<QLXAtom> Atom>
 struct KindOf<Atom*> : ObjectKind<Atom> {};
+
+template <>
+struct KindOf<BaseList2D*> : ObjectKind<BaseList2D, g_BaseList2DType, Present<BaseList2D>::Wrap> {};
+template <>
+struct KindOf<BaseDocument*> : ObjectKind<BaseDocument, g_BaseDocumentType, Present<BaseDocument>::Wrap> {};
 
 // A capsule without a name.
 template <>
@@ -266,6 +284,27 @@ Lookup PyTupleRef::Get(Py_ssize_t index, T& value) const {
   return ReadItem(index >= 0 && index < PyTuple_GET_SIZE(object_) ? PyTuple_GET_ITEM(object_, index) : nullptr,
                   value);
 }
+
+// A list of one kind; reading adds to the value.
+template <class T>
+struct KindOf<std::vector<T>> {
+  static const char* Word() { return "list"; }
+  static bool Is(PyObject* object) { return PyList_Check(object); }
+  static bool Read(PyObject* object, std::vector<T>& value) {
+    const PyListRef list(object);
+    Lookup found;
+    for (T item{}; (found = list.Get(Py_ssize_t(value.size()), item)) == kFound;) value.push_back(item);
+    return found == kMissing;
+  }
+  static PyObject* Make(const std::vector<T>& value) {
+    PyListRef list(PyList_New(0));
+    bool made = list.Object();
+    for (size_t i = 0; made && i < value.size(); ++i) made = list.Append(value[i]);
+    if (made) return list.Object();
+    Py_XDECREF(list.Object());
+    return nullptr;
+  }
+};
 
 }  // namespace qlx
 

@@ -2,335 +2,293 @@
 
 #include "scene/messages.h"
 
-#include <cstddef>
 #include <deque>
-#include <span>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "bitmaps/bitmaps.h"
 #include "kelvar.framework/source/tables/t_messages.h"
-#include "kelvar/descid.h"
-#include "kit/i_conversion.h"
+#include "kit/i_collections.h"
 #include "kit/i_row.h"
-#include "scene/scene.h"
-#include "values/values.h"
 
 namespace qlx {
 namespace {
 
 constexpr const char* kFunction = "QLXAtom.Message";
 
-// What a key of the dictionary is in the structure.
-enum class Kind { kInt, kBool, kFloat, kDescID, kNode, kDocument, kContainer, kFilename };
-
-enum Use { kIn = 1, kOut = 2, kBoth = 3 };
-
-struct Field {
-  const char* key;
-  Kind kind;
-  size_t offset;
-  Use use;
-};
-
-// Keeps what a structure points at until the message is over, also where a script's code ends it meanwhile.
-class Kept {
+// The items of a script's dictionary on their way into a message and back. They are fetched first, because a
+// look-up may run the code of other keys; the message is made of what was fetched, and nothing of that runs
+// code. The answers are made in a dictionary of their own, and stored when nothing of the message is needed.
+class Items {
  public:
-  Kept() = default;
-  Kept(const Kept&) = delete;
-  Kept& operator=(const Kept&) = delete;
-  ~Kept() {
+  enum Stage { kFetch, kRead, kWrite };
+
+  explicit Items(PyObject* dictionary)
+      : dictionary_(dictionary), fetched_(PyDict_New()), answers_(PyDict_New()) {
+    ok_ = fetched_.Object() && answers_.Object();
+  }
+  Items(const Items&) = delete;
+  Items& operator=(const Items&) = delete;
+  ~Items() {
     for (HostLink& link : pins_) {
       kelvar::UnpinLink(link);
       kelvar::FreeLink(&link);
     }
-    for (PyObject* object : objects_) Py_DECREF(object);
+    for (BaseContainer* copy : copies_) copy->Free();
+    Py_XDECREF(fetched_.Object());
+    Py_XDECREF(answers_.Object());
   }
 
-  // Null with an exception when the element has gone.
+  // False with an exception.
+  template <class Message>
+  bool Pass(Stage stage, Message& message) {
+    stage_ = stage;
+    if (ok_) Exchange(*this, message);
+    return ok_;
+  }
+  bool StoreAnswers() { return PyDict_Update(dictionary_.Object(), answers_.Object()) == 0; }
+
+  bool IsAt(Stage stage) const { return ok_ && stage_ == stage; }
+  bool Has(const char* key) const { return PyDict_GetItemString(fetched_.Object(), key) != nullptr; }
+  void Fail() { ok_ = false; }
+
+  // What a script gives, what it is answered, and both.
+  template <class T>
+  void In(const char* key, T& value) {
+    if (IsAt(kFetch)) ok_ = Fetch(key, std::is_pointer_v<T>);
+    if (IsAt(kRead)) ok_ = Read(key, value);
+  }
+  template <class T>
+  void Out(const char* key, const T& value) {
+    if (IsAt(kWrite)) ok_ = answers_.Set(key, value);
+  }
+  template <class T>
+  void Both(const char* key, T& value) {
+    In(key, value);
+    Out(key, value);
+  }
+  void Flag(const char* key, HostBool& word) {
+    bool value = word;
+    Both(key, value);
+    word = value;
+  }
+  // An id that may be a number.
+  void InIdOrNumber(const char* key, HostDescID& id) {
+    if (IsAt(kFetch)) ok_ = Fetch(key, false);
+    if (!IsAt(kRead)) return;
+    PyObject* item = PyDict_GetItemString(fetched_.Object(), key);
+    DescLevel level{};
+    if (!item || !PyLong_Check(item)) {
+      ok_ = Read(key, id);
+    } else if ((ok_ = ReadInt32(item, level.id))) {
+      ids_.emplace_back().PushId(level);
+      id = ids_.back().Word();
+    }
+  }
+
+ private:
+  // A host object may be None.
+  bool Fetch(const char* key, bool orNone) {
+    PyObject* item;
+    const Lookup found = dictionary_.Get(key, item);
+    if (found != kFound) return found == kMissing;
+    const bool stored = (orNone && item == Py_None) || fetched_.Set(key, item);
+    Py_DECREF(item);
+    return stored;
+  }
+
+  template <class T>
+  bool Read(const char* key, T& value) const {
+    return fetched_.Get(key, value) != kRefused;
+  }
+  bool Read(const char* key, HostDescID& word) {
+    DescID id;
+    const Lookup found = fetched_.Get(key, id);
+    if (found == kFound) word = ids_.emplace_back(std::move(id)).Word();
+    return found != kRefused;
+  }
+  bool Read(const char* key, HostFilename& word) const {
+    Filename name;
+    const Lookup found = fetched_.Get(key, name);
+    if (found == kFound) word = tables::filename.Copy(name.Word());
+    return found != kRefused;
+  }
+  // A script's own container stays with the dictionary; what a view shows may go during the call.
+  bool Read(const char* key, BaseContainer*& container) {
+    const Lookup found = fetched_.Get(key, container);
+    if (found != kFound) return found == kMissing;
+    PyObject* item = PyDict_GetItemString(fetched_.Object(), key);
+    return reinterpret_cast<ContainerRecord*>(item)->owned || Copy(container);
+  }
+  bool Read(const char* key, BaseList2D*& node) { return ReadNode(key, node); }
+  bool Read(const char* key, BaseDocument*& node) { return ReadNode(key, node); }
+
   template <class Host>
-  Host* Pin(PyObject* wrapper) {
-    Host* host;
-    if (!Present<Host>::Get(wrapper, host)) return nullptr;
+  bool ReadNode(const char* key, Host*& host) {
+    const Lookup found = fetched_.Get(key, host);
+    return found == kFound ? Pin(host) : found == kMissing;
+  }
+
+  // The memory of an element stays until the message is over, also where the receiver destroys it.
+  bool Pin(QLXAtom* host) {
     HostLink link{};
     pins_.reserve(pins_.size() + 1);
     if (!host->SetLink(&link) || !kelvar::PinLink(link)) {
       kelvar::FreeLink(&link);
       PyErr_NoMemory();
-      return nullptr;
+      return false;
     }
     pins_.push_back(link);
-    return host;
+    return true;
   }
 
-  void Hold(PyObject* object) {
-    objects_.push_back(object);
-    Py_INCREF(object);
+  bool Copy(BaseContainer*& container) {
+    copies_.reserve(copies_.size() + 1);
+    container = container->GetClone();
+    if (!container) return PyErr_NoMemory(), false;
+    copies_.push_back(container);
+    return true;
   }
 
-  std::deque<DescID> ids;
-  std::deque<Filename> names;
-  std::vector<int32_t> map;
-
- private:
+  PyDictRef dictionary_, fetched_, answers_;
+  Stage stage_ = kFetch;
+  bool ok_;
+  std::deque<DescID> ids_;
   std::vector<HostLink> pins_;
-  std::vector<PyObject*> objects_;
+  std::vector<BaseContainer*> copies_;
 };
 
-template <class Member>
-Member& At(std::byte* data, size_t offset) {
-  return *reinterpret_cast<Member*>(data + offset);
-}
+// Each message: the items of its dictionary. Lists come last, since making one may run code.
 
-bool Refuse(const char* expected, PyObject* value) {
-  RaiseExpectedTypeFor(kFunction, expected, value);
-  return false;
-}
+struct PointsChanged : HostPointsChanged {
+  std::vector<int32_t> read;
+};
 
-bool ReadDescIDItem(PyObject* value, HostDescID& word, Kept& kept) {
-  if (!IsDescID(value)) return Refuse(g_DescIDType.tp_name, value);
-  kept.ids.push_back(ValueOf<DescID>(value));
-  word = kept.ids.back().Word();
-  return true;
-}
-
-template <class Host>
-bool ReadHost(PyObject* value, Host*& host, Kept& kept) {
-  if (value == Py_None) return true;
-  if (!PyObject_TypeCheck(value, &Present<Host>::Type())) return Refuse(Present<Host>::Type().tp_name, value);
-  return (host = kept.Pin<Host>(value)) != nullptr;
-}
-
-bool ReadFloat(PyObject* value, double& number) {
-  if (!PyFloat_Check(value) && !PyLong_Check(value)) return Refuse("float", value);
-  number = PyFloat_AsDouble(value);
-  return number != -1 || !PyErr_Occurred();
-}
-
-bool ReadItem(PyObject* value, const Field& field, std::byte* data, Kept& kept) {
-  switch (field.kind) {
-    case Kind::kInt:
-      return PyLong_Check(value) ? ReadInt32(value, At<int32_t>(data, field.offset)) : Refuse("int", value);
-    case Kind::kBool:
-      if (!PyLong_Check(value)) return Refuse("bool", value);
-      At<HostBool>(data, field.offset) =
-          value != Py_False && !(PyLong_CheckExact(value) && _PyLong_Sign(value) == 0);
-      return true;
-    case Kind::kFloat:
-      return ReadFloat(value, At<double>(data, field.offset));
-    case Kind::kDescID:
-      return ReadDescIDItem(value, At<HostDescID>(data, field.offset), kept);
-    case Kind::kNode:
-      return ReadHost(value, At<BaseList2D*>(data, field.offset), kept);
-    case Kind::kDocument:
-      return ReadHost(value, At<BaseDocument*>(data, field.offset), kept);
-    case Kind::kContainer: {
-      if (value == Py_None) return true;
-      if (!IsBaseContainer(value)) return Refuse(g_BaseContainerType.tp_name, value);
-      kept.Hold(value);
-      return (At<BaseContainer*>(data, field.offset) = BaseContainerOf(value)) != nullptr;
-    }
-    case Kind::kFilename:
-      if (!PyUnicode_Check(value)) return Refuse("str", value);
-      kept.names.push_back(Filename::FromString(StringFromPython(value)));
-      At<HostFilename>(data, field.offset) = *kept.names.back().Word();
-      return true;
+void Exchange(Items& items, PointsChanged& message) {
+  items.Both("old_cnt", message.oldCount);
+  items.Both("new_cnt", message.newCount);
+  items.Both("vc_flags", message.flags);
+  items.In("map", message.read);
+  if (items.IsAt(Items::kRead)) {
+    message.map = message.read.data();
+    message.mapCount = int32_t(message.read.size());
   }
-  return false;
+  if (items.IsAt(Items::kWrite))
+    items.Out("map", std::vector<int32_t>(message.map, message.map + (message.map ? message.mapCount : 0)));
 }
 
-PyObject* NodeOrNone(QLXAtom* host) { return host ? WrapHostObject(host, false) : NewNone(); }
+void Exchange(Items& items, HostDescriptionDrag& message) {
+  items.In("doc", message.document);
+  items.In("drawflags", message.flags);
+  items.In("descid", message.id);
+}
 
-PyObject* ItemToPython(const Field& field, std::byte* data) {
-  switch (field.kind) {
-    case Kind::kInt:
-      return ToPython(At<int32_t>(data, field.offset));
-    case Kind::kBool:
-      return ToPython(At<HostBool>(data, field.offset) != 0);
-    case Kind::kFloat:
-      return ToPython(At<double>(data, field.offset));
-    case Kind::kDescID:
-      return NewDescID(DescID::Copy(At<HostDescID>(data, field.offset)));
-    case Kind::kNode:
-      return NodeOrNone(At<BaseList2D*>(data, field.offset));
-    case Kind::kDocument:
-      return NodeOrNone(At<BaseDocument*>(data, field.offset));
-    case Kind::kContainer: {
-      const BaseContainer* container = At<BaseContainer*>(data, field.offset);
-      return container ? NewContainerCopy(*container) : NewNone();
-    }
-    case Kind::kFilename:
-      return ToPython(Filename::Adopt(tables::filename.Copy(&At<HostFilename>(data, field.offset))));
+void Exchange(Items& items, HostDescriptionMessage& message) { items.Both("id", message.id); }
+
+void Exchange(Items& items, HostPrivateData& message) { items.Out("imexporter", message.node); }
+
+struct DescriptionBitmap : HostDescriptionBitmap {
+  ~DescriptionBitmap() {
+    if (bmp) bmp->Free();
   }
-  return nullptr;
+};
+
+void Exchange(Items& items, DescriptionBitmap& message) {
+  items.InIdOrNumber("id", message.id);
+  items.In("bmpflags", message.flags);
+  if (!items.IsAt(Items::kWrite)) return;
+  BaseBitmap* bmp = std::exchange(message.bmp, nullptr);
+  PyObject* wrapper = bmp ? Present<BaseBitmap>::Wrap(bmp, true) : NewNone();  // the script's
+  if (!wrapper) return items.Fail();
+  items.Out("bmp", wrapper);
+  Py_DECREF(wrapper);
 }
 
-bool Store(PyObject* dictionary, const char* key, PyObject* value) {
-  const bool stored = value && PyDict_SetItemString(dictionary, key, value) == 0;
-  Py_XDECREF(value);
-  return stored;
+void Exchange(Items& items, HostTextureInfo& message) {
+  items.Flag("external", message.external);
+  items.Both("start", message.start);
+  items.Flag("animated", message.animated);
 }
 
-// What a message does beside its fields, ahead of the call and behind it; false with an exception.
-using Step = bool (*)(PyObject* dictionary, std::byte* data, Kept& kept);
+// The receiver may have put another name there.
+struct FileFormat : HostFileFormat {
+  ~FileFormat() { tables::filename.Destroy(&name); }
+};
 
-bool ReadPointMap(PyObject* dictionary, std::byte* data, Kept& kept) {
-  PyObject* map = PyDict_GetItemString(dictionary, "map");
-  if (!map) return true;
-  if (!PyList_Check(map)) return Refuse("list", map);
-  for (Py_ssize_t i = 0; i < PyList_GET_SIZE(map); ++i) {
-    PyObject* item = PyList_GET_ITEM(map, i);
-    if (!PyLong_Check(item)) return Refuse("int", item);
-    if (!ReadInt32(item, kept.map.emplace_back())) return false;
-  }
-  auto& message = At<HostPointsChanged>(data, 0);
-  message.map = kept.map.data();
-  message.mapCount = int32_t(kept.map.size());
-  return true;
+void Exchange(Items& items, FileFormat& message) {
+  items.Both("type", message.type);
+  items.Both("fileformat", message.format);
+  items.Both("filename", message.name);
 }
 
-template <class Item>
-bool StoreList(PyObject* dictionary, const char* key, const Item* items, int32_t count) {
-  PyObject* list = PyList_New(0);
-  for (int32_t i = 0; list && items && i < count; ++i) {
-    PyObject* item = ToPython(items[i]);
-    if (!item || PyList_Append(list, item) < 0) Py_CLEAR(list);
-    Py_XDECREF(item);
-  }
-  return Store(dictionary, key, list);
-}
+struct CustomIcon : HostCustomIcon {
+  PyObject* wrapper;  // of the picture that the receiver is to draw upon
+  BaseBitmap* own;
+  ~CustomIcon() { Py_XDECREF(wrapper); }
+};
 
-bool StorePointMap(PyObject* dictionary, std::byte* data, Kept&) {
-  const auto& message = At<HostPointsChanged>(data, 0);
-  return StoreList(dictionary, "map", message.map, message.mapCount);
-}
-
-bool StoreWeights(PyObject* dictionary, std::byte* data, Kept&) {
-  const auto& message = At<HostWeights>(data, 0);
-  return StoreList(dictionary, "_weight", message.weight, message.count);
-}
-
-bool ReadBitmapID(PyObject* dictionary, std::byte* data, Kept& kept) {
-  PyObject* id = PyDict_GetItemString(dictionary, "id");
-  if (!id) return true;
-  auto& word = At<HostDescriptionBitmap>(data, 0).id;
-  if (!PyLong_Check(id)) return ReadDescIDItem(id, word, kept);
-  DescLevel level{};
-  if (!ReadInt32(id, level.id)) return false;
-  kept.ids.emplace_back().PushId(level);
-  word = kept.ids.back().Word();
-  return true;
-}
-
-bool StoreBitmap(PyObject* dictionary, std::byte* data, Kept&) {
-  BaseBitmap* bmp = At<HostDescriptionBitmap>(data, 0).bmp;
-  return Store(dictionary, "bmp", bmp ? Present<BaseBitmap>::Wrap(bmp, true) : NewNone());  // the script's
-}
-
-// The picture that the receiver is to draw upon: 32 by 32 pixels of 24 bits.
-bool MakeIcon(PyObject* dictionary, std::byte* data, Kept& kept) {
+// 32 by 32 pixels of 24 bits; false with an exception.
+bool MakeIcon(CustomIcon& message) {
   BaseBitmap* bmp = BaseBitmap::Alloc();
   if (!bmp || bmp->Init(32, 32, 24, 0) != 1) {
     if (bmp) bmp->Free();
     PyErr_NoMemory();
     return false;
   }
-  PyObject* wrapper = Present<BaseBitmap>::Wrap(bmp, true);  // the dictionary's
-  if (!wrapper) return false;
-  kept.Hold(wrapper);
-  At<HostCustomIcon>(data, 0).icon = {bmp, 0, 0, 32, 32};
-  return Store(dictionary, "bmp", wrapper);
+  message.icon = {bmp, 0, 0, 32, 32};
+  message.own = bmp;
+  return (message.wrapper = Present<BaseBitmap>::Wrap(bmp, true)) != nullptr;  // the wrapper frees it
 }
 
-bool StoreIcon(PyObject* dictionary, std::byte* data, Kept&) {
-  const HostIcon& icon = At<HostCustomIcon>(data, 0).icon;
-  PyObject* known = PyDict_GetItemString(dictionary, "bmp");
-  BaseBitmap* own = nullptr;
-  if (known && PyObject_TypeCheck(known, &g_BaseBitmapType))
-    own = static_cast<BaseBitmap*>(LookUp(reinterpret_cast<AtomWrapper*>(known)->link));
-  if (icon.bmp != own &&
-      !Store(dictionary, "bmp", icon.bmp ? Present<BaseBitmap>::Wrap(icon.bmp, false) : NewNone()))
-    return false;
-  return Store(dictionary, "x", ToPython(icon.x)) && Store(dictionary, "y", ToPython(icon.y)) &&
-         Store(dictionary, "w", ToPython(icon.w)) && Store(dictionary, "h", ToPython(icon.h));
+void Exchange(Items& items, CustomIcon& message) {
+  if (items.IsAt(Items::kRead) && !MakeIcon(message)) return items.Fail();
+  const HostIcon& icon = message.icon;
+  items.Out("filled", message.filled != 0);
+  if (icon.bmp == message.own)
+    items.Out("bmp", message.wrapper);
+  else
+    items.Out("bmp", icon.bmp);
+  items.Out("x", icon.x);
+  items.Out("y", icon.y);
+  items.Out("w", icon.w);
+  items.Out("h", icon.h);
 }
 
-bool PresetScale(PyObject*, std::byte* data, Kept&) {
-  At<HostScaleFactor>(data, 0).scale = 1;
-  return true;
+void Exchange(Items& items, HostObjectAnswer& message) { items.Out("res", message.object); }
+
+void Exchange(Items& items, HostManagerCommand& message) {
+  items.Both("command_id", message.command);
+  items.Both("managergroup", message.group);
+  items.Both("parentid", message.parent);
 }
 
-constexpr Field kPointsChanged[] = {
-    {"old_cnt", Kind::kInt, offsetof(HostPointsChanged, oldCount), kBoth},
-    {"new_cnt", Kind::kInt, offsetof(HostPointsChanged, newCount), kBoth},
-    {"vc_flags", Kind::kInt, offsetof(HostPointsChanged, flags), kBoth},
-};
-constexpr Field kDrag[] = {
-    {"doc", Kind::kDocument, offsetof(HostDescriptionDrag, document), kIn},
-    {"drawflags", Kind::kInt, offsetof(HostDescriptionDrag, flags), kIn},
-    {"descid", Kind::kDescID, offsetof(HostDescriptionDrag, id), kIn},
-};
-constexpr Field kDescription[] = {{"id", Kind::kDescID, offsetof(HostDescriptionMessage, id), kBoth}};
-constexpr Field kPrivateData[] = {{"imexporter", Kind::kNode, offsetof(HostPrivateData, node), kOut}};
-constexpr Field kBitmap[] = {{"bmpflags", Kind::kInt, offsetof(HostDescriptionBitmap, flags), kIn}};
-constexpr Field kTextureInfo[] = {
-    {"external", Kind::kBool, offsetof(HostTextureInfo, external), kBoth},
-    {"start", Kind::kFloat, offsetof(HostTextureInfo, start), kBoth},
-    {"animated", Kind::kBool, offsetof(HostTextureInfo, animated), kBoth},
-};
-constexpr Field kFileFormat[] = {
-    {"type", Kind::kInt, offsetof(HostFileFormat, type), kBoth},
-    {"fileformat", Kind::kInt, offsetof(HostFileFormat, format), kBoth},
-    {"filename", Kind::kFilename, offsetof(HostFileFormat, name), kBoth},
-};
-constexpr Field kIcon[] = {{"filled", Kind::kBool, offsetof(HostCustomIcon, filled), kOut}};
-constexpr Field kAnswer[] = {{"res", Kind::kNode, offsetof(HostObjectAnswer, object), kOut}};
-constexpr Field kManagerCommand[] = {
-    {"command_id", Kind::kInt, offsetof(HostManagerCommand, command), kBoth},
-    {"managergroup", Kind::kInt, offsetof(HostManagerCommand, group), kBoth},
-    {"parentid", Kind::kInt, offsetof(HostManagerCommand, parent), kBoth},
-};
-constexpr Field kPopup[] = {
-    {"id", Kind::kDescID, offsetof(HostDescriptionPopup, id), kBoth},
-    {"chosen", Kind::kInt, offsetof(HostDescriptionPopup, chosen), kBoth},
-    {"popup", Kind::kContainer, offsetof(HostDescriptionPopup, popup), kBoth},
-};
-constexpr Field kScale[] = {{"scale", Kind::kFloat, offsetof(HostScaleFactor, scale), kBoth}};
-constexpr Field kTakeOverride[] = {
-    {"_overrideTake", Kind::kNode, offsetof(HostTakeOverride, overrideTake), kIn},
-    {"_descId", Kind::kDescID, offsetof(HostTakeOverride, id), kIn},
-    {"_parent", Kind::kNode, offsetof(HostTakeOverride, parent), kBoth},
-    {"_parentId", Kind::kDescID, offsetof(HostTakeOverride, parentId), kOut},
-    {"_allow", Kind::kBool, offsetof(HostTakeOverride, allow), kOut},
-    {"_overrideEnabled", Kind::kBool, offsetof(HostTakeOverride, overrideEnabled), kOut},
+void Exchange(Items& items, HostDescriptionPopup& message) {
+  items.Both("id", message.id);
+  items.Both("chosen", message.chosen);
+  items.Both("popup", message.popup);
+}
+
+struct ScaleFactor : HostScaleFactor {
+  ScaleFactor() : HostScaleFactor{1} {}
 };
 
-struct Form {
-  int32_t id;
-  std::span<const Field> fields;
-  Step before = nullptr;
-  Step after = nullptr;
-};
+void Exchange(Items& items, ScaleFactor& message) { items.Both("scale", message.scale); }
 
-const Form kForms[] = {
-    {HOST_MSG_POINTS_CHANGED, kPointsChanged, ReadPointMap, StorePointMap},
-    {HOST_MSG_DRAG, kDrag},
-    {HOST_MSG_DESCRIPTION_CHECKUPDATE, kDescription},
-    {HOST_MSG_DESCRIPTION_VALIDATE, kDescription},
-    {HOST_MSG_DESCRIPTION_COMMAND, kDescription},
-    {HOST_MSG_RETRIEVE_PRIVATE_DATA, kPrivateData},
-    {HOST_MSG_DESCRIPTION_BITMAP, kBitmap, ReadBitmapID, StoreBitmap},
-    {HOST_MSG_RENAME_TEXTURES, kTextureInfo},
-    {HOST_MSG_FILE_FORMAT, kFileFormat},
-    {HOST_MSG_GET_CUSTOM_ICON, kIcon, MakeIcon, StoreIcon},
-    {HOST_MSG_GET_REAL_OBJECT, kAnswer},
-    {HOST_MSG_GET_VISIBLE_OBJECT, kAnswer},
-    {HOST_MSG_MANAGER_COMMAND, kManagerCommand},
-    {HOST_MSG_DESCRIPTION_POPUP, kPopup},
-    {HOST_MSG_SCALE_FACTOR, kScale, PresetScale},
-    {HOST_MSG_TAKE_OVERRIDE, kTakeOverride},
-    {HOST_MSG_WEIGHTS, {}, nullptr, StoreWeights},
-};
+void Exchange(Items& items, HostTakeOverride& message) {
+  items.In("_takeData", message.takeData);
+  items.In("_overrideTake", message.overrideTake);
+  items.In("_descId", message.id);
+  items.Both("_parent", message.parent);
+  items.Out("_parentId", message.parentId);
+  items.Out("_allow", message.allow != 0);
+  items.Out("_overrideEnabled", message.overrideEnabled != 0);
+}
+
+void Exchange(Items& items, HostWeights& message) {
+  if (items.IsAt(Items::kWrite))
+    items.Out("_weight",
+              std::vector<double>(message.weight, message.weight + (message.weight ? message.count : 0)));
+}
 
 // One message to one element: to it alone, or by `flags` to others too.
 struct Call {
@@ -354,46 +312,55 @@ struct Call {
   }
 };
 
-PyObject* SendForm(const Call& call, const Form& form, PyObject* dictionary) {
-  if (!PyDict_Check(dictionary)) return Refuse("dict", dictionary), nullptr;
-  alignas(std::max_align_t) std::byte data[128] = {};
-  static_assert(sizeof(HostTakeOverride) <= sizeof data && sizeof(HostDescriptionPopup) <= sizeof data);
-  Kept kept;
-  if (form.before && !form.before(dictionary, data, kept)) return nullptr;
-  for (const Field& field : form.fields) {
-    PyObject* item = field.use & kIn ? PyDict_GetItemString(dictionary, field.key) : nullptr;
-    if (!item) continue;
-    kept.Hold(item);
-    if (!ReadItem(item, field, data, kept)) return nullptr;
-  }
+PyObject* Refuse(const char* expected, PyObject* value) {
+  RaiseExpectedTypeFor(kFunction, expected, value);
+  return nullptr;
+}
+
+template <class Message>
+PyObject* SendItems(const Call& call, PyObject* dictionary) {
+  if (!PyDict_Check(dictionary)) return Refuse("dict", dictionary);
+  Message message{};
+  Items items(dictionary);
+  if (!items.Pass(Items::kFetch, message) || !items.Pass(Items::kRead, message)) return nullptr;
   // A drag is one of a parameter.
-  if (form.id == HOST_MSG_DRAG && At<HostDescriptionDrag>(data, 0).id.depth == 0) return ToPython(false);
+  if (std::is_same_v<Message, HostDescriptionDrag> && !items.Has("descid")) return ToPython(false);
   bool answered = false;
-  if (!call.Send(form.id, data, answered)) return nullptr;
-  for (const Field& field : form.fields)
-    if (field.use & kOut && !Store(dictionary, field.key, ItemToPython(field, data))) return nullptr;
-  if (form.after && !form.after(dictionary, data, kept)) return nullptr;
-  return ToPython(answered);
+  if (!call.Send(call.type, &message, answered)) return nullptr;
+  return items.Pass(Items::kWrite, message) && items.StoreAnswers() ? ToPython(answered) : nullptr;
 }
 
-PyObject* SendDocument(const Call& call, PyObject* document) {
-  BaseDocument* host = nullptr;
-  Kept kept;
-  if (document != Py_None) {
-    if (!PyObject_TypeCheck(document, &g_BaseDocumentType)) {
-      RaiseExpectedTypeFor(kFunction, "qlx.documents.BaseDocument or None", document);
-      return nullptr;
-    }
-    host = kept.Pin<BaseDocument>(document);
-    if (!host) return nullptr;
+// The argument by itself, as an item without a dictionary of the script's.
+template <class Host>
+struct Single {
+  Host* host;
+};
+template <class Host>
+void Exchange(Items& items, Single<Host>& message) {
+  items.In("data", message.host);
+}
+
+template <class Host>
+PyObject* SendSingle(const Call& call, PyObject* object) {
+  PyDictRef dictionary(PyDict_New());
+  Single<Host> message{};
+  PyObject* answer = nullptr;
+  if (dictionary.Object() && dictionary.Set("data", object)) {
+    Items items(dictionary.Object());
+    if (items.Pass(Items::kFetch, message) && items.Pass(Items::kRead, message))
+      answer = call.Answer(message.host);
   }
-  return call.Answer(host);
+  Py_XDECREF(dictionary.Object());
+  return answer;
 }
 
-PyObject* SendContainer(const Call& call, PyObject* container) {
-  if (!IsBaseContainer(container)) return Refuse(g_BaseContainerType.tp_name, container), nullptr;
-  BaseContainer* host = BaseContainerOf(container);
-  return host ? call.Answer(host) : nullptr;
+// The settings of loaders and savers; other elements have none to tell.
+PyObject* SendPrivateData(const Call& call, PyObject* data) {
+  QLXAtom* host;
+  if (!ResolveAtom(call.self, host)) return nullptr;
+  const int32_t kind = host->GetType();
+  if (kind != PLUGIN_KIND_SCENE_LOADER && kind != PLUGIN_KIND_SCENE_SAVER) return ToPython(true);
+  return SendItems<HostPrivateData>(call, data);
 }
 
 // A value of the host's where there is one, else the object itself, which the element is told ahead.
@@ -406,23 +373,53 @@ PyObject* SendAny(const Call& call, PyObject* object) {
   return call.Send(HOST_MSG_PYTHON_DATA, &isObject, ignored) ? call.Answer(object) : nullptr;
 }
 
-// Messages whose structures hold what has no Python type yet.
-bool HasNoForm(int32_t type) { return type == 1021339 || type == 1041699; }
-
 PyObject* Send(const Call& call, PyObject* data) {
   if (!data) return call.Answer(nullptr);
-  if (call.type == HOST_MSG_EDIT) return SendContainer(call, data);
-  if (call.type == HOST_MSG_DOCUMENT_INFO) return SendDocument(call, data);
-  if (HasNoForm(call.type)) return ToPython(false);
-  for (const Form& form : kForms) {
-    if (form.id != call.type) continue;
-    if (form.id == HOST_MSG_RETRIEVE_PRIVATE_DATA) {
-      const int32_t kind = static_cast<QLXAtom*>(LookUp(call.self->link))->GetType();
-      if (kind != PLUGIN_KIND_SCENE_LOADER && kind != PLUGIN_KIND_SCENE_SAVER) return ToPython(true);
-    }
-    return SendForm(call, form, data);
+  switch (call.type) {
+    case HOST_MSG_POINTS_CHANGED:
+      return SendItems<PointsChanged>(call, data);
+    case HOST_MSG_EDIT:
+      if (!IsBaseContainer(data)) return Refuse(g_BaseContainerType.tp_name, data);
+      return SendSingle<BaseContainer>(call, data);
+    case HOST_MSG_DRAG:
+      return SendItems<HostDescriptionDrag>(call, data);
+    case HOST_MSG_DESCRIPTION_CHECKUPDATE:
+    case HOST_MSG_DESCRIPTION_VALIDATE:
+    case HOST_MSG_DESCRIPTION_COMMAND:
+      return SendItems<HostDescriptionMessage>(call, data);
+    case HOST_MSG_DOCUMENT_INFO:
+      if (data != Py_None && !PyObject_TypeCheck(data, &g_BaseDocumentType))
+        return Refuse("qlx.documents.BaseDocument or None", data);
+      return SendSingle<BaseDocument>(call, data);
+    case HOST_MSG_RETRIEVE_PRIVATE_DATA:
+      return SendPrivateData(call, data);
+    case HOST_MSG_DESCRIPTION_BITMAP:
+      return SendItems<DescriptionBitmap>(call, data);
+    case HOST_MSG_RENAME_TEXTURES:
+      return SendItems<HostTextureInfo>(call, data);
+    case HOST_MSG_FILE_FORMAT:
+      return SendItems<FileFormat>(call, data);
+    case HOST_MSG_GET_CUSTOM_ICON:
+      return SendItems<CustomIcon>(call, data);
+    case HOST_MSG_GET_REAL_OBJECT:
+    case HOST_MSG_GET_VISIBLE_OBJECT:
+      return SendItems<HostObjectAnswer>(call, data);
+    case HOST_MSG_MANAGER_COMMAND:
+      return SendItems<HostManagerCommand>(call, data);
+    case HOST_MSG_DESCRIPTION_POPUP:
+      return SendItems<HostDescriptionPopup>(call, data);
+    case HOST_MSG_SCALE_FACTOR:
+      return SendItems<ScaleFactor>(call, data);
+    case HOST_MSG_TAKE_OVERRIDE:
+      return SendItems<HostTakeOverride>(call, data);
+    case HOST_MSG_WEIGHTS:
+      return SendItems<HostWeights>(call, data);
+    case 1021339:  // what these answer has no Python type
+    case 1041699:
+      return ToPython(false);
+    default:
+      return SendAny(call, data);
   }
-  return SendAny(call, data);
 }
 
 }  // namespace

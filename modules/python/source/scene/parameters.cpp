@@ -71,15 +71,19 @@ bool FindUserData(BaseList2D* host, DescID& id) {
 
 bool IsBaseList(PyObject* self) { return PyObject_TypeCheck(self, &g_BaseList2DType); }
 
-// Reads the parameter and puts the types of its levels into the id. A key of one level takes one look-up.
-bool Complete(PyObject* self, QLXAtom* host, DescID& id, GeData& data) {
-  if (id.GetDepth() == 0) return false;
+// Reads the parameter and puts the types of its levels into the id. A key of one level takes one look-up. Each
+// reading may run the element's own code, which may destroy it.
+bool Complete(AtomWrapper* self, DescID& id, GeData& data) {
+  auto* host = static_cast<QLXAtom*>(LookUp(self->link));
+  if (id.GetDepth() == 0 || !host) return false;
   if (id[0].id == kUserData)
-    return IsBaseList(self) && FindUserData(static_cast<BaseList2D*>(host), id) && Read(host, id, data);
+    return IsBaseList(&self->ob_base) && FindUserData(static_cast<BaseList2D*>(host), id) &&
+           Read(host, id, data);
   DescID full;
   for (int32_t i = 0; i < id.GetDepth(); ++i) {
     full.PushId(i == 0 ? id[0] : DescLevel{id[i].id, 0, 0});
-    if (!Read(host, full, data)) return false;
+    if (i > 0) host = static_cast<QLXAtom*>(LookUp(self->link));
+    if (!host || !Read(host, full, data)) return false;
     full.SetId({id[i].id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0});
   }
   id = std::move(full);
@@ -180,13 +184,19 @@ bool ReadDescID(PyObject* key, const char* function, DescID& id) {
 bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32_t flags) {
   const HostDescID word = id.Word();
   if (data.Type() != HOST_DATA_STRING) return host->SetParameter(&word, data.Data(), flags);
+  HostLink link;
+  if (!SetLink(host, link)) return false;
   Description* description = host->GetDescription(0);
+  // The element's own code may have destroyed it.
+  host = static_cast<QLXAtom*>(LookUp(link));
+  FreeLink(link);
   if (!description) return false;
   HostDescID found{}, group{};
   const int32_t index = description->Find(&word);
   const bool isFile = index >= 0 && description->GetIndex(index, &found, &group) && found.depth > 0 &&
                       found.level[0].dtype == HOST_DATA_FILENAME;
   description->Free();
+  if (!host) return false;
   const GeData file = isFile ? GeData::Filename(Filename::FromString(data.GetString())) : GeData();
   return host->SetParameter(&word, isFile ? file.Data() : data.Data(), flags);
 }
@@ -198,7 +208,7 @@ PyObject* GetParameterItem(PyObject* self, PyObject* key) {
     DescID id;
     GeData data;
     if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_mp_subscript", id)) return nullptr;
-    if (!Complete(self, host, id, data)) return RaiseParameterAccess();
+    if (!Complete(wrapper, id, data)) return ResolveAtom(wrapper, host) ? RaiseParameterAccess() : nullptr;
     return ParameterToPython(wrapper, data);
   });
 }
@@ -210,8 +220,7 @@ int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
     DescID id;
     GeData data;
     if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_ass_subscript", id)) return nullptr;
-    const bool complete = Complete(self, host, id, data);
-    // The host's own code may have run.
+    const bool complete = Complete(wrapper, id, data);
     if (!ResolveAtom(wrapper, host)) return nullptr;
     if (!value) {
       StoreItem(wrapper, host, id, GeData());  // what can't be reset stays
