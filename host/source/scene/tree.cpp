@@ -94,9 +94,11 @@ bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred) {
 bool PlaceBeside(GeListNode& node, GeListNode& other, bool before) {
   if (&node == &other) return false;
   if (GeListNode* parent = ParentOf(other)) return Place(node, *parent, before ? other.pred : &other);
-  // A chain that is in no list. Nothing that stands in `node` is in one.
+  // A chain that is in no list. Nothing that stands in `node` is in one. Beside a document nobody would own the
+  // node: not its creator, because it has a document there, nor that.
   const ChangeScene changes;
   if (node.isFixed || node.IsDead() || other.IsDead() || IsHead(node) || IsHead(other)) return false;
+  if (other.kind == Kind::kDocument) return false;
   TakeOut(node);
   node.pred = before ? other.pred : &other;
   node.next = before ? &other : other.next;

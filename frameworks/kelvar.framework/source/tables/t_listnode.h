@@ -75,7 +75,8 @@ typedef struct HostListNodeGroup {
 
   /* Puts the node with all below it before `next`, out of where it was; the scene owns it then, but for a chain
    * of nodes that are in no list, whose creators own them. 0, and nothing happens, when `next` is the node
-   * itself or below it, and for a node that the host keeps: a head, a plug-in, an open document.
+   * itself, below it or a document in no list, and for a node that the host keeps: a head, a plug-in, an open
+   * document.
    * owner   -
    * thread  any
    * waits   no

@@ -75,7 +75,8 @@ PyMethodDef g_methods[] = {
     Method<&Insert, "O!|O!NO!N", "node", "parent", "prev">(
         "Insert",
         "Insert(node, parent=None, prev=None) -> None\n\n"
-        "Puts a node behind `prev`, or else as the first child of `parent`, or else first of the list."),
+        "Puts a node behind `prev`, or else as the first child of `parent`, or else first of the list. `prev` "
+        "by name wants `parent` given too, which may be None."),
     Method<&SetParent, "O!", "parent">("SetParent",
                                        "SetParent(parent) -> None\n\nTells which node the list belongs to."),
     Method<&GeListHead::GetParent>(
