@@ -7,6 +7,7 @@
 #include "kelvar.framework/source/tables/t_messages.h"
 #include "kelvar/bitmap.h"
 #include "kelvar/container.h"
+#include "kelvar/descid.h"
 #include "kelvar/value.h"
 #include "receiver.h"
 #include "scene/scene.h"

@@ -222,11 +222,6 @@ struct KindOf<BaseBitmap*> : ObjectKind<BaseBitmap> {};
 template <std::derived_from<QLXAtom> Atom>
 struct KindOf<Atom*> : ObjectKind<Atom> {};
 
-template <>
-struct KindOf<BaseList2D*> : ObjectKind<BaseList2D, g_BaseList2DType, Present<BaseList2D>::Wrap> {};
-template <>
-struct KindOf<BaseDocument*> : ObjectKind<BaseDocument, g_BaseDocumentType, Present<BaseDocument>::Wrap> {};
-
 // A capsule without a name.
 template <>
 struct KindOf<void*> {
