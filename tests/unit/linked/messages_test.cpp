@@ -2,111 +2,19 @@
 // and the receiver do to one another meanwhile.
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <utility>
 
-#include "kelvar.framework/source/tables/t_description.h"
 #include "kelvar.framework/source/tables/t_messages.h"
 #include "kelvar/bitmap.h"
 #include "kelvar/container.h"
-#include "kelvar/plugin.h"
+#include "kelvar/descid.h"
 #include "kelvar/value.h"
-#include "linked_support.h"
+#include "receiver.h"
 #include "scene/scene.h"
 
 namespace {
 
-constexpr int32_t kType = 2000001, kLoader = PLUGIN_KIND_SCENE_LOADER;
-
-class MessageTest : public LinkedTest {
- public:
-  // The element that a name of __main__ stands for.
-  template <class Host>
-  static Host* Named(const char* name) {
-    PyObject* wrapper = PyDict_GetItemString(Names(), name);
-    return static_cast<Host*>(qlx::LookUp(reinterpret_cast<qlx::AtomWrapper*>(wrapper)->link));
-  }
-
- protected:
-  // The ids that arrived, and what becomes of them.
-  inline static std::vector<int32_t> told;
-  inline static std::function<bool(GeListNode*, int32_t, void*)> receive;
-  // What runs ahead of the host's own reading, writing and describing of a parameter.
-  inline static std::function<void()> onGet, onSet, onDescribe;
-
-  static void Act(std::function<void()> action) {
-    if (action) action();
-  }
-
-  void SetUp() override {
-    LinkedTest::SetUp();
-    for (const int32_t id : {kType, kLoader}) {
-      const String name = kelvar::Text("Receiver");
-      NodeRecord record{};
-      record.base = {sizeof record, PLUGIN_KIND_OBJECT, id, 0, name.Word(), nullptr, nullptr, nullptr};
-      record.baseType = 5155;
-      record.Message = [](void*, GeListNode* node, int32_t type, void* data) {
-        told.push_back(type);
-        const auto handler = receive;  // which may put another in its place
-        return HostBool(!handler || handler(node, type, data));
-      };
-      record.GetDParameter = [](void*, const GeListNode*, const HostDescID*, HostGeData*, int32_t*) {
-        return Act(onGet), HostBool(0);
-      };
-      record.SetDParameter = [](void*, GeListNode*, const HostDescID*, const HostGeData*, int32_t*) {
-        return Act(onSet), HostBool(0);
-      };
-      record.GetDDescription = [](void*, const GeListNode*, Description*, int32_t*) {
-        return Act(onDescribe), HostBool(1);
-      };
-      ASSERT_TRUE(BasePlugin::RegisterNode(&record)) << id;
-    }
-    Run(R"(
-import gc, qlx
-from qlx import BaseContainer, BaseList2D, BaseObject, DescID, DescLevel, Vector
-from qlx.documents import BaseDocument
-op, loader, other, doc = BaseList2D(2000001), BaseList2D(15), BaseList2D(2000001), BaseDocument()
-dead = BaseObject(5140); holder = BaseObject(5140); dead.InsertUnder(holder); del holder
-def fault(*args):
-    try: return op.Message(*args)
-    except Exception as error: return type(error).__name__ + ': ' + str(error)
-    finally: Key.isArmed = False
-answered = DescID(DescLevel(1, 2, 3), DescLevel(4, 5, 6), DescLevel(7, 8, 9)); answered.PushId(DescLevel(10, 11, 12))
-class Key(str):  # acts where its name is looked for, but not as long as the dictionary is made
-    __hash__ = str.__hash__
-    isArmed = False
-    def __eq__(self, name):
-        if Key.isArmed: self.act()
-        return False
-def key(name, act):
-    made = Key(name); made.act = act
-    return made
-def arm(d):
-    Key.isArmed = True
-    return d
-)");
-  }
-  void TearDown() override {
-    receive = nullptr;
-    onGet = onSet = onDescribe = nullptr;
-    told.clear();
-    Run("for name in list(globals()):\n"
-        "    if name[:2] != '__': del globals()[name]\n"
-        "del name, __builtins__\n");
-    LinkedTest::TearDown();
-  }
-
-  // What the expression is, as text.
-  static std::string Eval(const std::string& expression) {
-    PyObject* value = PyRun_String(expression.c_str(), Py_eval_input, Names(), Names());
-    PyObject* text = value ? PyObject_Str(value) : nullptr;
-    if (!text) PyErr_Print();
-    const std::string result = text ? PyUnicode_AsUTF8(text) : "an error";
-    Py_XDECREF(text);
-    Py_XDECREF(value);
-    return result;
-  }
-};
+using MessageTest = ReceiverTest;
 
 DescID IdOf(const HostDescID& word) { return DescID::Copy(word); }
 DescID MakeId(std::initializer_list<DescLevel> levels) {
@@ -116,7 +24,6 @@ DescID MakeId(std::initializer_list<DescLevel> levels) {
 }
 constexpr DescLevel kAnswerLevels[] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}};
 constexpr HostDescID kAnswerId = {kAnswerLevels, 4, 0};
-const char* const kAnswerText = "answered";
 
 struct Case {
   int32_t id;
@@ -127,12 +34,8 @@ struct Case {
   const char* receiver = "op";
 };
 
-template <class Message>
-Message& As(void* data) {
-  return *static_cast<Message*>(data);
-}
 TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
-  const std::string id = kAnswerText;
+  const std::string id = "answered";
   const Case cases[] = {
       {1, sizeof(HostPointsChanged), "{'old_cnt': 3, 'new_cnt': 2, 'vc_flags': 5, 'map': [0, -1, 1]}",
        [](void* data) {
@@ -146,7 +49,7 @@ TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
       {17, sizeof(HostDescriptionDrag), "{'doc': doc, 'drawflags': 4, 'descid': DescID(7, DescLevel(8))}",
        [](void* data) {
          const auto& m = As<HostDescriptionDrag>(data);
-         EXPECT_EQ(m.document, Named<BaseDocument>("doc"));
+         EXPECT_EQ(m.document, ReceiverTest::Named<BaseDocument>("doc"));
          EXPECT_EQ(m.flags, 4);
          EXPECT_EQ(IdOf(m.id), MakeId({{7, 0, 0}, {8, 0, 0}}));
        },
@@ -166,8 +69,8 @@ TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
       {24, sizeof(HostDescriptionMessage), "{'id': DescID(5)}", nullptr, "{'id': DescID(5)}"},
       {25, sizeof(HostDescriptionMessage), "{'id': DescID(5)}", nullptr, "{'id': DescID(5)}"},
       {23, sizeof(HostPrivateData), "{'imexporter': 'unread'}",
-       [](void* data) { As<HostPrivateData>(data).node = Named<BaseList2D>("other"); }, "{'imexporter': other}",
-       "loader"},
+       [](void* data) { As<HostPrivateData>(data).node = ReceiverTest::Named<BaseList2D>("other"); },
+       "{'imexporter': other}", "loader"},
       {27, sizeof(HostDescriptionBitmap), "{'id': 1000, 'bmpflags': 3, 'bmp': 'unread'}",
        [](void* data) {
          auto& m = As<HostDescriptionBitmap>(data);
@@ -190,11 +93,12 @@ TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
          m = {0, 1, 3.5};
        },
        "{'external': False, 'start': 3.5, 'animated': True}"},
-      {1001078, sizeof(HostFileFormat), "{'type': 1, 'fileformat': 2, 'filename': '/a/b\\udcff'}",
+      {1001078, sizeof(HostFileFormat), "{'type': 1, 'fileformat': 2, 'filename': '/a/b'}",
        [](void* data) {
          auto& m = As<HostFileFormat>(data);
          EXPECT_EQ(m.type, 1);
          EXPECT_EQ(m.format, 2);
+         EXPECT_STREQ(Filename::Adopt(tables::filename.Copy(&m.name)).GetString().GetUtf8(nullptr), "/a/b");
          tables::filename.Destroy(&m.name);
          m = {3, 4, Filename::FromString(kelvar::Text("/answered")).Release()};
        },
@@ -202,7 +106,7 @@ TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
       {1001078, 0, "{'filename': '/a/\\u20ac'}", nullptr,
        "{'type': 0, 'fileformat': 0, 'filename': '/a/\\u20ac'}"},
       {1028476, sizeof(HostObjectAnswer), "{'res': 'unread', 'more': 1}",
-       [](void* data) { As<HostObjectAnswer>(data).object = Named<BaseList2D>("other"); },
+       [](void* data) { As<HostObjectAnswer>(data).object = ReceiverTest::Named<BaseList2D>("other"); },
        "{'res': other, 'more': 1}"},
       {1036447, sizeof(HostObjectAnswer), "{}", nullptr, "{'res': None}"},
       {300001001, sizeof(HostManagerCommand), "{'command_id': 1, 'managergroup': 2, 'parentid': -3}",
@@ -234,10 +138,10 @@ TEST_F(MessageTest, DictionariesArriveAndAreAnswered) {
        [](void* data) {
          auto& m = As<HostTakeOverride>(data);
          EXPECT_EQ(m.takeData, nullptr);
-         EXPECT_EQ(m.overrideTake, Named<BaseList2D>("op"));
-         EXPECT_EQ(m.parent, Named<BaseList2D>("other"));
+         EXPECT_EQ(m.overrideTake, ReceiverTest::Named<BaseList2D>("op"));
+         EXPECT_EQ(m.parent, ReceiverTest::Named<BaseList2D>("other"));
          EXPECT_EQ(IdOf(m.id), MakeId({{5, 0, 0}}));
-         m.parent = Named<BaseList2D>("op");
+         m.parent = ReceiverTest::Named<BaseList2D>("op");
          m.parentId = kAnswerId;
          m.allow = m.overrideEnabled = 1;
        },
@@ -382,7 +286,7 @@ TEST_F(MessageTest, OtherMessagesCarryAValueOrTheObject) {
   receive = [](GeListNode*, int32_t, void* data) { return data == nullptr; };
   EXPECT_EQ(Eval("[op.Message(type) for type in (1, 9, 22, 23, 4711, 1021339)], op.Message(22, None)"),
             "([True, True, True, True, True, True], True)");
-  receive = [](GeListNode*, int32_t, void* data) { return data == Named<BaseDocument>("doc"); };
+  receive = [](GeListNode*, int32_t, void* data) { return data == ReceiverTest::Named<BaseDocument>("doc"); };
   EXPECT_EQ(Eval("op.Message(22, doc), op.MultiMessage(0, 22, doc)"), "(True, True)");
   // The receiver changes a script's container, and only a copy of what another element holds.
   receive = [](GeListNode*, int32_t, void* data) { return As<BaseContainer>(data).SetId(5), true; };
@@ -432,7 +336,7 @@ TEST_F(MessageTest, ReceiversDestroyWhatTheyAreSent) {
     Run("op, other, doc, d = BaseList2D(2000001), BaseList2D(2000001), BaseDocument(), {}");
     receive = [&](GeListNode*, int32_t id, void* data) {
       receive = nullptr;
-      for (const char* name : c.destroyed) Named<BaseList2D>(name)->Free();
+      for (const char* name : c.destroyed) ReceiverTest::Named<BaseList2D>(name)->Free();
       if (id == HOST_MSG_DESCRIPTION_POPUP) As<HostDescriptionPopup>(data).popup->SetId(7);
       if (id == HOST_MSG_EDIT) {
         EXPECT_GE(As<BaseContainer>(data).GetCount(), 0);
@@ -507,63 +411,6 @@ TEST_F(MessageTest, ScriptsInterfere) {
       "assert op.Message(300001046, d)\n"
       "assert d == {'id': DescID(5), 'chosen': 0, 'popup': BaseContainer(3)}, d\n"
       "del d, drop, under\n");
-}
-
-TEST_F(MessageTest, ElementsAreToldOfChangesByItems) {
-  const std::vector<int32_t> change = {HOST_MSG_CHANGE};
-  Run("op[903] = Vector(1)");
-  EXPECT_EQ(std::exchange(told, {}), change);
-  Run("op[903, 1000] = 5");
-  EXPECT_EQ(std::exchange(told, {}), change);
-  EXPECT_EQ(Eval("op.SetParameter(903, Vector(2), 0), op.SetParameter(903, 1, 0), op.GetParameter(903, 0)"),
-            "(True, False, Vector(2, 2, 2))");
-  Run("try: op[903] = 1\n"
-      "except TypeError: pass\n"
-      "del op[99999]\n");
-  EXPECT_TRUE(told.empty());
-  tables::atom.GetDirty = [](const QLXAtom*, int32_t) { return uint32_t(5); };
-  Run("op[903] = Vector(3); assert op[903] == Vector(3)");
-  EXPECT_TRUE(told.empty());
-}
-
-TEST_F(MessageTest, ElementsThatEndWhileTheirParametersAreUsed) {
-  const struct {
-    std::function<void()>& when;
-    const char *call, *answer;
-  } cases[] = {
-      {onGet, "op[903]", "dead"},
-      {onGet, "op[903, 1000]", "dead"},
-      {onGet, "op[903, 1000, 5]", "dead"},
-      {onGet, "op[700, 1]", "dead"},
-      {onGet, "op.__setitem__(903, Vector())", "dead"},
-      {onGet, "op.__setitem__((903, 1001), 1)", "dead"},
-      {onGet, "op.__delitem__((903, 1001))", "dead"},
-      {onGet, "op.GetParameter(903, 0)", "None"},
-      {onGet, "op.GetAnimatedParameter(DescID(903), 0)", "False"},
-      {onSet, "op.__setitem__(903, Vector())", "parameter set failed"},
-      {onSet, "op.__setitem__((903, 1001), 1)", "parameter set failed"},
-      {onSet, "op.__delitem__(903)", "None"},
-      {onSet, "op.SetParameter(903, Vector(), 0)", "False"},
-      {onSet, "op.SetAnimatedParameter(qlx.CTrack(op, 903), DescID(903), Vector(), Vector(), 0, 0)", "False"},
-      {onDescribe, "op.__setitem__((700, 1), 'text')", "parameter set failed"},
-      {onDescribe, "op.SetParameter((700, 1), 'text', 0)", "False"},
-      {onDescribe, "type(op.GetDescription(0)).__name__", "qlx.Description"},
-  };
-  for (const auto& c : cases) {
-    Run(("settings = BaseContainer(); settings[" + std::to_string(DESC_DATATYPE) + "] = 130\n" +
-         "op = BaseList2D(2000001); op.AddUserData(settings)\n"
-         "def attempt(call):\n"
-         "  try: return call()\n"
-         "  except ReferenceError: return 'dead'\n"
-         "  except AttributeError as error: return error\n")
-            .c_str());
-    c.when = [&] {
-      c.when = nullptr;
-      Named<BaseList2D>("op")->Free();
-    };
-    EXPECT_EQ(Eval(std::string("attempt(lambda: ") + c.call + ")"), c.answer) << c.call;
-    EXPECT_EQ(Eval("op.IsAlive()"), "False") << c.call;
-  }
 }
 
 }  // namespace
