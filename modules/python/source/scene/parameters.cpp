@@ -69,6 +69,11 @@ bool FindUserData(BaseList2D* host, DescID& id) {
   return found;
 }
 
+// The level with the type of what was read there.
+DescLevel Typed(int32_t id, const GeData& data) {
+  return {id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0};
+}
+
 bool IsBaseList(PyObject* self) { return PyObject_TypeCheck(self, &g_BaseList2DType); }
 
 // Reads the parameter and puts the types of its levels into the id. A key of one level takes one look-up.
@@ -76,11 +81,16 @@ bool Complete(PyObject* self, QLXAtom* host, DescID& id, GeData& data) {
   if (id.GetDepth() == 0) return false;
   if (id[0].id == kUserData)
     return IsBaseList(self) && FindUserData(static_cast<BaseList2D*>(host), id) && Read(host, id, data);
+  if (id.GetDepth() == 1) {
+    if (!Read(host, id, data)) return false;
+    id.SetId(Typed(id[0].id, data));
+    return true;
+  }
   DescID full;
   for (int32_t i = 0; i < id.GetDepth(); ++i) {
     full.PushId(i == 0 ? id[0] : DescLevel{id[i].id, 0, 0});
     if (!Read(host, full, data)) return false;
-    full.SetId({id[i].id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0});
+    full.SetId(Typed(id[i].id, data));
   }
   id = std::move(full);
   return true;
@@ -159,9 +169,9 @@ bool StoreItem(AtomWrapper* wrapper, QLXAtom* host, const DescID& id, const GeDa
 
 bool DescIDFromPython(PyObject* key, const char* function, const char* what, DescID& id) {
   if (PyLong_Check(key)) {
-    DescLevel level{};
-    if (!ReadInt32(key, level.id)) return false;
-    id.PushId(level);
+    int32_t number = 0;
+    if (!ReadInt32(key, number)) return false;
+    id.PushId({number, 0, 0});
     return true;
   }
   if (IsDescID(key)) {
