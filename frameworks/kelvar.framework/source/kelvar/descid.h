@@ -27,14 +27,12 @@ class DescID {
     return id;
   }
 
+  // In place for the first levels: an access of one level hardly costs more than this.
   void PushId(const DescLevel& level) {
-    if (depth_ < kInline) {
-      inline_[depth_] = level;
-    } else {
-      if (depth_ == kInline) more_.assign(inline_, inline_ + kInline);
-      more_.push_back(level);
-    }
-    ++depth_;
+    if (depth_ < kInline)
+      inline_[depth_++] = level;
+    else
+      PushMore(level);
   }
 
   // Takes the highest level away, which is the last one; an empty id stays.
@@ -78,6 +76,12 @@ class DescID {
 
  private:
   static constexpr int32_t kInline = 3;
+
+  [[gnu::noinline]] void PushMore(const DescLevel& level) {
+    if (depth_ == kInline) more_.assign(inline_, inline_ + kInline);
+    more_.push_back(level);
+    ++depth_;
+  }
 
   const DescLevel* Levels() const { return depth_ > kInline ? more_.data() : inline_; }
 

@@ -49,9 +49,10 @@ bool LevelsFromPython(PyObject* key, DescID& id) {
   return true;
 }
 
-bool Read(const QLXAtom* host, const DescID& id, GeData& data) {
+bool Read(const AtomWrapper* self, const DescID& id, GeData& data) {
+  const auto* host = static_cast<const QLXAtom*>(LookUp(self->link));
   const HostDescID word = id.Word();
-  return host->GetParameter(&word, data.Out(), 0);
+  return host && host->GetParameter(&word, data.Out(), 0);
 }
 
 // The full id of the first user data with the number of the key's second level.
@@ -69,22 +70,34 @@ bool FindUserData(BaseList2D* host, DescID& id) {
   return found;
 }
 
+// The level with the type of what was read there.
+DescLevel Typed(int32_t id, const GeData& data) {
+  return {id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0};
+}
+
 bool IsBaseList(PyObject* self) { return PyObject_TypeCheck(self, &g_BaseList2DType); }
 
-// Reads the parameter and puts the types of its levels into the id. A key of one level takes one look-up. Each
-// reading may run the element's own code, which may destroy it.
+// Reads the parameter and puts types into the levels of its id: that of the value into the first one, into each
+// further one that of the value around it, as scripts have always handed them to plug-ins. A key of one level
+// takes one look-up. Each reading may run the element's own code, which may destroy it.
 bool Complete(AtomWrapper* self, DescID& id, GeData& data) {
-  auto* host = static_cast<QLXAtom*>(LookUp(self->link));
-  if (id.GetDepth() == 0 || !host) return false;
-  if (id[0].id == kUserData)
-    return IsBaseList(&self->ob_base) && FindUserData(static_cast<BaseList2D*>(host), id) &&
-           Read(host, id, data);
+  if (id.GetDepth() == 0) return false;
+  if (id[0].id == kUserData) {
+    auto* host = static_cast<BaseList2D*>(LookUp(self->link));
+    return host && IsBaseList(&self->ob_base) && FindUserData(host, id) && Read(self, id, data);
+  }
+  if (id.GetDepth() == 1) {
+    if (!Read(self, id, data)) return false;
+    id.SetId(Typed(id[0].id, data));
+    return true;
+  }
   DescID full;
-  for (int32_t i = 0; i < id.GetDepth(); ++i) {
-    full.PushId(i == 0 ? id[0] : DescLevel{id[i].id, 0, 0});
-    if (i > 0) host = static_cast<QLXAtom*>(LookUp(self->link));
-    if (!host || !Read(host, full, data)) return false;
-    full.SetId({id[i].id, data.Type() == HOST_DATA_CONTAINER ? kGroupType : data.Type(), 0});
+  full.PushId(id[0]);
+  if (!Read(self, full, data)) return false;
+  full.SetId(Typed(id[0].id, data));
+  for (int32_t i = 1; i < id.GetDepth(); ++i) {
+    full.PushId(Typed(id[i].id, data));
+    if (!Read(self, full, data)) return false;
   }
   id = std::move(full);
   return true;
@@ -144,7 +157,8 @@ int ConvertFor(PyObject* value, GeData& data) {
   const int32_t type = data.Type();
   if (!GeDataFromPython(value, data)) {
     // What the value's own code raised says more than a complaint.
-    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError);
+    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError) ||
+                       PyErr_ExceptionMatches(PyExc_OverflowError) || PyErr_ExceptionMatches(PyExc_UnicodeError);
     return unfit ? Complain(type, value) : -1;
   }
   return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;
@@ -163,9 +177,9 @@ bool StoreItem(AtomWrapper* wrapper, QLXAtom* host, const DescID& id, const GeDa
 
 bool DescIDFromPython(PyObject* key, const char* function, const char* what, DescID& id) {
   if (PyLong_Check(key)) {
-    DescLevel level{};
-    if (!ReadInt32(key, level.id)) return false;
-    id.PushId(level);
+    int32_t number = 0;
+    if (!ReadInt32(key, number)) return false;
+    id.PushId({number, 0, 0});
     return true;
   }
   if (IsDescID(key)) {
