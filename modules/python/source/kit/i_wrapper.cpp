@@ -15,20 +15,29 @@ void Destroy(BaseBitmap* host) { host->Free(); }
 
 using Pool = RecordPool<sizeof(AtomWrapper)>;
 
+// A wrapper of what a link points at, which is taken over; the allocation may run the code of scripts. Nothing
+// of the host's stays behind without a wrapper.
+template <class Host>
+PyObject* WrapLink(PyTypeObject* type, HostLink link, bool owned, int32_t line, const char* file) {
+  PyObject* object = AllocWrapper(g_wrapperTracker, type, line, file);
+  if (auto* wrapper = reinterpret_cast<AtomWrapper*>(object)) {
+    wrapper->link = link;
+    wrapper->owned = owned;
+    return object;
+  }
+  auto* host = static_cast<Host*>(LookUp(link));
+  if (owned && host) Destroy(host);
+  FreeLink(link);
+  return nullptr;
+}
+
 // What isn't usual: no link or no record is at hand, or instances are recorded.
 template <class Host>
 [[gnu::noinline]] PyObject* WrapAfresh(PyTypeObject* type, Host* host, bool owned, int32_t line,
                                        const char* file) {
-  PyObject* object = AllocWrapper(g_wrapperTracker, type, line, file);
-  auto* wrapper = reinterpret_cast<AtomWrapper*>(object);
-  if (object && SetLink(host, wrapper->link)) {
-    wrapper->owned = owned;
-    return object;
-  }
-  // Nothing of the host's stays behind without a wrapper.
+  HostLink link{};
+  if (SetLink(host, link)) return WrapLink<Host>(type, link, owned, line, file);
   if (owned) Destroy(host);
-  if (!object) return nullptr;
-  Py_DECREF(object);
   return PyErr_NoMemory();
 }
 
@@ -76,6 +85,10 @@ bool RefuseDead(AtomWrapper* wrapper) {
 
 PyObject* WrapAtom(PyTypeObject* type, QLXAtom* host, bool owned, int32_t line, const char* file) {
   return Wrap(type, host, owned, line, file);
+}
+
+PyObject* WrapLinkedAtom(PyTypeObject* type, HostLink link, bool owned, int32_t line, const char* file) {
+  return WrapLink<QLXAtom>(type, link, owned, line, file);
 }
 
 PyObject* WrapBitmap(PyTypeObject* type, BaseBitmap* host, bool owned, int32_t line, const char* file) {

@@ -78,6 +78,9 @@ PyObject* WrapHostObject(QLXAtom* host, bool owned);
 // The same with the type told, for the constructors behind WrapHostObject.
 PyObject* WrapAtom(PyTypeObject* type, QLXAtom* host, bool owned, int32_t line = __builtin_LINE(),
                    const char* file = __builtin_FILE());
+// The same for the object of a link, which is taken over; the wrapper of one that went meanwhile is dead.
+PyObject* WrapLinkedAtom(PyTypeObject* type, HostLink link, bool owned, int32_t line = __builtin_LINE(),
+                         const char* file = __builtin_FILE());
 PyObject* WrapBitmap(PyTypeObject* type, BaseBitmap* host, bool owned, int32_t line = __builtin_LINE(),
                      const char* file = __builtin_FILE());
 

@@ -61,7 +61,10 @@ PyObject* InsertTrackSorted(BaseList2D* self, WrapperOf<CTrack>* track) {
   return NewNone();
 }
 
-PyObject* GetCTracks(BaseList2D* self) { return NodesFrom(self->GetFirstCTrack()); }
+PyObject* GetCTracks(AtomWrapper* self) {
+  return NodesFrom(
+      self, [](QLXAtom* host) -> GeListNode* { return static_cast<BaseList2D*>(host)->GetFirstCTrack(); });
+}
 
 PyObject* FindCTrack(BaseList2D* self, PyObject* id) {
   DescID read;
@@ -172,7 +175,7 @@ PyMethodDef g_methods[] = {
                                        "GetCTrackRoot() -> qlx.GeListHead or None\n\nThe head of the tracks."),
     Method<&BaseList2D::GetNLARoot>("GetNLARoot",
                                     "GetNLARoot() -> qlx.GeListHead or None\n\nThe head of the motion layers."),
-    Method<&GetCTracks>("GetCTracks", "GetCTracks() -> list of qlx.CTrack\n\nAll tracks."),
+    Method<Row<WhileAlive>, &GetCTracks>("GetCTracks", "GetCTracks() -> list of qlx.CTrack\n\nAll tracks."),
     Method<&FindCTrack, "O", "id">("FindCTrack",
                                    "FindCTrack(id) -> qlx.CTrack or None\n\nThe track of a parameter."),
     Method<&GetIcon>("GetIcon",
@@ -213,9 +216,10 @@ PyMethodDef g_methods[] = {
     Method<&userdata::Set, "OC|A!", "descid", "datadescription", "bl">(
         "SetUserDataContainer",
         "SetUserDataContainer(descid, datadescription, bl=None) -> bool\n\nReplaces its settings."),
-    Method<&userdata::GetAll>("GetUserDataContainer",
-                              "GetUserDataContainer() -> list of (qlx.DescID, qlx.BaseContainer)\n\n"
-                              "The ids and settings of the parameters that a user added."),
+    Method<Row<WhileAlive>, &userdata::GetAll>(
+        "GetUserDataContainer",
+        "GetUserDataContainer() -> list of (qlx.DescID, qlx.BaseContainer)\n\n"
+        "The ids and settings of the parameters that a user added."),
     Method<&BaseList2D::AddEventNotification, "A!iiC", "bl", "eventid", "flags", "data">(
         "AddEventNotification",
         "AddEventNotification(bl, eventid, flags, data) -> bool\n\n"

@@ -1,5 +1,7 @@
 // qlx.GeListNode: an atom in a list of the scene.
 
+#include <vector>
+
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
@@ -11,7 +13,9 @@ namespace {
 
 GeListNode* HostOf(AtomWrapper* wrapper) { return static_cast<GeListNode*>(LookUp(wrapper->link)); }
 
-PyObject* GetChildren(GeListNode* self) { return NodesFrom(self->GetDown()); }
+PyObject* GetChildren(AtomWrapper* self) {
+  return NodesFrom(self, [](QLXAtom* host) { return static_cast<GeListNode*>(host)->GetDown(); });
+}
 
 void Remove(AtomWrapper* self) {
   HostOf(self)->Remove();
@@ -56,29 +60,38 @@ PyObject* InsertUnderLast(AtomWrapper* self, Reference* obj) {
   return InsertBelow(self, obj, &GeListNode::InsertUnderLast);
 }
 
-PyObject* BranchToPython(HostBranch& branch) {
-  const String name = String::Adopt(branch.name);
-  PyObject* head = branch.head ? WrapHostObject(branch.head, false) : NewNone();
-  PyObject* text = head ? ToPython(name) : nullptr;
-  if (!text) {
-    Py_XDECREF(head);
-    return nullptr;
-  }
-  return Py_BuildValue("{s:N,s:N,s:i,s:i}", "head", head, "name", text, "id", branch.id, "flags", branch.flags);
+PyObject* BranchToPython(PyObject* head, const HostBranch& branch) {
+  PyObject* name = StringToPython(reinterpret_cast<const String&>(branch.name));
+  return name ? Py_BuildValue("{s:O,s:N,s:i,s:i}", "head", head, "name", name, "id", branch.id, "flags",
+                              branch.flags)
+              : nullptr;
 }
 
-// Scripts are told of 20 branches at most.
-PyObject* GetBranchInfo(GeListNode* self, int32_t flags) {
-  HostBranch branches[20] = {};
-  const int32_t count = self->GetBranchInfo(branches, 20, flags);
-  if (count <= 0) return NewNone();
+// Scripts are told of 20 branches at most. Lists and dictionaries may start the collector of garbage: all heads
+// are wrapped between the one and the others.
+PyObject* GetBranchInfo(AtomWrapper* self, int32_t flags) {
+  constexpr int32_t kMost = 20;
   PyObject* list = PyList_New(0);
-  for (int32_t i = 0; i < count; ++i) {
-    PyObject* branch = BranchToPython(branches[i]);  // also behind a failure: it ends the name
-    if (list && (!branch || PyList_Append(list, branch) < 0)) Py_CLEAR(list);
-    Py_XDECREF(branch);
+  QLXAtom* host;
+  if (!list || !ResolveAtom(self, host)) {
+    Py_XDECREF(list);
+    return nullptr;
   }
-  return list;
+  HostBranch branches[kMost] = {};
+  PyObject* heads[kMost] = {};
+  const int32_t count = static_cast<GeListNode*>(host)->GetBranchInfo(branches, kMost, flags);
+  for (int32_t i = 0; i < count; ++i)
+    heads[i] = branches[i].head ? WrapHostObject(branches[i].head, false) : NewNone();
+  for (int32_t i = 0; i < count; ++i) {
+    PyObject* branch = list && heads[i] ? BranchToPython(heads[i], branches[i]) : nullptr;
+    if (!branch || PyList_Append(list, branch) < 0) Py_CLEAR(list);
+    Py_XDECREF(branch);
+    Py_XDECREF(heads[i]);
+    String::Adopt(branches[i].name);  // ends it
+  }
+  if (count > 0 || !list) return list;
+  Py_DECREF(list);
+  return NewNone();
 }
 
 Py_ssize_t Length(PyObject*) { return 1; }
@@ -94,7 +107,8 @@ PyMethodDef g_methods[] = {
     Method<&GeListNode::GetDown>("GetDown", "GetDown() -> qlx.GeListNode or None\n\nThe first child."),
     Method<&GeListNode::GetDownLast>("GetDownLast",
                                      "GetDownLast() -> qlx.GeListNode or None\n\nThe last child."),
-    Method<&GetChildren>("GetChildren", "GetChildren() -> list of qlx.GeListNode\n\nThe direct children."),
+    Method<Row<WhileAlive>, &GetChildren>("GetChildren",
+                                          "GetChildren() -> list of qlx.GeListNode\n\nThe direct children."),
     Method<Row<WhileAlive>, &InsertBefore, "O!", "obj">(
         "InsertBefore",
         "InsertBefore(obj) -> None\n\nPuts the node before another one, out of where it was. Raises "
@@ -118,7 +132,7 @@ PyMethodDef g_methods[] = {
         "ChangeNBit", "ChangeNBit(bit, bitmode) -> bool\n\nSets, clears or toggles a bit, by NBITCONTROL."),
     Method<&GeListNode::IsDocumentRelated>(
         "IsDocumentRelated", "IsDocumentRelated() -> bool\n\nWhether nodes of this kind belong to documents."),
-    Method<&GetBranchInfo, "|i", "flags=0">(
+    Method<Row<WhileAlive>, &GetBranchInfo, "|i", "flags=0">(
         "GetBranchInfo",
         "GetBranchInfo(flags=0) -> list of dict or None\n\n"
         "The lists that the node has beside its children: \"head\", \"name\", \"id\" and \"flags\" of each."),
@@ -142,13 +156,24 @@ namespace {
 const TypeQueueEntry g_entry(g_GeListNodeType);
 }
 
-// No wrapper is tracked by the collector of garbage: no script runs between the nodes.
-PyObject* NodesFrom(GeListNode* first) {
+// A list may start the collector of garbage, which runs the code of scripts: nothing of the host's is read
+// ahead of it, and all of it is linked before wrappers are made.
+PyObject* NodesFrom(AtomWrapper* wrapper, GeListNode* (*getFirst)(QLXAtom* host)) {
   PyObject* list = PyList_New(0);
-  for (GeListNode* node = first; list && node; node = node->GetNext()) {
-    PyObject* wrapper = WrapHostObject(node, false);
-    if (!wrapper || PyList_Append(list, wrapper) < 0) Py_CLEAR(list);
-    Py_XDECREF(wrapper);
+  QLXAtom* host;
+  if (!list || !ResolveAtom(wrapper, host)) {
+    Py_XDECREF(list);
+    return nullptr;
+  }
+  std::vector<HostLink> links;
+  for (GeListNode* node = getFirst(host); node; node = node->GetNext())
+    if (!SetLink(node, links.emplace_back())) PyErr_NoMemory();
+  for (HostLink& link : links) {
+    auto* node = static_cast<QLXAtom*>(LookUp(link));
+    PyObject* item = list && node && !PyErr_Occurred() ? WrapHostObject(node, false) : nullptr;
+    if (item ? PyList_Append(list, item) < 0 : PyErr_Occurred() != nullptr) Py_CLEAR(list);
+    Py_XDECREF(item);
+    FreeLink(link);
   }
   return list;
 }

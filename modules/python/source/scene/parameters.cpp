@@ -158,7 +158,8 @@ int ConvertFor(PyObject* value, GeData& data) {
   if (!GeDataFromPython(value, data)) {
     // What the value's own code raised says more than a complaint.
     const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError) ||
-                       PyErr_ExceptionMatches(PyExc_OverflowError) || PyErr_ExceptionMatches(PyExc_UnicodeError);
+                       PyErr_ExceptionMatches(PyExc_OverflowError) ||
+                       PyErr_ExceptionMatches(PyExc_UnicodeError);
     return unfit ? Complain(type, value) : -1;
   }
   return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;

@@ -152,8 +152,9 @@ struct RecordType<AliasTransRecord> : TypeIs<g_AliasTransType> {};
 
 inline AliasTrans* AliasTransOf(AliasTransRecord* record) { return record ? record->data : nullptr; }
 
-// A list of the wrappers of `first` and what follows it; null with an exception.
-PyObject* NodesFrom(GeListNode* first);
+// A list of the wrappers of what `getFirst` answers for the wrapper's element, and of what follows that; null
+// with an exception.
+PyObject* NodesFrom(AtomWrapper* wrapper, GeListNode* (*getFirst)(QLXAtom* host));
 
 }  // namespace qlx
 

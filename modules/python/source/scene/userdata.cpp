@@ -2,6 +2,9 @@
 
 #include "scene/userdata.h"
 
+#include <utility>
+#include <vector>
+
 #include "kelvar/dynamicdescription.h"
 #include "kit/i_row.h"
 #include "scene/parameters.h"
@@ -12,11 +15,10 @@ namespace {
 
 constexpr DescLevel kRoot = {700, 5, 0};
 
-// (id, settings), both copies.
-PyObject* Pair(const HostDescID& id, const BaseContainer* settings) {
-  BaseContainer* copy = settings->GetClone();
+// (id, settings); the copy is taken over.
+PyObject* Pair(const DescID& id, BaseContainer* copy) {
   PyObject* container = copy ? NewBaseContainer(copy, true, false, nullptr) : PyErr_NoMemory();  // the record's
-  PyObject* object = container ? NewDescID(DescID::Copy(id)) : nullptr;
+  PyObject* object = container ? NewDescID(id) : nullptr;
   PyObject* pair = object ? PyTuple_Pack(2, object, container) : nullptr;
   Py_XDECREF(object);
   Py_XDECREF(container);
@@ -54,18 +56,27 @@ PyObject* Set(BaseList2D* self, PyObject* key, BaseContainer* settings, BaseList
   return ToPython(description && description->Set(&word, settings, node));
 }
 
-PyObject* GetAll(BaseList2D* self) {
+// Tuples may start the collector of garbage, which may destroy the element: all is copied first.
+PyObject* GetAll(AtomWrapper* self) {
   PyObject* list = PyList_New(0);
-  DynamicDescription* description = list ? self->GetDynamicDescription() : nullptr;
+  QLXAtom* host;
+  if (!list || !ResolveAtom(self, host)) {
+    Py_XDECREF(list);
+    return nullptr;
+  }
+  std::vector<std::pair<DescID, BaseContainer*>> entries;
+  DynamicDescription* description = static_cast<BaseList2D*>(host)->GetDynamicDescription();
   DynamicBrowse* browse = description ? description->BrowseInit() : nullptr;
   HostDescID id;
   const BaseContainer* settings;
-  while (browse && list && description->GetNext(browse, &id, &settings)) {
-    PyObject* pair = Guarded([&] { return Pair(id, settings); });
-    if (!pair || PyList_Append(list, pair) < 0) Py_CLEAR(list);
+  while (browse && description->GetNext(browse, &id, &settings))
+    entries.emplace_back(DescID::Copy(id), settings->GetClone());
+  if (browse) description->BrowseFree(browse);
+  for (const auto& [own, copy] : entries) {
+    PyObject* pair = Pair(own, copy);  // also behind a failure: it ends the copy
+    if (list && (!pair || PyList_Append(list, pair) < 0)) Py_CLEAR(list);
     Py_XDECREF(pair);
   }
-  if (browse) description->BrowseFree(browse);
   return list;
 }
 

@@ -5,6 +5,7 @@
 #include <Python.h>
 
 #include "kelvar/baselist.h"
+#include "kit/i_wrapper.h"
 
 namespace qlx::userdata {
 
@@ -12,7 +13,7 @@ namespace qlx::userdata {
 PyObject* Add(BaseList2D* self, BaseContainer* settings);
 PyObject* Remove(BaseList2D* self, PyObject* id);
 PyObject* Set(BaseList2D* self, PyObject* id, BaseContainer* settings, BaseList2D* node);
-PyObject* GetAll(BaseList2D* self);
+PyObject* GetAll(AtomWrapper* self);
 
 }  // namespace qlx::userdata
 

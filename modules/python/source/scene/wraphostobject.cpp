@@ -126,7 +126,13 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
   return WrapAtom(entry.presents, host, owned & entry.mayBeOwned);
 }
 
+// The choice may run the code of a plug-in's type, which may destroy the element.
 [[gnu::noinline]] PyObject* WrapChosen(QLXAtom* host, bool owned) {
+  HostLink link{};
+  if (!SetLink(host, link)) {
+    if (owned) static_cast<BaseList2D*>(host)->Free();
+    return PyErr_NoMemory();
+  }
   const uintptr_t word = TypeWordOf(host);
   const uintptr_t type = word ? word : uint32_t(host->GetType());
   Remembered& entry = EntryOf(type);
@@ -134,7 +140,7 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
     const Choice* choice = Choose(host);
     entry = {type, choice->type, !choice->neverOwned};
   }
-  return Wrap(entry, host, owned);
+  return WrapLinkedAtom(entry.presents, link, owned & entry.mayBeOwned);
 }
 
 }  // namespace
