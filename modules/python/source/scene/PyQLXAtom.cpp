@@ -73,7 +73,9 @@ PyObject* GetUniqueIDIndex(QLXAtom* self, int32_t idx) {
   int32_t appid = 0;
   int64_t bytes = 0;
   const void* mem = self->GetUniqueIDIndex(idx, &appid, &bytes);
-  return mem ? Py_BuildValue("(iy#)", appid, static_cast<const char*>(mem), Py_ssize_t(bytes)) : NewNone();
+  if (!mem) return NewNone();
+  return Py_BuildValue("(iN)", appid,
+                       PyBytes_FromStringAndSize(static_cast<const char*>(mem), Py_ssize_t(bytes)));
 }
 
 PyMethodDef g_methods[] = {
