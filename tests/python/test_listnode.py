@@ -5,6 +5,7 @@ import qlx
 
 NULL, CUBE, SPHERE, INSTANCE, TEXTURE, PHONG, HEAD, NOWHERE = 5140, 5159, 5160, 5126, 5616, 5612, 110063, 123456
 SMALL, CAPITAL = "cannot call insert function on itself", "Cannot call insert function on itself"
+REFUSED = "the object cannot be inserted there"
 SAME = "Cannot call insert function with same parent and previous objects"
 NO_INSTANCE = "this type cannot be instantiated"
 LINK = 1000  # what an instance shows
@@ -159,21 +160,21 @@ class InsertTest(unittest.TestCase):
                     [node.GetListHead() for node in (a, b, c, inner, deep, foreign)], fixed.GetChildren())
 
         before = picture()
-        rows = [(getattr(b, name), (goal,), SMALL)
+        rows = [(getattr(b, name), (goal,), SMALL if goal is b else REFUSED)
                 for name in ("InsertBefore", "InsertAfter", "InsertUnder", "InsertUnderLast") for goal in (b, inner, deep)]
         rows += [(head.InsertFirst, (head,), CAPITAL), (head.InsertLast, (head,), CAPITAL),
-                 (head.InsertFirst, (other,), CAPITAL), (head.InsertLast, (fixed,), CAPITAL),
-                 (head.Insert, (document,), CAPITAL), (head.Insert, (head,), CAPITAL),
+                 (head.InsertFirst, (other,), REFUSED), (head.InsertLast, (fixed,), REFUSED),
+                 (head.Insert, (document,), REFUSED), (head.Insert, (head,), CAPITAL),
                  (head.Insert, (a, a), CAPITAL), (head.Insert, (a, None, a), CAPITAL),
-                 (head.Insert, (a, a, a), CAPITAL), (head.Insert, (a, head, b), CAPITAL),
+                 (head.Insert, (a, a, a), CAPITAL), (head.Insert, (a, head, b), REFUSED),
                  (head.Insert, (a, b, b), SAME), (head.Insert, (foreign, b, b), SAME),
-                 (head.Insert, (a, foreign), CAPITAL), (head.Insert, (a, None, foreign), CAPITAL),
-                 (head.Insert, (a, b, c), CAPITAL),  # c is no child of b
-                 (head.Insert, (b, inner), CAPITAL), (head.Insert, (b, None, deep), CAPITAL),
-                 (a.InsertBefore, (head,), SMALL), (a.InsertAfter, (fixed,), SMALL),
-                 (document.InsertUnder, (a,), SMALL), (fixed.InsertAfter, (a,), SMALL), (head.InsertUnder, (a,), SMALL),
-                 (a.InsertAfter, (qlx.documents.BaseDocument(),), SMALL),
-                 (fixed.SetParent, (a,), CAPITAL), (head.SetParent, (head,), CAPITAL), (head.SetParent, (a,), CAPITAL)]
+                 (head.Insert, (a, foreign), REFUSED), (head.Insert, (a, None, foreign), REFUSED),
+                 (head.Insert, (a, b, c), REFUSED),  # c is no child of b
+                 (head.Insert, (b, inner), REFUSED), (head.Insert, (b, None, deep), REFUSED),
+                 (a.InsertBefore, (head,), REFUSED), (a.InsertAfter, (fixed,), REFUSED),
+                 (document.InsertUnder, (a,), REFUSED), (fixed.InsertAfter, (a,), REFUSED),
+                 (head.InsertUnder, (a,), REFUSED), (a.InsertAfter, (qlx.documents.BaseDocument(),), REFUSED),
+                 (fixed.SetParent, (a,), REFUSED), (head.SetParent, (head,), REFUSED), (head.SetParent, (a,), REFUSED)]
         for call, args, text in rows:
             with self.subTest(call=call, args=args):
                 self.assertEqual(outcome(call, *args), (AssertionError, text))

@@ -9,6 +9,7 @@ NULL, CUBE, TAG, MATERIAL, DOCUMENT, HEAD = 5140, 5159, 5616, 5703, 110059, 1100
 OBJECTS, TAGS = 5155, 5694  # branches
 MARK = 1000123  # the mark by which a node is known again, whatever wrapper it is seen through
 SMALL, CAPITAL = "cannot call insert function on itself", "Cannot call insert function on itself"
+REFUSED = "the object cannot be inserted there"
 SAME = "Cannot call insert function with same parent and previous objects"
 
 
@@ -144,7 +145,7 @@ class Scene:
         floats = not outcome and not beside.up
         if not outcome and (node is beside or (floats and (beside.is_head or beside.type == DOCUMENT)) or
                             not node.can_stand_in(beside)):
-            outcome = AssertionError, SMALL
+            outcome = AssertionError, SMALL if node is beside else REFUSED
         if not self.expect(outcome, getattr(first.wrapper, name), second.wrapper):
             return
         if is_behind:
@@ -163,7 +164,7 @@ class Scene:
     def insert_below(self, moved, up, handles, text, is_first, call, *args):
         outcome = self.dead(*handles)
         if not outcome and not moved.node.can_stand_in(up.node):
-            outcome = AssertionError, text
+            outcome = AssertionError, text if moved.node is up.node else REFUSED
         if self.expect(outcome, call, *args):
             moved.node.put(up.node, up.node.kids, up.node.kids[0] if is_first and up.node.kids else None)
             moved.is_owned = False
@@ -194,12 +195,12 @@ class Scene:
             place = pred.up if pred else up or first.node
             fits = ((not up or up.head() is first.node) and
                     (not pred or (pred.up is up if up else pred.head() is first.node)))
-            if node in (first.node, up, pred) or (up is not pred and not (fits and node.can_stand_in(place))):
+            if node in (first.node, up, pred):
                 outcome = AssertionError, CAPITAL
             elif up and up is pred:
                 outcome = AssertionError, SAME
             elif not fits or not node.can_stand_in(place):
-                outcome = AssertionError, CAPITAL
+                outcome = AssertionError, REFUSED
         if not self.expect(outcome, first.wrapper.Insert, second.wrapper, parent and parent.wrapper,
                            prev and prev.wrapper):
             return
@@ -210,7 +211,7 @@ class Scene:
     def set_parent(self, first, second):
         outcome, node = self.dead(first, second), second.node
         if not outcome and (first.node.is_fixed or any(at is first.node for at in node.around())):
-            outcome = AssertionError, CAPITAL
+            outcome = AssertionError, REFUSED
         if self.expect(outcome, first.wrapper.SetParent, second.wrapper):
             first.node.owner = node
 

@@ -288,12 +288,14 @@ TEST_F(MessageTest, OtherMessagesCarryAValueOrTheObject) {
             "([True, True, True, True, True, True], True)");
   receive = [](GeListNode*, int32_t, void* data) { return data == ReceiverTest::Named<BaseDocument>("doc"); };
   EXPECT_EQ(Eval("op.Message(22, doc), op.MultiMessage(0, 22, doc)"), "(True, True)");
-  // The receiver changes a script's container, and only a copy of what another element holds.
+  // The receiver changes a script's container, that of another element, and only a copy of an entry.
   receive = [](GeListNode*, int32_t, void* data) { return As<BaseContainer>(data).SetId(5), true; };
   Run("bc, view = BaseContainer(1), other.GetDataInstance()\n"
+      "bc.SetContainer(1, BaseContainer(2)); entry = bc.GetContainerInstance(1)\n"
       "assert op.Message(9, bc) and bc.GetId() == 5\n"
-      "assert op.Message(9, view) and view.GetId() == 0\n"
-      "del bc, view\n");
+      "assert op.Message(9, view) and view.GetId() == 5\n"
+      "assert op.Message(9, entry) and entry.GetId() == 2\n"
+      "del bc, view, entry\n");
 }
 
 TEST_F(MessageTest, MessagesGoToOthersByFlags) {

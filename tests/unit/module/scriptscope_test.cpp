@@ -17,7 +17,6 @@ class ScriptScopeTest : public SceneTest {
  protected:
   // What the host has open, and the refreshes that it was asked for.
   inline static FakeObject *document, *object, *particles;
-  inline static bool mainThread;
   inline static std::vector<int32_t> refreshes;
   // What `end()` does in a script.
   inline static std::function<void()> atEnd;
@@ -27,7 +26,6 @@ class ScriptScopeTest : public SceneTest {
   void SetUp() override {
     SceneTest::SetUp();
     document = object = particles = nullptr;
-    mainThread = true;
     refreshes.clear();
     TextHost::events.clear();
     tables::document.GetActiveDocument = [] { return reinterpret_cast<BaseDocument*>(document); };
@@ -35,7 +33,6 @@ class ScriptScopeTest : public SceneTest {
     tables::document.GetParticleMasterSystem = [](BaseDocument*) {
       return reinterpret_cast<ParticleMasterSystem*>(particles);
     };
-    tables::general.GeIsMainThread = [] { return int32_t(mainThread); };
     tables::general.EventAdd = [](int32_t flags) { refreshes.push_back(flags); };
     tables::filename.GetString = [](const HostFilename* self) {
       const HostString text{self->word};
@@ -361,20 +358,15 @@ TEST_F(ScriptScopeTest, TextsSeeTheActiveDocument) {
   FakeObject &aDocument = Make(), &anObject = Make(), &aSystem = Make();
   const struct {
     FakeObject *document, *object, *particles;
-    bool mainThread;
     const char *file, *seen;
   } cases[] = {
-      {nullptr, &anObject, &aSystem, true, nullptr, "(['NoneType', 'NoneType', 'NoneType'], '__main__', None)"},
-      {&aDocument, nullptr, nullptr, true, "/a.py",
-       "(['BaseList2D', 'NoneType', 'NoneType'], '__main__', '/a.py')"},
-      {&aDocument, &anObject, nullptr, true, "", "(['BaseList2D', 'BaseList2D', 'NoneType'], '__main__', '')"},
-      {&aDocument, nullptr, &aSystem, true, nullptr,
-       "(['BaseList2D', 'NoneType', 'BaseList2D'], '__main__', None)"},
-      {&aDocument, &anObject, &aSystem, false, nullptr,
-       "(['NoneType', 'NoneType', 'NoneType'], '__main__', None)"},
+      {nullptr, &anObject, &aSystem, nullptr, "(['NoneType', 'NoneType', 'NoneType'], '__main__', None)"},
+      {&aDocument, nullptr, nullptr, "/a.py", "(['BaseList2D', 'NoneType', 'NoneType'], '__main__', '/a.py')"},
+      {&aDocument, &anObject, nullptr, "", "(['BaseList2D', 'BaseList2D', 'NoneType'], '__main__', '')"},
+      {&aDocument, nullptr, &aSystem, nullptr, "(['BaseList2D', 'NoneType', 'BaseList2D'], '__main__', None)"},
   };
   for (const auto& c : cases) {
-    document = c.document, object = c.object, particles = c.particles, mainThread = c.mainThread;
+    document = c.document, object = c.object, particles = c.particles;
     const Filename file = Path(c.file ? c.file : "");
     EXPECT_TRUE(qlx::ExecuteScriptText(source, "my script", c.file ? &file : nullptr)) << c.seen;
     EXPECT_EQ(Eval("seen"), c.seen);
@@ -383,7 +375,6 @@ TEST_F(ScriptScopeTest, TextsSeeTheActiveDocument) {
   EXPECT_EQ(aDocument.freed + anObject.freed + aSystem.freed, 0);
 
   FailingMemory::countdown = 0;  // the first link
-  mainThread = true;
   EXPECT_FALSE(qlx::ExecuteScriptText("1", "", nullptr)) << "no wrapper of the document";
   FailingMemory::countdown = -1;
   EXPECT_EQ(Take(PyExc_MemoryError), "");

@@ -19,7 +19,7 @@ typedef struct HostDocumentGroup {
 
   /* The active document.
    * owner   the host
-   * thread  main
+   * thread  any
    * waits   no
    * since   23100
    * fails   null */
@@ -27,7 +27,7 @@ typedef struct HostDocumentGroup {
 
   /* The document's active object; null when none or more than one is selected.
    * owner   the document
-   * thread  main
+   * thread  any
    * waits   no
    * since   23100
    * fails   null */
@@ -35,7 +35,7 @@ typedef struct HostDocumentGroup {
 
   /* The document's particle master system, when it has one.
    * owner   the document
-   * thread  main
+   * thread  any
    * waits   no
    * since   23100
    * fails   null */

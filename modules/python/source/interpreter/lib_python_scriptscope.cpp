@@ -47,7 +47,7 @@ bool SetNodeOrNone(ScriptScope& scope, const char* name, QLXAtom* node) {
 }
 
 bool BindScene(ScriptScope& scope) {
-  BaseDocument* document = kelvar::GeIsMainThread() ? BaseDocument::GetActiveDocument() : nullptr;
+  BaseDocument* document = BaseDocument::GetActiveDocument();
   return SetNodeOrNone(scope, "doc", document) &&
          SetNodeOrNone(scope, "op", document ? document->GetActiveObject() : nullptr) &&
          SetNodeOrNone(scope, "tp", document ? document->GetParticleMasterSystem() : nullptr);

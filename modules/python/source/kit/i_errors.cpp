@@ -124,6 +124,10 @@ PyObject* RaiseHeadInsertOnItself() {
   return RaiseFormatted(PyExc_AssertionError, "Cannot call insert function on itself");
 }
 
+PyObject* RaiseInsertRefused() {
+  return RaiseFormatted(PyExc_AssertionError, "the object cannot be inserted there");
+}
+
 PyObject* RaiseSameParentAndPrevious() {
   return RaiseFormatted(PyExc_AssertionError,
                         "Cannot call insert function with same parent and previous objects");

@@ -41,6 +41,7 @@ PyObject* RaiseOtherInternalType();                // TypeError: a copy onto ano
 PyObject* RaiseReadOnlyMemory();                   // ValueError
 PyObject* RaiseInsertOnItself();                   // AssertionError, of nodes
 PyObject* RaiseHeadInsertOnItself();               // AssertionError, of heads
+PyObject* RaiseInsertRefused();                    // AssertionError: there is no place for the node
 PyObject* RaiseSameParentAndPrevious();            // AssertionError
 PyObject* RaiseShaderHasNext();                    // AssertionError
 PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of another type

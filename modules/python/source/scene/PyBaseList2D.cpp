@@ -48,7 +48,7 @@ PyObject* InsertShader(BaseList2D* self, WrapperOf<BaseShader>* shader, BaseShad
   BaseShader* host;
   if (!shader->Get(host)) return nullptr;
   if (host->GetNext()) return RaiseShaderHasNext();
-  if (!self->InsertShader(host, pred)) return RaiseInsertOnItself();
+  if (!self->InsertShader(host, pred)) return RaiseInsertRefused();
   shader->owned = false;  // the node's
   return NewNone();
 }
@@ -56,7 +56,7 @@ PyObject* InsertShader(BaseList2D* self, WrapperOf<BaseShader>* shader, BaseShad
 PyObject* InsertTrackSorted(BaseList2D* self, WrapperOf<CTrack>* track) {
   CTrack* host;
   if (!track->Get(host)) return nullptr;
-  if (!self->InsertTrackSorted(host)) return RaiseInsertOnItself();
+  if (!self->InsertTrackSorted(host)) return RaiseInsertRefused();
   track->owned = false;  // the node's
   return NewNone();
 }

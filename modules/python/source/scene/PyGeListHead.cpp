@@ -31,19 +31,21 @@ void Free(PyObject* self) {
 
 // The node is the list's when the host put it there.
 PyObject* Settle(bool isInserted, AtomWrapper* node) {
-  if (!isInserted) return RaiseHeadInsertOnItself();
+  if (!isInserted) return RaiseInsertRefused();
   node->owned = false;  // the list's
   return NewNone();
 }
 
 PyObject* InsertFirst(GeListHead* self, WrapperOf<GeListNode>* node) {
   GeListNode* host;
-  return node->Get(host) ? Settle(host != self && self->InsertFirst(host), node) : nullptr;
+  if (!node->Get(host)) return nullptr;
+  return host == self ? RaiseHeadInsertOnItself() : Settle(self->InsertFirst(host), node);
 }
 
 PyObject* InsertLast(GeListHead* self, WrapperOf<GeListNode>* node) {
   GeListNode* host;
-  return node->Get(host) ? Settle(host != self && self->InsertLast(host), node) : nullptr;
+  if (!node->Get(host)) return nullptr;
+  return host == self ? RaiseHeadInsertOnItself() : Settle(self->InsertLast(host), node);
 }
 
 bool GetOptional(WrapperOf<GeListNode>* node, GeListNode*& host) {
@@ -63,7 +65,7 @@ PyObject* Insert(GeListHead* self, WrapperOf<GeListNode>* node, WrapperOf<GeList
 PyObject* SetParent(GeListHead* self, WrapperOf<GeListNode>* parent) {
   GeListNode* host;
   if (!parent->Get(host)) return nullptr;
-  return self->SetParent(host) ? NewNone() : RaiseHeadInsertOnItself();
+  return self->SetParent(host) ? NewNone() : RaiseInsertRefused();
 }
 
 PyMethodDef g_methods[] = {

@@ -30,7 +30,7 @@ GeListNode* Insert(AtomWrapper* self, Reference* reference, HostInsert insert) {
   GeListNode *node = HostOf(self), *other;
   if (!reference->Get(other)) return nullptr;
   if (node != other && (node->*insert)(other)) return other;
-  RaiseInsertOnItself();
+  node == other ? RaiseInsertOnItself() : RaiseInsertRefused();
   return nullptr;
 }
 

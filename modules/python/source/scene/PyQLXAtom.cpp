@@ -48,10 +48,18 @@ PyObject* SetParameter(QLXAtom* self, PyObject* id, const GeData& data, int32_t 
   return ToPython(SetParameterData(self, read, data, flags));
 }
 
-PyObject* FindUniqueID(QLXAtom* self, int32_t appid) {
+// Making the view may start the collector of garbage, which may destroy the atom.
+PyObject* FindUniqueID(AtomWrapper* self, int32_t appid) {
+  QLXAtom* host = static_cast<QLXAtom*>(LookUp(self->link));
   int64_t bytes = 0;
-  void* mem = self->FindUniqueID(appid, &bytes);
-  return mem ? PyMemoryView_FromMemory(static_cast<char*>(mem), Py_ssize_t(bytes), PyBUF_WRITE) : NewNone();
+  void* mem = host->FindUniqueID(appid, &bytes);
+  if (!mem) return NewNone();
+  PyObject* view = PyMemoryView_FromMemory(static_cast<char*>(mem), Py_ssize_t(bytes), PyBUF_WRITE);
+  if (view && (!ResolveAtom(self, host) || host->FindUniqueID(appid, &bytes) != mem)) {
+    if (!PyErr_Occurred()) ReportNotAlive(Py_TYPE(self));
+    Py_CLEAR(view);
+  }
+  return view;
 }
 
 PyObject* AddUniqueID(QLXAtom* self, int32_t appid, PyObject* mem) {
@@ -124,7 +132,7 @@ PyMethodDef g_methods[] = {
         "MultiMessage",
         "MultiMessage(flags, type, data=None) -> bool\n\n"
         "Sends a message to the object and, by MULTIMSG flags, to those above and below it."),
-    Method<&FindUniqueID, "i", "appid">(
+    Method<Row<WhileAlive>, &FindUniqueID, "i", "appid">(
         "FindUniqueID",
         "FindUniqueID(appid) -> memoryview or None\n\n"
         "The mark of an application, to be changed in place. It is valid while the object lives and its marks "

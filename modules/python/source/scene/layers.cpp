@@ -72,7 +72,7 @@ PyObject* SetData(BaseList2D* self, BaseDocument* doc, PyObject* dictionary) {
     return nullptr;
   }
   HostLayerData data{};
-  if (!self->GetLayerData(doc, &data, false)) data = {};
+  if (!self->GetLayerData(doc, &data, true)) data = {};
   PyObject *key, *value;
   for (Py_ssize_t at = 0; PyDict_Next(dictionary, &at, &key, &value);)
     if (!ReadItem(key, value, data)) return nullptr;

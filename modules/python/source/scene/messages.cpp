@@ -113,12 +113,15 @@ class Items {
     if (found == kFound) word = tables::filename.Copy(name.Word());
     return found != kRefused;
   }
-  // A script's own container stays with the dictionary; what a view shows may go during the call.
+  // A script's own container stays with the dictionary, and that of an element with the element; the view of an
+  // entry is copied, because the entry may go during the call.
   bool Read(const char* key, BaseContainer*& container) {
     const Lookup found = fetched_.Get(key, container);
     if (found != kFound) return found == kMissing;
-    PyObject* item = PyDict_GetItemString(fetched_.Object(), key);
-    return reinterpret_cast<ContainerRecord*>(item)->owned || Copy(container);
+    const auto* record = reinterpret_cast<ContainerRecord*>(PyDict_GetItemString(fetched_.Object(), key));
+    if (record->owned) return true;
+    auto* owner = static_cast<QLXAtom*>(LookUp(record->hostLink));
+    return owner && !record->parent ? Pin(owner) : Copy(container);
   }
   bool Read(const char* key, BaseList2D*& node) { return ReadNode(key, node); }
   bool Read(const char* key, BaseDocument*& node) { return ReadNode(key, node); }
