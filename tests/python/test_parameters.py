@@ -161,7 +161,7 @@ class ValueTest(ElementTest):
                     text = str(caught.exception)
                     self.assertTrue(text.startswith("__setitem__ expected %s, not " % word) and text.endswith(name), text)
                     self.assertEqual(element[key], before)
-        self.assert_set_raises(op, SEGMENTS, 2 ** 70, TypeError, "__setitem__ expected int or bool, not int")
+        self.assert_set_raises(op, SEGMENTS, 2 ** 70, OverflowError, "int too big to convert")
         self.assert_set_raises(tag, 1001, "\ud800", UnicodeEncodeError,
                                "'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed")
 

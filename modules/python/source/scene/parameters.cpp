@@ -156,10 +156,8 @@ int Complain(int32_t type, PyObject* value) {
 int ConvertFor(PyObject* value, GeData& data) {
   const int32_t type = data.Type();
   if (!GeDataFromPython(value, data)) {
-    // What the value's own code raised says more than a complaint.
-    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError) ||
-                       PyErr_ExceptionMatches(PyExc_OverflowError) ||
-                       PyErr_ExceptionMatches(PyExc_UnicodeError);
+    // That a value is too large, or what its own code raised, says more than a complaint.
+    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError);
     return unfit ? Complain(type, value) : -1;
   }
   return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;
