@@ -1,142 +1,18 @@
 #include "scene/container.h"
 
 #include <algorithm>
-#include <atomic>
-#include <bit>
-#include <limits>
+#include <map>
 #include <memory>
 #include <set>
-#include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "boundary/host.h"
-#include "scene/gedata.h"
+#include "scene/storage.h"
 
 namespace host {
-
-struct Entry {
-  int32_t id;
-  Value value;
-};
-
-namespace {
-
-// From an id to a position, by open addressing with linear probing; at most half full.
-class PositionIndex {
- public:
-  bool IsEmpty() const { return slots_.empty(); }
-
-  // Makes room for so many ids; throws std::bad_alloc and is unchanged then.
-  void Reserve(size_t ids) {
-    if (slots_.size() >= 2 * ids) return;
-    std::vector<Slot> old(std::bit_ceil(2 * ids));
-    old.swap(slots_);
-    for (const Slot& slot : old)
-      if (slot.position >= 0) At(slot.id) = slot;
-  }
-
-  // -1 for an unknown id.
-  int32_t Find(int32_t id) const { return slots_[Probe(id)].position; }
-
-  void Set(int32_t id, int32_t position) { At(id) = {id, position}; }
-
-  void Erase(int32_t id) {
-    size_t hole = Probe(id);
-    const size_t mask = slots_.size() - 1;
-    // What follows without a gap moves up, unless that puts it ahead of its first place.
-    for (size_t i = (hole + 1) & mask; slots_[i].position >= 0; i = (i + 1) & mask)
-      if (((i - Home(slots_[i].id)) & mask) >= ((i - hole) & mask)) slots_[std::exchange(hole, i)] = slots_[i];
-    slots_[hole].position = -1;
-  }
-
- private:
-  struct Slot {
-    int32_t id = 0;
-    int32_t position = -1;  // -1: free
-  };
-
-  size_t Home(int32_t id) const {
-    return uint64_t(uint32_t(id) * 2654435769u) * slots_.size() >> 32;  // the upper bits are the mixed ones
-  }
-  size_t Probe(int32_t id) const {
-    size_t i = Home(id);
-    while (slots_[i].position >= 0 && slots_[i].id != id) i = (i + 1) & (slots_.size() - 1);
-    return i;
-  }
-  Slot& At(int32_t id) { return slots_[Probe(id)]; }
-
-  std::vector<Slot> slots_;
-};
-
-// Of all containers together: what GetInstanceEpoch answers.
-std::atomic<uint64_t> g_instanceEpoch{1};
-
-}  // namespace
-
-// The entries of one container, or of several until one of them changes.
-struct Storage {
-  static constexpr size_t kIndexed = 16;  // fewer are found by looking at each
-
-  int32_t Find(int32_t id) const {
-    if (!index.IsEmpty()) return index.Find(id);
-    for (size_t i = 0; i < entries.size(); ++i)
-      if (entries[i].id == id) return int32_t(i);
-    return -1;
-  }
-
-  // Ahead of a change after which an instance has gone, or is no longer the first entry of its id.
-  void EndInstances() const {
-    if (isLent) g_instanceEpoch.fetch_add(1, std::memory_order_release);
-  }
-
-  // Throws without a change.
-  void Insert(size_t at, int32_t id, Value value) {
-    if (entries.size() == size_t(std::numeric_limits<int32_t>::max())) throw std::length_error("container");
-    if (entries.size() >= kIndexed) {
-      const bool isFirst = index.IsEmpty();
-      index.Reserve(entries.size() + 1);
-      if (isFirst) Reindex();
-    }
-    if (at < entries.size()) EndInstances();
-    entries.insert(entries.begin() + ptrdiff_t(at), Entry{id, std::move(value)});
-    if (index.IsEmpty()) return;
-    for (size_t i = entries.size(); --i > at;)
-      if (index.Find(entries[i].id) == int32_t(i - 1)) index.Set(entries[i].id, int32_t(i));
-    const int32_t first = index.Find(id);
-    if (first < 0 || first > int32_t(at)) index.Set(id, int32_t(at));
-  }
-
-  void Remove(size_t at) {
-    const int32_t id = entries[at].id;
-    EndInstances();
-    entries.erase(entries.begin() + ptrdiff_t(at));
-    if (index.IsEmpty()) return;
-    if (index.Find(id) == int32_t(at)) index.Erase(id);
-    for (size_t i = at; i < entries.size(); ++i) {
-      const int32_t first = index.Find(entries[i].id);
-      if (first < 0 || first == int32_t(i + 1)) index.Set(entries[i].id, int32_t(i));
-    }
-  }
-
-  void Replace(size_t at, Value value) {
-    if (ContainerOf(entries[at].value.Data())) EndInstances();
-    entries[at].value = std::move(value);
-  }
-
-  // The index knows the ids, or has room for them. The first position of each is told last.
-  void Reindex() {
-    for (size_t i = entries.size(); i-- > 0;) index.Set(entries[i].id, int32_t(i));
-  }
-
-  std::atomic<int64_t> owners{1};
-  bool isLent = false;      // a sub-container was given away to be changed: never shared again
-  Storage* next = nullptr;  // in a list of those that end
-  std::vector<Entry> entries;
-  PositionIndex index;
-};
 
 namespace {
 
@@ -169,12 +45,12 @@ void CopyEntries(Storage& from, BaseContainer& to) {
     const auto [source, target] = pending.back();
     pending.pop_back();
     Storage* copy = target->storage = new Storage;
-    copy->index = source->index;
-    copy->entries.reserve(source->entries.size());
+    copy->entries.reserve(size_t(source->Count()));
     for (const Entry& entry : source->entries) {
+      if (entry.isGap) continue;
       const BaseContainer* sub = ContainerOf(entry.value.Data());
       if (!sub) {
-        copy->entries.push_back({entry.id, Value(entry.value.Data())});
+        copy->entries.push_back({entry.id, false, entry.hasLater, Value(entry.value.Data())});
         continue;
       }
       auto made = std::make_unique<BaseContainer>(sub->id);
@@ -184,8 +60,12 @@ void CopyEntries(Storage& from, BaseContainer& to) {
       } else {
         made->storage = Share(sub->storage);
       }
-      copy->entries.push_back({entry.id, Value(std::move(made))});
+      copy->entries.push_back({entry.id, false, entry.hasLater, Value(std::move(made))});
     }
+    if (source->gaps)
+      copy->BuildIndex();
+    else
+      copy->index = source->index;
   }
 }
 
@@ -202,61 +82,60 @@ Storage& Own(BaseContainer& container) {
 }
 
 int32_t CountOf(const BaseContainer* container) {
-  return container && container->storage ? int32_t(container->storage->entries.size()) : 0;
+  return container && container->storage ? container->storage->Count() : 0;
 }
 
-int32_t PositionOf(const BaseContainer* container, int32_t id) {
+int32_t PlaceOf(const BaseContainer* container, int32_t id) {
   return container && container->storage ? container->storage->Find(id) : -1;
 }
 
 // Null for a position that is none.
-const Entry* EntryAt(const BaseContainer* container, int32_t index) {
-  return index >= 0 && index < CountOf(container) ? &container->storage->entries[size_t(index)] : nullptr;
+const Entry* EntryAt(const BaseContainer* container, int32_t position) {
+  if (position < 0 || position >= CountOf(container)) return nullptr;
+  return &container->storage->entries[container->storage->PlaceOf(position)];
 }
 
-void Insert(BaseContainer& container, int32_t at, int32_t id, Value value) {
-  Own(container).Insert(size_t(at), id, std::move(value));
-  ++container.dirty;
-}
-
-void Replace(BaseContainer& container, int32_t at, Value value) {
-  Own(container).Replace(size_t(at), std::move(value));
-  ++container.dirty;
-}
-
-void Remove(BaseContainer& container, int32_t at) {
-  Own(container).Remove(size_t(at));
-  ++container.dirty;
-}
-
-// Depth first, so that a later entry meets what the earlier ones of its id have made.
+// Depth first, so that a later entry meets what the earlier ones of its id have made. What is shared can be met
+// often, but is merged once: the second time its place takes the result.
 void Merge(BaseContainer& into, const BaseContainer& from) {
   struct Level {
     BaseContainer* to;
     const BaseContainer* from;
-    int32_t next;
+    BaseContainer before;  // what `to` shared; kept, so that no other storage gets its address
+    int32_t next = 0;
   };
-  std::vector<Level> levels{{&into, &from, 0}};
+  using Pair = std::pair<const Storage*, const Storage*>;
+  std::map<Pair, std::pair<BaseContainer, BaseContainer>> merged;  // before and after
+  std::vector<Level> levels{{&into, &from, BaseContainer()}};
   while (!levels.empty()) {
     Level& level = levels.back();
     const Entry* entry = EntryAt(level.from, level.next++);
     if (!entry) {
       if (CountOf(level.from)) ++level.to->dirty;
+      const Pair pair(level.before.storage, level.from->storage);
+      if (pair.first) merged.try_emplace(pair, level.before, *level.to);
       levels.pop_back();
       continue;
     }
     Storage& own = Own(*level.to);
     const int32_t at = own.Find(entry->id);
     if (at < 0) {
-      own.Insert(own.entries.size(), entry->id, Value(entry->value.Data()));
+      own.Append(entry->id, Value(entry->value.Data()));
       continue;
     }
     BaseContainer* sub = ContainerOf(own.entries[size_t(at)].value.Data());
     const BaseContainer* other = ContainerOf(entry->value.Data());
-    if (sub && other) {
-      levels.push_back({sub, other, 0});
-    } else {
+    if (!sub || !other) {
       own.Replace(size_t(at), Value(entry->value.Data()));
+      continue;
+    }
+    const bool isShared = sub->storage && sub->storage->owners > 1;
+    const auto known = isShared ? merged.find({sub->storage, other->storage}) : merged.end();
+    if (known == merged.end()) {
+      levels.push_back({sub, other, isShared ? *sub : BaseContainer()});
+    } else {
+      Drop(std::exchange(sub->storage, Share(known->second.second.storage)));
+      sub->dirty += CountOf(other) > 0;
     }
   }
 }
@@ -422,7 +301,8 @@ void SetId(BaseContainer* self, int32_t id) noexcept {
 int32_t GetCount(const BaseContainer* self) noexcept { return CountOf(self); }
 
 const HostGeData* FindData(const BaseContainer* self, int32_t id) noexcept {
-  return GetIndexData(self, PositionOf(self, id));
+  const int32_t at = PlaceOf(self, id);
+  return at >= 0 ? &self->storage->entries[size_t(at)].value.Data() : nullptr;
 }
 
 // In these the value is copied first: it may lie in the container that changes, or hold it.
@@ -430,12 +310,14 @@ const HostGeData* FindData(const BaseContainer* self, int32_t id) noexcept {
 HostBool SetData(BaseContainer* self, int32_t id, const HostGeData* data) {
   if (!self || !data) return 0;
   Value value(*data);
-  const int32_t at = PositionOf(self, id);
+  Storage& own = Own(*self);
+  const int32_t at = own.Find(id);
   if (at < 0) {
-    Insert(*self, CountOf(self), id, std::move(value));
+    own.Append(id, std::move(value));
   } else {
-    Replace(*self, at, std::move(value));
+    own.Replace(size_t(at), std::move(value));
   }
+  ++self->dirty;
   return 1;
 }
 
@@ -445,25 +327,41 @@ HostBool InsData(BaseContainer* self, int32_t id, const HostGeData* data) {
 
 HostBool InsDataAfter(BaseContainer* self, int32_t id, const HostGeData* data, int32_t index) {
   if (!self || !data || index < -1 || index >= CountOf(self)) return 0;
-  Insert(*self, index + 1, id, Value(*data));
+  Value value(*data);
+  Own(*self).Insert(index + 1, id, std::move(value));
+  ++self->dirty;
   return 1;
 }
 
 HostBool SetIndexData(BaseContainer* self, int32_t index, const HostGeData* data) {
   if (!EntryAt(self, index) || !data) return 0;
-  Replace(*self, index, Value(*data));
+  Value value(*data);
+  Storage& own = Own(*self);
+  own.Replace(own.PlaceOf(index), std::move(value));
+  ++self->dirty;
   return 1;
 }
 
-HostBool RemoveData(BaseContainer* self, int32_t id) { return RemoveIndex(self, PositionOf(self, id)); }
+HostBool RemoveData(BaseContainer* self, int32_t id) {
+  if (PlaceOf(self, id) < 0) return 0;
+  Storage& own = Own(*self);
+  own.Remove(size_t(own.Find(id)));
+  ++self->dirty;
+  return 1;
+}
 
 HostBool RemoveIndex(BaseContainer* self, int32_t index) {
   if (!EntryAt(self, index)) return 0;
-  Remove(*self, index);
+  Storage& own = Own(*self);
+  own.Remove(own.PlaceOf(index));
+  ++self->dirty;
   return 1;
 }
 
-int32_t FindIndex(const BaseContainer* self, int32_t id) { return PositionOf(self, id); }
+int32_t FindIndex(const BaseContainer* self, int32_t id) {
+  const int32_t at = PlaceOf(self, id);
+  return at < 0 ? -1 : self->storage->PositionOf(size_t(at));
+}
 
 int32_t GetIndexId(const BaseContainer* self, int32_t index) {
   const Entry* entry = EntryAt(self, index);
@@ -500,10 +398,15 @@ HostBool MergeContainer(BaseContainer* self, const BaseContainer* src) {
 void Sort(BaseContainer* self) {
   if (CountOf(self) == 0) return;
   const auto isLess = [](const Entry& a, const Entry& b) { return a.id < b.id; };
-  if (std::is_sorted(self->storage->entries.begin(), self->storage->entries.end(), isLess)) return;
+  const auto isSorted = [&](const Storage* storage) {
+    return std::is_sorted(storage->entries.begin(), storage->entries.end(), isLess);
+  };
+  if (isSorted(self->storage)) return;
   Storage& own = Own(*self);
+  own.Compact();
+  if (isSorted(&own)) return;
   std::stable_sort(own.entries.begin(), own.entries.end(), isLess);
-  if (!own.index.IsEmpty()) own.Reindex();
+  own.BuildIndex();
   ++self->dirty;
 }
 

@@ -141,7 +141,7 @@ template <>
 struct KindOf<String> : PlainKind<String> {
   static const char* Word() { return "str"; }
   static bool Is(PyObject* object) { return PyUnicode_Check(object); }
-  static bool Read(PyObject* object, String& value) { return value = StringFromPython(object), true; }
+  static bool Read(PyObject* object, String& value) { return StringFromPython(object, value); }
 };
 
 template <>
@@ -149,7 +149,8 @@ struct KindOf<Filename> : PlainKind<Filename> {
   static const char* Word() { return "str"; }
   static bool Is(PyObject* object) { return PyUnicode_Check(object); }
   static bool Read(PyObject* object, Filename& value) {
-    return value = Filename::FromString(StringFromPython(object)), true;
+    String text;
+    return StringFromPython(object, text) && FilenameFromText(text, value);
   }
 };
 
@@ -288,7 +289,8 @@ struct KindOf<std::vector<T>> {
   static bool Read(PyObject* object, std::vector<T>& value) {
     const PyListRef list(object);
     Lookup found;
-    for (T item{}; (found = list.Get(Py_ssize_t(value.size()), item)) == kFound;) value.push_back(item);
+    Py_ssize_t next = 0;
+    for (T item{}; (found = list.Get(next++, item)) == kFound;) value.push_back(item);
     return found == kMissing;
   }
   static PyObject* Make(const std::vector<T>& value) {

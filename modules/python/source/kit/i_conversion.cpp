@@ -3,12 +3,15 @@
 #include "kit/i_conversion.h"
 
 #include <cstring>
+#include <string_view>
 #include <utility>
 
+#include "interpreter/lib_python_lock.h"
 #include "kelvar/basetime.h"
 #include "kelvar/link.h"
 #include "kelvar/text.h"
 #include "kit/i_errors.h"
+#include "kit/i_lasting.h"
 #include "kit/i_present.h"
 #include "kit/i_valueletters.h"
 #include "scene/scene.h"
@@ -47,14 +50,21 @@ PyObject* ColorToPython(const HostGeData& data) {
   return color ? NewVector4d({color->r, color->g, color->b, color->a}) : nullptr;
 }
 
-// The class `uuid.UUID`, borrowed; null when no script has imported its module, or it lacks the class.
-PyObject* UuidClass() {
+Lasting<KeptReference> g_uuidModule;
+
+// The module, borrowed; null when it is not kept yet and no script has imported it.
+PyObject* KnownUuidModule() {
+  if (*g_uuidModule) return g_uuidModule->Get();
   PyObject* module = PyDict_GetItemString(PyImport_GetModuleDict(), "uuid");
-  return module && PyModule_Check(module) ? PyDict_GetItemString(PyModule_GetDict(module), "UUID") : nullptr;
+  if (!module || !PyModule_Check(module)) return nullptr;
+  Py_INCREF(module);
+  *g_uuidModule = KeptReference::Adopt(module);
+  return module;
 }
 
 bool IsUuid(PyObject* object) {
-  PyObject* type = UuidClass();
+  PyObject* module = KnownUuidModule();
+  PyObject* type = module ? PyDict_GetItemString(PyModule_GetDict(module), "UUID") : nullptr;
   return type && PyType_Check(type) && PyObject_TypeCheck(object, reinterpret_cast<PyTypeObject*>(type));
 }
 
@@ -77,8 +87,9 @@ bool TextFromPython(PyObject* object, int32_t type, GeData& data) {
   const char* utf8 = PyUnicode_AsUTF8AndSize(object, &size);
   if (!utf8) return false;
   String text = kelvar::Text({utf8, size_t(size)});
-  data = type == HOST_DATA_FILENAME ? GeData::Filename(Filename::FromString(text))
-                                    : GeData::String(std::move(text));
+  Filename name;
+  if (type == HOST_DATA_FILENAME && !FilenameFromText(text, name)) return false;
+  data = type == HOST_DATA_FILENAME ? GeData::Filename(name) : GeData::String(std::move(text));
   return true;
 }
 
@@ -227,9 +238,12 @@ bool GeDataFromPython(PyObject* object, GeData& data) {
 }
 
 PyObject* UuidToPython(const Uuid& uuid) {
-  PyObject* module = PyImport_ImportModule("uuid");
-  if (!module) return RaiseNoUuidModule();
-  PyObject* type = PyObject_GetAttrString(module, "UUID");
+  if (!*g_uuidModule) {
+    PyObject* module = PyImport_ImportModule("uuid");
+    if (!module) return RaiseNoUuidModule();
+    *g_uuidModule = KeptReference::Adopt(module);
+  }
+  PyObject* type = PyObject_GetAttrString(g_uuidModule->Get(), "UUID");
   PyObject* none = type ? PyTuple_New(0) : nullptr;
   PyObject* bytes =
       none ? PyBytes_FromStringAndSize(reinterpret_cast<const char*>(uuid.bytes), sizeof uuid.bytes) : nullptr;
@@ -239,9 +253,10 @@ PyObject* UuidToPython(const Uuid& uuid) {
   Py_XDECREF(bytes);
   Py_XDECREF(none);
   Py_XDECREF(type);
-  Py_DECREF(module);
   return result;
 }
+
+void ReleaseUuidModule() { g_uuidModule->Drop(); }
 
 bool UuidFromPython(PyObject* object, Uuid& uuid) {
   PyObject* bytes = PyObject_GetAttrString(object, "bytes");
@@ -257,12 +272,19 @@ bool UuidFromPython(PyObject* object, Uuid& uuid) {
   return read;
 }
 
-String StringFromPython(PyObject* text) {
+bool StringFromPython(PyObject* object, String& text) {
   Py_ssize_t size;
-  const char* utf8 = PyUnicode_AsUTF8AndSize(text, &size);
-  if (utf8) return kelvar::Text({utf8, size_t(size)});
-  PyErr_Clear();
-  return {};
+  const char* utf8 = PyUnicode_AsUTF8AndSize(object, &size);
+  if (!utf8 && PyErr_ExceptionMatches(PyExc_MemoryError)) return false;
+  if (!utf8) PyErr_Clear();
+  text = utf8 ? kelvar::Text({utf8, size_t(size)}) : String();
+  return true;
+}
+
+bool FilenameFromText(const String& text, Filename& name) {
+  if (kelvar::View(text).find('\0') != std::string_view::npos) return RaiseNullByte(), false;
+  name = Filename::FromString(text);
+  return true;
 }
 
 }  // namespace qlx

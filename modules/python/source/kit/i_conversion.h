@@ -22,12 +22,18 @@ PyObject* GeDataToPython(const HostGeData& data, BaseDocument* document);
 // gives false alone.
 bool GeDataFromPython(PyObject* object, GeData& data);
 
+// The module `uuid` is kept from its first use until it is released.
 PyObject* UuidToPython(const Uuid& uuid);
+void ReleaseUuidModule();
 // From an object with `bytes` of 16 bytes; false with an exception.
 bool UuidFromPython(PyObject* object, Uuid& uuid);
 
-// The text of a `str`; empty when it has no UTF-8 form, and no exception is pending then.
-String StringFromPython(PyObject* text);
+// The text of a `str`; empty when it has no UTF-8 form, and no exception is pending then. False for want of
+// memory alone, with the exception.
+bool StringFromPython(PyObject* object, String& text);
+
+// ValueError and false for a text with a null byte, which no path has.
+bool FilenameFromText(const String& text, Filename& name);
 
 // As the host's times are: reduced, also what a script has set piece by piece.
 BaseTime TimeFromPython(PyObject* time);

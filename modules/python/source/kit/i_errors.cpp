@@ -154,6 +154,8 @@ PyObject* RaiseNoUuidModule() {
   return RaiseFormatted(PyExc_ImportError, "uuid module missing - cannot convert uuid");
 }
 
+PyObject* RaiseNullByte() { return RaiseFormatted(PyExc_ValueError, "embedded null byte"); }
+
 PyObject* RaiseInvalidLength() { return RaiseFormatted(PyExc_ValueError, "Invalid object length."); }
 
 // Scripts may look for this text: its spelling stays.

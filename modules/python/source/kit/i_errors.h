@@ -48,6 +48,7 @@ PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of 
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
+PyObject* RaiseNullByte();                         // ValueError: a path with a null byte
 PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
 PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted
 int RaiseReadOnlyAttribute();                      // AttributeError

@@ -10,6 +10,7 @@
 
 #include "kelvar/filename.h"
 #include "kelvar/string.h"
+#include "kit/i_conversion.h"
 #include "kit/i_cpython.h"
 #include "kit/i_errors.h"
 #include "kit/i_getargs.h"
@@ -219,7 +220,8 @@ const char* ConvertFilename(Item& item) {
     const Text result = MakeText(item.arg, path);
     if (result == Text::kNoUtf8) return Stay(item);
     if (result == Text::kNoMemory) return kRaised;
-    Filename name = Filename::FromString(path);
+    Filename name;
+    if (!FilenameFromText(path, name)) return kRaised;
     if (path.Word()->word && !name.Word()->word) return PyErr_NoMemory(), kRaised;
     *item.targets.Next<Filename>() = std::move(name);
     return nullptr;

@@ -9,6 +9,7 @@
 #include "bitmaps/bitmaps.h"
 #include "interpreter/lib_python_console.h"
 #include "interpreter/lib_python_lock.h"
+#include "kit/i_conversion.h"
 #include "kit/i_lasting.h"
 #include "plugins/plugins.h"
 #include "scene/documents.h"
@@ -22,7 +23,7 @@ PyModuleDef g_definition = {
     PyModuleDef_HEAD_INIT,
     "qlx",
     "Common module for the most required classes and functions.",
-    -1,
+    0,  // each import calls InitPackage
     nullptr,
     nullptr,
     nullptr,
@@ -33,6 +34,7 @@ PyModuleDef g_definition = {
 Lasting<KeptReference> g_packageModule;
 Lasting<KeptReference> g_packageDictionary;
 Lasting<KeptReference> g_importedModule;
+Lasting<KeptReference> g_subModules;  // a dictionary of them by their whole names
 
 using Types = std::initializer_list<PyTypeObject*>;
 
@@ -128,7 +130,8 @@ bool AddModule(PyObject* package, const Module& entry) {
   PyObject* parent =
       dot == 3 ? package : PyImport_AddModule(name.substr(0, dot).c_str());  // borrowed, as all here
   PyObject* module = parent ? PyImport_AddModule(name.c_str()) : nullptr;
-  return module && PyModule_SetDocString(module, entry.doc) == 0 && MakePackage(module) &&
+  return module && PyDict_SetItemString(g_subModules->Get(), name.c_str(), module) == 0 &&
+         PyModule_SetDocString(module, entry.doc) == 0 && MakePackage(module) &&
          (!entry.functions || PyModule_AddFunctions(module, entry.functions) == 0) &&
          AddTypes(module, entry.types) && AddTo(parent, name.c_str() + dot + 1, module);
 }
@@ -136,6 +139,8 @@ bool AddModule(PyObject* package, const Module& entry) {
 bool InitPackageContents(PyObject* module) {
   if (!MakePackage(module) || PyModule_AddIntConstant(module, "TAVOR_TARGET_DEBUG", 0) < 0) return false;
   if (!AddConsoleFunctions(module) || !AddEventFunctions(module) || !AddTypes(module, kTypes)) return false;
+  *g_subModules = KeptReference::Adopt(PyDict_New());
+  if (!*g_subModules) return false;
   for (const Module& entry : kModules)
     if (!AddModule(module, entry)) return false;
   AddKnownSymbols(module);
@@ -145,6 +150,12 @@ bool InitPackageContents(PyObject* module) {
 }  // namespace
 
 PyObject* InitPackage() {
+  // A script that drops the package and imports it again gets the same one, and its sub-modules.
+  if (*g_packageModule) {
+    if (PyDict_Merge(PyImport_GetModuleDict(), g_subModules->Get(), false) < 0) return nullptr;
+    Py_INCREF(g_packageModule->Get());
+    return g_packageModule->Get();
+  }
   PyObject* module = PyModule_Create(&g_definition);
   PyObject* dictionary = module ? PyModule_GetDict(module) : nullptr;
   if (!dictionary || !InitPackageContents(module)) {
@@ -176,6 +187,8 @@ void ReleasePackage() {
   g_packageModule->Drop();
   g_packageDictionary->Drop();
   g_importedModule->Drop();
+  g_subModules->Drop();
+  ReleaseUuidModule();
 }
 
 }  // namespace qlx

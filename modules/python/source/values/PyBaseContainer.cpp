@@ -105,6 +105,23 @@ PyObject* GetContainerInstance(PyObject* self, int32_t id) {
   return object;
 }
 
+// A container in an entry is the live one.
+PyObject* GetDataPointer(PyObject* self, int32_t id) {
+  BaseContainer* container = BaseContainerOf(self);
+  if (!container) return nullptr;
+  const HostGeData* data = container->FindData(id);
+  return data && data->type == HOST_DATA_CONTAINER ? GetContainerInstance(self, id)
+                                                   : containers::GetData(container, id);
+}
+
+PyObject* FindIndex(PyObject* self, int32_t id) {
+  const BaseContainer* container = BaseContainerOf(self);
+  if (!container) return nullptr;
+  const int32_t index = container->FindIndex(id);
+  PyObject* value = GetDataPointer(self, id);
+  return value ? Py_BuildValue("{s:i,s:N}", "index", index, "ppData", value) : nullptr;
+}
+
 PyObject* Compare(PyObject* left, PyObject* right, int op) {
   if (!IsBaseContainer(left) || !IsBaseContainer(right) || (op != Py_EQ && op != Py_NE))
     Py_RETURN_NOTIMPLEMENTED;
@@ -158,8 +175,25 @@ const char* WordOf(int32_t type) {
   }
 }
 
+// An int for an entry of either size, which doesn't become the other.
+bool ConvertTypedInt(PyObject* value, int32_t type, GeData& data) {
+  const long long number = PyLong_AsLongLong(value);
+  const bool isTooLarge = number == -1 && PyErr_Occurred();
+  if (type == HOST_DATA_INT64) {
+    data = GeData::Int64(number);
+    return !isTooLarge;
+  }
+  data = GeData::Int32(int32_t(number));
+  if (!isTooLarge && number == int32_t(number)) return true;
+  PyErr_Clear();
+  RaiseExpectedTypeFor("__setitem__", WordOf(type), value);
+  return false;
+}
+
 // Converts for an entry that keeps its type.
 bool ConvertTyped(PyObject* value, const HostGeData& old, GeData& data) {
+  if (PyLong_Check(value) && (old.type == HOST_DATA_INT32 || old.type == HOST_DATA_INT64))
+    return ConvertTypedInt(value, old.type, data);
   data = GeData::Copy(old);
   if (GeDataFromPython(value, data)) return true;
   const char* word = WordOf(data.Type());  // the old one may have gone
@@ -244,10 +278,10 @@ PyMethodDef g_methods[] = {
                                                   "RemoveData(id) -> bool\n\nRemoves the entry of that id."),
     Method<&BaseContainer::RemoveIndex, "i", "index">(
         "RemoveIndex", "RemoveIndex(index) -> bool\n\nRemoves the entry at a position."),
-    Method<&containers::FindIndex, "i", "id">(
+    Method<&FindIndex, "i", "id">(
         "FindIndex",
         "FindIndex(id) -> dict\n\nThe position of the entry as \"index\", "
-        "and its value as \"ppData\"; -1 and None for an unknown id."),
+        "and its value as \"ppData\", as GetDataPointer gives it; -1 and None for an unknown id."),
     Method<&BaseContainer::GetIndexId, "i", "index">(
         "GetIndexId", "GetIndexId(index) -> int\n\nThe id of the entry at a position, or -1."),
     Method<&containers::GetType, "i", "id">("GetType",
@@ -261,21 +295,25 @@ PyMethodDef g_methods[] = {
         "FindIndex(id)[\"index\"] gives it; -1 stands for the front. False where there is no such position."),
     Method<&containers::SetData, "iO", "id", "value">("SetData", "Removes the data item."),
     Method<&containers::GetData, "i", "id">("GetData", "Removes the data item."),
-    Method<&containers::GetData, "i", "id">("GetDataPointer",
-                                            "GetDataPointer(id) -> object or None\n\nThe value of the entry."),
+    Method<&GetDataPointer, "i", "id">(
+        "GetDataPointer",
+        "GetDataPointer(id) -> object or None\n\nThe value of the entry; a container is the one in the entry "
+        "itself, as of GetContainerInstance."),
     Method<&containers::GetBool, "i|b", "id", "preset=false">("GetBool", "GetBool(id, preset=False) -> bool"),
     Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetLLong", "GetLLong(id, preset=0) -> int"),
     Method<&containers::GetInt64, "i|l", "id", "preset=0">("GetInt64", "GetInt64(id, preset=0) -> int"),
     Method<&containers::GetVoid, "i|O!", "id", "preset">(
         "GetVoid", "GetVoid(id, preset=None) -> PyCapsule or None\n\nThe pointer in the entry."),
     Method<&containers::GetVector, "i|V", "id", "preset">("GetVector",
-                                                          "GetVector(id, preset=None) -> qlx.Vector"),
+                                                          "GetVector(id, preset=Vector()) -> qlx.Vector"),
     Method<&containers::GetMatrix, "i|M", "id", "preset">("GetMatrix",
-                                                          "GetMatrix(id, preset=None) -> qlx.Matrix"),
+                                                          "GetMatrix(id, preset=Matrix()) -> qlx.Matrix"),
     Method<&containers::GetString, "i|$", "id", "preset">("GetString", "GetString(id, preset='') -> str"),
     Method<&containers::GetFilename, "i|$", "id", "preset">("GetFilename", "GetFilename(id, preset='') -> str"),
-    Method<&containers::GetUuid, "i|U", "id", "preset">("GetUuid", "GetUuid(id, preset=None) -> uuid.UUID"),
-    Method<&containers::GetTime, "i|T", "id", "preset">("GetTime", "GetTime(id, preset=None) -> qlx.BaseTime"),
+    Method<&containers::GetUuid, "i|U", "id", "preset">("GetUuid",
+                                                        "GetUuid(id, preset=UUID(int=0)) -> uuid.UUID"),
+    Method<&containers::GetTime, "i|T", "id", "preset">("GetTime",
+                                                        "GetTime(id, preset=BaseTime()) -> qlx.BaseTime"),
     Method<&containers::GetContainer, "i", "id">(
         "GetContainer",
         "GetContainer(id) -> qlx.BaseContainer or None\n\nA copy of the container in the entry."),
@@ -328,6 +366,8 @@ PyMethodDef g_methods[] = {
     Method<&containers::Copy>("__copy__", "__copy__() -> qlx.BaseContainer\n\nFor copies."),
     Method<&containers::DeepCopy, "O", "memo">("__deepcopy__",
                                                "__deepcopy__(memo) -> qlx.BaseContainer\n\nFor copies."),
+    Method<&FormatText, "O", "format_spec">("__format__",
+                                            "__format__(format_spec) -> str\n\nThe text in that format."),
     Method<&containers::Reduce>("__reduce__", "__reduce__() -> tuple\n\nFor pickles."),
     Method<&containers::SetState, "O", "entries">("__setstate__",
                                                   "__setstate__(entries) -> None\n\nFor pickles."),

@@ -71,6 +71,11 @@ PyObject* Text(PyObject* self) {
   return text;
 }
 
+PyObject* Format(PyObject* self, PyObject* spec) {
+  if (PyUnicode_Check(spec) && PyUnicode_GetLength(spec) == 0) return Text(self);
+  return FormatMade(PyFloat_FromDouble(kelvar::Seconds(ValueOf<BaseTime>(self))), spec);
+}
+
 double GetNumerator(const BaseTime& self) { return self.numerator; }
 double GetDenominator(const BaseTime& self) { return self.denominator; }
 
@@ -105,6 +110,8 @@ PyMethodDef g_methods[] = {
     Method<&Difference, "T", "t">("TimeDif", "TimeDif(t) -> qlx.BaseTime\n\nThis time less t."),
     Method<&Quantize, "f", "fps">(
         "Quantize", "Quantize(fps) -> None\n\nMoves this time to the nearest frame at that rate."),
+    Method<&Format, "O", "format_spec">(
+        "__format__", "__format__(format_spec) -> str\n\nThe text, or the seconds in the format of a float."),
     Method<&Reduce>("__reduce__", "__reduce__() -> tuple\n\nFor copies and pickles."),
     Method<&SetState, "(dd)", "fraction">("__setstate__",
                                           "__setstate__(fraction) -> None\n\nFor copies and pickles."),

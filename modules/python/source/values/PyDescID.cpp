@@ -72,6 +72,13 @@ PyObject* GetItem(PyObject* self, PyObject* key) {
                                                             : nullptr;
 }
 
+// What a walk asks for, from 0 on until IndexError.
+PyObject* LevelAt(PyObject* self, Py_ssize_t position) {
+  const DescID& id = ValueOf<DescID>(self);
+  if (position < 0 || position >= id.GetDepth()) return RaiseOutOfDepth();
+  return NewDescLevel(id[int32_t(position)]);
+}
+
 PyObject* Shift(PyObject* left, PyObject* right) {
   if (!IsDescID(left) || !PyLong_Check(right)) Py_RETURN_NOTIMPLEMENTED;
   return Guarded([&]() -> PyObject* {
@@ -158,6 +165,7 @@ const CustomDataEntry g_custom(HOST_CUSTOM_DESCID, g_DescIDType, CustomToPython,
 
 PyNumberMethods g_number = {.nb_lshift = Shift};
 PyMappingMethods g_mapping = {.mp_length = Length, .mp_subscript = GetItem};
+PySequenceMethods g_sequence = {.sq_item = LevelAt};
 
 PyMethodDef g_methods[] = {
     Method<&SetId, "O!", "subid">("SetId", "SetId(subid) -> None\n\nSet the highest level to subid."),
@@ -169,6 +177,8 @@ PyMethodDef g_methods[] = {
         "IsPartOf",
         "IsPartOf(cmp) -> (bool, int)\n\nChecks if a description ID is part of another.\n\n"
         "It is when its levels stand in cmp in a row; the position is that of the first one, or -1."),
+    Method<&FormatText, "O", "format_spec">("__format__",
+                                            "__format__(format_spec) -> str\n\nThe text in that format."),
     Method<&Reduce>("__reduce__", "__reduce__() -> tuple\n\nFor copies and pickles."),
     Method<&SetState, "O", "levels">("__setstate__", "__setstate__(levels) -> None\n\nFor copies and pickles."),
     {},
@@ -186,6 +196,7 @@ PyTypeObject g_DescIDType = MakeType<DescIDRecord>({
     .text = Text,
     .number = &g_number,
     .mapping = &g_mapping,
+    .sequence = &g_sequence,
     .flags = kInlineValue,
 });
 

@@ -61,6 +61,8 @@ PyGetSetDef g_attributes[] = {
 };
 
 PyMethodDef g_methods[] = {
+    Method<&FormatText, "O", "format_spec">("__format__",
+                                            "__format__(format_spec) -> str\n\nThe text in that format."),
     Method<&Reduce>("__reduce__", "__reduce__() -> tuple\n\nThe way to copy and to store it."),
     {},
 };

@@ -33,7 +33,7 @@ bool ReadVector(PyObject* first, double y, double z, Py_ssize_t given, Vector& v
     value = ValueOf<Vector>(first);
     return true;
   }
-  if (given == 1 && !IsNumber(first)) {
+  if (given == 1 ? !IsNumber(first) : !HasFloat(first)) {
     RaiseExpectedTypeFor("Vector.__init__", "float or qlx.Vector", first);
     return false;
   }

@@ -25,12 +25,6 @@ bool ReadPlainVector(PyObject* const* args, Py_ssize_t count, Vector4d& value) {
   return true;
 }
 
-// With four arguments the first may be whatever has a float, as the others.
-bool HasFloat(PyObject* object) {
-  const PyNumberMethods* number = Py_TYPE(object)->tp_as_number;
-  return IsNumber(object) || (number && number->nb_float);
-}
-
 bool ReadVector(PyObject* first, double y, double z, double w, Py_ssize_t given, Vector4d& value) {
   if (given == 0) return true;
   if (given == 2 || given == 3 || !first) {

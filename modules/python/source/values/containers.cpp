@@ -3,6 +3,7 @@
 #include "values/containers.h"
 
 #include <cmath>
+#include <limits>
 #include <string_view>
 
 #include "kelvar/text.h"
@@ -25,10 +26,20 @@ const HostGeData* Find(BaseContainer* self, int32_t id, int32_t type) {
 bool IsInteger(const HostGeData& data) { return data.type == HOST_DATA_INT32 || data.type == HOST_DATA_INT64; }
 
 // Numbers out of the range of an integer go to its nearest end; what is no number is 0.
-int64_t Rounded(double value) {
+template <class Integer>
+Integer Rounded(double value) {
+  constexpr auto kLowest = double(std::numeric_limits<Integer>::min());
   if (std::isnan(value)) return 0;
-  if (value >= 9223372036854775808.0) return INT64_MAX;
-  return value <= -9223372036854775808.0 ? INT64_MIN : int64_t(value);
+  if (value >= -kLowest) return std::numeric_limits<Integer>::max();
+  return value <= kLowest ? std::numeric_limits<Integer>::min() : Integer(value);
+}
+
+// An integer that is too large is cut.
+template <class Integer>
+Integer GetInteger(BaseContainer* self, int32_t id, Integer preset) {
+  const HostGeData* data = self->FindData(id);
+  if (data && IsInteger(*data)) return Integer(data->value.integer);
+  return data && data->type == HOST_DATA_FLOAT ? Rounded<Integer>(data->value.real) : preset;
 }
 
 String TextOf(BaseContainer* self, int32_t id, const String& preset) {
@@ -53,15 +64,9 @@ bool GetBool(BaseContainer* self, int32_t id, bool preset) {
   return data && data->type == HOST_DATA_FLOAT ? data->value.real != 0 : preset;
 }
 
-int32_t GetInt32(BaseContainer* self, int32_t id, int32_t preset) {
-  return int32_t(GetInt64(self, id, preset));
-}
+int32_t GetInt32(BaseContainer* self, int32_t id, int32_t preset) { return GetInteger(self, id, preset); }
 
-int64_t GetInt64(BaseContainer* self, int32_t id, int64_t preset) {
-  const HostGeData* data = self->FindData(id);
-  if (data && IsInteger(*data)) return data->value.integer;
-  return data && data->type == HOST_DATA_FLOAT ? Rounded(data->value.real) : preset;
-}
+int64_t GetInt64(BaseContainer* self, int32_t id, int64_t preset) { return GetInteger(self, id, preset); }
 
 double GetFloat(BaseContainer* self, int32_t id, double preset) {
   const HostGeData* data = self->FindData(id);
@@ -145,7 +150,8 @@ PyObject* SetString(BaseContainer* self, int32_t id, const String& value) {
   return Store(self, id, GeData::String(value));
 }
 PyObject* SetFilename(BaseContainer* self, int32_t id, const String& value) {
-  return Store(self, id, GeData::Filename(Filename::FromString(value)));
+  Filename name;
+  return FilenameFromText(value, name) ? Store(self, id, GeData::Filename(name)) : nullptr;
 }
 PyObject* SetUuid(BaseContainer* self, int32_t id, const Uuid& value) {
   return Store(self, id, GeData::Uuid(value));
@@ -200,12 +206,6 @@ PyObject* InsDataAfter(BaseContainer* self, int32_t id, const GeData& data, IntR
   return ToPython(bool(self->InsDataAfter(id, data.Data(), index)));
 }
 
-PyObject* FindIndex(BaseContainer* self, int32_t id) {
-  const int32_t index = self->FindIndex(id);
-  PyObject* value = GetIndexData(self, index);
-  return value ? Py_BuildValue("{s:i,s:N}", "index", index, "ppData", value) : nullptr;
-}
-
 int32_t GetType(BaseContainer* self, int32_t id) {
   const HostGeData* data = self->FindData(id);
   return data ? data->type : 0;
@@ -217,13 +217,14 @@ PyObject* Adopt(BaseContainer* made) {
   return made ? NewBaseContainer(made, true, false, nullptr) : PyErr_NoMemory();
 }
 
-// The natural type of a value is the one that it had, but for these two.
+// The natural type of a value is the one that it had, but for these three.
 bool Restore(PyObject* value, int32_t type, GeData& data) {
   if (type == HOST_DATA_INT64) {
     const long long number = PyLong_AsLongLong(value);
     data = GeData::Int64(number);
     return number != -1 || !PyErr_Occurred();
   }
+  if (type == HOST_CUSTOM_COLORA) data = GeData::Custom(ColorA{});
   if (type != HOST_DATA_FILENAME) return GeDataFromPython(value, data);
   PyObject* bytes = nullptr;
   if (!PyUnicode_FSConverter(value, &bytes)) return false;

@@ -78,7 +78,6 @@ PyObject* GetIndexData(BaseContainer* self, int32_t index);
 bool SetIndexData(BaseContainer* self, int32_t index, const GeData& data);
 bool InsData(BaseContainer* self, int32_t id, const GeData& data);
 PyObject* InsDataAfter(BaseContainer* self, int32_t id, const GeData& data, IntRecord* last);
-PyObject* FindIndex(BaseContainer* self, int32_t id);
 int32_t GetType(BaseContainer* self, int32_t id);
 
 // Copies of the whole.

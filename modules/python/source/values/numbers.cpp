@@ -99,14 +99,27 @@ bool NumberText::AddNumber(double number) {
   Py_XDECREF(object);
   const auto drop = [](PyObject* one) { Py_XDECREF(one); };
   const std::unique_ptr<PyObject, decltype(drop)> kept(formatted, drop);
-  const char* utf8 = formatted ? PyUnicode_AsUTF8(formatted) : nullptr;
-  if (utf8) text_ += utf8;
+  Py_ssize_t size = 0;
+  const char* utf8 = formatted ? PyUnicode_AsUTF8AndSize(formatted, &size) : nullptr;
+  if (utf8) text_.append(utf8, size_t(size));
   return utf8 != nullptr;
 }
 
 PyObject* NumberText::Finish() {
   return failed_ ? nullptr : PyUnicode_FromStringAndSize(text_.data(), Py_ssize_t(text_.size()));
 }
+
+PyObject* FormatMade(PyObject* made, PyObject* spec) {
+  PyObject* text = nullptr;
+  if (made && PyUnicode_Check(spec))
+    text = PyObject_Format(made, spec);
+  else if (made)
+    RaiseExpectedTypeFor("__format__", "str", spec);
+  Py_XDECREF(made);
+  return text;
+}
+
+PyObject* FormatText(PyObject* self, PyObject* spec) { return FormatMade(PyObject_Str(self), spec); }
 
 PyObject* CallWithTuple(PyCFunctionWithKeywords function, PyObject* self, PyObject* const* args,
                         Py_ssize_t count, PyObject* names) {

@@ -26,6 +26,12 @@ inline Conversion ReadOperand(PyObject* object, double& number) {
   return Conversion::kStored;
 }
 
+// What a constructor takes for its first number when the others are given too, as it takes those.
+inline bool HasFloat(PyObject* object) {
+  const PyNumberMethods* number = Py_TYPE(object)->tp_as_number;
+  return IsNumber(object) || (number && number->nb_float);
+}
+
 // The arguments of a constructor that are plain floats and ints; false, without an exception, for others.
 inline bool ReadPlain(PyObject* object, double& number) {
   if (PyFloat_CheckExact(object)) {

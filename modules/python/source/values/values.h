@@ -163,6 +163,11 @@ struct RecordType<DescIDRecord> {
   static PyTypeObject& Get() { return g_DescIDType; }
 };
 
+// What `__format__` answers: `made` by the spec, and the text of an object by it. The first takes `made` over,
+// and null with its exception.
+PyObject* FormatMade(PyObject* made, PyObject* spec);
+PyObject* FormatText(PyObject* self, PyObject* spec);
+
 // The value of an int; OverflowError and false out of range.
 bool ReadInt32(PyObject* integer, int32_t& value);
 
