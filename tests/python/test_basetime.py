@@ -180,6 +180,9 @@ class MethodTest(unittest.TestCase):
 
     def test_text(self):
         self.assertEqual((repr(BaseTime(2, 60)), str(BaseTime(0.5, 3))), ("BaseTime(1, 30)", "BaseTime(0.5, 3)"))
+        self.assertEqual((f"{BaseTime(1, 3):.2f}", f"{BaseTime(1, 3)}"), ("0.33", "BaseTime(1, 3)"))
+        for error, spec in ((ValueError, "x"), (TypeError, 1)):
+            self.assertRaises(error, BaseTime().__format__, spec)
 
 
 if __name__ == "__main__":

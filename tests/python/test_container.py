@@ -5,8 +5,10 @@ import datetime
 import gc
 import pickle
 import random
+import sys
 import types
 import unittest
+import unittest.mock
 import uuid
 
 import qlx
@@ -89,6 +91,10 @@ class ContainerTest(unittest.TestCase):
         bc = BaseContainer()
         bc[1], bc[2], bc[3] = 7, 2.9, "text"
         self.assertEqual([bc.GetInt32(2), bc.GetFloat(1), bc.GetBool(2), bc.GetInt64(1), bc.GetLong(3, 5)], [2, 7.0, True, 7, 5])
+        for number, (narrow, wide) in ((1e300, (2 ** 31 - 1, 2 ** 63 - 1)), (-2.0 ** 40, (-2 ** 31, -2 ** 40)),
+                                       (-2147483648.9, (-2 ** 31,) * 2), (2.0 ** 31, (2 ** 31 - 1, 2 ** 31)), (float("nan"), (0, 0))):
+            bc[4] = number
+            self.assertEqual((bc.GetInt32(4), bc.GetLong(4), bc.GetInt64(4)), (narrow, narrow, wide), number)
         self.assertEqual((bc.GetString(3), bc.GetFilename(3), bc.GetString(1, "none")), ("text", "text", "none"))
         self.assertEqual((bc.GetVector(1), bc.GetMatrix(1), bc.GetTime(1)), (Vector(), Matrix(), BaseTime()))
         for name, value in (("Bool", True), ("Int32", -5), ("LLong", 2 ** 40), ("Real", 1.5), ("String", "s"),
@@ -170,6 +176,7 @@ class ContainerTest(unittest.TestCase):
                 (lambda: bc.__setitem__(1, object()), TypeError, "could not convert 'object'"),
                 (lambda: bc.__setitem__(1, 2 ** 70), OverflowError, None),
                 (lambda: bc.__setitem__(1, "\ud800"), UnicodeEncodeError, None),
+                (lambda: bc.SetFilename(1, "a\0b"), ValueError, "embedded null byte"),
                 (lambda: bc.SetVector(1, 2), TypeError, NO_VECTOR),
                 (lambda: bc.InsData(1, object()), TypeError, "could not convert 'object'"),
                 (lambda: bc < bc, TypeError, None)):
@@ -244,6 +251,13 @@ class ContainerTest(unittest.TestCase):
                         alive += len(path) > 1
             self.assertGreater(min(alive, dead), 1000)
 
+    def test_pointers_to_containers_are_instances(self):
+        bc = BaseContainer()
+        bc[1], bc[2] = BaseContainer(5), 7
+        bc.GetDataPointer(1)[3] = 4
+        bc.FindIndex(1)["ppData"].SetId(6)
+        self.assertEqual((bc[1][3], bc[1].GetId(), bc.GetDataPointer(2), bc.GetDataPointer(3)), (4, 6, 7, None))
+
     def test_instances_end_with_their_element(self):
         element = BaseList2D(CUBE)
         data = element.GetDataInstance()
@@ -284,6 +298,10 @@ class ContainerTest(unittest.TestCase):
             other[1] = 2
             self.assertNotEqual(other, bc)
         self.assertRaises(TypeError, hash, bc)
+        color = BaseContainer()
+        color.__setstate__([(1, 400007013, Vector4d(1, 2, 3, 4)), (2, 1040682, Vector4d(5))])
+        color = pickle.loads(pickle.dumps(color))
+        self.assertEqual([(color.GetType(id), value) for id, value in color], [(400007013, Vector4d(1, 2, 3, 4)), (1040682, Vector4d(5))])
         shared = pickle.loads(pickle.dumps([bc, bc]))
         self.assertIs(*shared)
         before = copy.copy(bc)
@@ -320,6 +338,19 @@ class ContainerTest(unittest.TestCase):
         self.assertEqual(outer, BaseContainer(outer))
         del inner, outer
         gc.collect()
+
+    def test_texts(self):
+        bc = BaseContainer()
+        self.assertEqual((f"{bc:x<200}", f"{bc}"), (str(bc).ljust(200, "x"), str(bc)))
+        self.assert_raises(TypeError, "__format__ expected str, not int", lambda: bc.__format__(1))
+
+    def test_the_uuid_module_is_kept(self):
+        bc, value = BaseContainer(), uuid.uuid4()
+        bc[1] = value
+        with unittest.mock.patch.dict(sys.modules):
+            del sys.modules["uuid"]
+            bc[2] = value
+            self.assertEqual([type(bc[1]), type(bc[2])], [uuid.UUID] * 2)
 
     def test_constants(self):
         self.assertEqual((repr(qlx.DESCID_ROOT), repr(qlx.DESCID_DYNAMICSUB)), ("((1000491, 0, 0))", "((700, 5, 0))"))

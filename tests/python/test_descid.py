@@ -106,6 +106,9 @@ class DescIDTest(unittest.TestCase):
             for act in (lambda: made[bad], lambda: made << bad):
                 with self.assertRaisesRegex(IndexError, "^index out of depth$"):
                     act()
+        first, *others = made
+        self.assertEqual(([level.id for level in made], first, len(others)), ([1, 2, 3, 4, 5], DescLevel(1), 4))
+        self.assertEqual((list(DescID()), f"{made:>100}", f"{first:x<30}"), ([], str(made).rjust(100), str(first).ljust(30, "x")))
         with self.assertRaisesRegex(IndexError, "^index out of depth$"):
             DescID()[0]
         with self.assertRaisesRegex(TypeError, "^__getitem__ expected int, not str$"):

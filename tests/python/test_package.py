@@ -30,8 +30,14 @@ class PackageTest(unittest.TestCase):
         kept = dict(sys.modules)
         try:
             del sys.modules["qlx"]
-            again = importlib.import_module("qlx")
-            self.assertEqual(again.TAVOR_TARGET_DEBUG, 0)
+            self.assertIs(importlib.import_module("qlx"), qlx)
+            for name in [name for name in sys.modules if name.split(".")[0] == "qlx"]:
+                del sys.modules[name]
+            self.assertIs(importlib.import_module("qlx.modules.hair"), kept["qlx.modules.hair"])
+            for name, module in kept.items():
+                if name.split(".")[0] == "qlx":
+                    self.assertIs(sys.modules[name], module)
+            self.assertEqual(repr(sys.modules["qlx"].DESCID_ROOT), "((1000491, 0, 0))")
         finally:
             sys.modules.update(kept)
 

@@ -162,6 +162,7 @@ class ValueTest(ElementTest):
                     self.assertTrue(text.startswith("__setitem__ expected %s, not " % word) and text.endswith(name), text)
                     self.assertEqual(element[key], before)
         self.assert_set_raises(op, SEGMENTS, 2 ** 70, OverflowError, "int too big to convert")
+        self.assert_set_raises(shader, 1000, "a\0b", ValueError, "embedded null byte")
         self.assert_set_raises(tag, 1001, "\ud800", UnicodeEncodeError,
                                "'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed")
 

@@ -81,7 +81,8 @@ class VectorTest(TableTest):
             ("Vector(y=1, z=2)", TypeError, count), ("Vector(v, v)", TypeError, None), ("Vector(None)", TypeError, expected + "None"),
             ("Vector('1')", TypeError, expected + "str"), ("Vector(Real(1.0))", TypeError, expected + "Real"),
             ("Vector(Vector4d())", TypeError, expected + "qlx.Vector4d"), ("Vector(1, 2, 3, 4)", TypeError, None),
-            ("Vector(1, 2, w=3)", TypeError, None), ("Vector(1, 2, 'z')", TypeError, None), ("Vector('x', 2, 3)", TypeError, None),
+            ("Vector(1, 2, w=3)", TypeError, None), ("Vector(1, 2, 'z')", TypeError, None),
+            ("Vector('x', 2, 3)", TypeError, expected + "str"), ("Vector(v, 1, 2)", TypeError, expected + "qlx.Vector"),
             ("Vector(Real(KeyError('k')), 2, 3)", KeyError, "'k'"), ("Vector(1, 2, Real(KeyError('k')))", KeyError, "'k'"),
             ("Vector(10**400)", OverflowError, None), ("Vector(1, 2, 10**400)", OverflowError, None),
             ("class V(Vector): pass", TypeError, None), ("Vector.x = 1", TypeError, None), ("v.new = 1", AttributeError, None),
@@ -159,7 +160,7 @@ class VectorTest(TableTest):
     def test_texts(self):
         self.assertTable([
             ("repr(a)", "Vector(1, 2.5, -0.001)"), ("str(a)", "Vector(1, 2.5, -0.001)"), ("format(a)", "Vector(1, 2.5, -0.001)"),
-            ("'%s' % a", "Vector(1, 2.5, -0.001)"), ("f'{a:+.2f}'", "Vector(+1.00, +2.50, -0.00)"), ("repr(Vector(-0.0, INF, NAN))", "Vector(-0, inf, nan)"),
+            ("'%s' % a", "Vector(1, 2.5, -0.001)"), ("f'{a:+.2f}'", "Vector(+1.00, +2.50, -0.00)"), ("format(a, '\\0>2.0f')", "Vector(\0001, \0002, -0)"), ("repr(Vector(-0.0, INF, NAN))", "Vector(-0, inf, nan)"),
             ("repr(Vector(1e300, 0.1, 5e-324))", "Vector(1e+300, 0.1, 5e-324)"), ("repr(Vector(1/3, 123456789, 1e16))", "Vector(0.3333333333333333, 123456789, 1e+16)"),
         ], a=Vector(1, 2.5, -0.001))
         self.assertRaisesTable([("format(a, 'x')", ValueError, None), ("a.__format__(1)", TypeError, "__format__ expected str, not int")], a=Vector())

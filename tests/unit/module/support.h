@@ -14,6 +14,7 @@
 #include "interpreter/lib_python_lock.h"
 #include "kelvar/text.h"
 #include "kit/i_cpython.h"
+#include "kit/i_package.h"
 #include "python_interpreter.h"
 
 // Texts as a host keeps them, and a record of what the module told the host.
@@ -114,6 +115,7 @@ class InterpreterTest : public testing::Test {
   void TearDown() override {
     EXPECT_FALSE(PyErr_Occurred());
     EXPECT_EQ(Py_FinalizeEx(), 0);
+    qlx::ReleasePackage();
   }
 
   // Runs a text in __main__ as the file "part.py"; false leaves its error pending.

@@ -134,6 +134,7 @@ class CPythonLibraryImplementation : public CPythonLibrary {
     // A standard output that could not take all is an error, as it is for `python`.
     if (Py_IsInitialized() && Py_FinalizeEx() != 0 && IsCommandLineApplication())
       tavor::application::SetExitCode(kOutputLost);
+    ReleasePackage();  // what is kept still has gone: another interpreter may not take it for its own
   }
 
   void Free() {

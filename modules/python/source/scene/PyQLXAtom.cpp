@@ -45,7 +45,8 @@ PyObject* GetParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
 PyObject* SetParameter(QLXAtom* self, PyObject* id, const GeData& data, int32_t flags) {
   DescID read;
   if (!DescIDFromPython(id, "QLXAtom.SetParameter", "DescID identifier", read)) return nullptr;
-  return ToPython(SetParameterData(self, read, data, flags));
+  const bool isSet = SetParameterData(self, read, data, flags);
+  return isSet || !PyErr_Occurred() ? ToPython(isSet) : nullptr;
 }
 
 // Making the view may start the collector of garbage, which may destroy the atom.

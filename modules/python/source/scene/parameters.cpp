@@ -210,7 +210,9 @@ bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32
                       found.level[0].dtype == HOST_DATA_FILENAME;
   description->Free();
   if (!host) return false;
-  const GeData file = isFile ? GeData::Filename(Filename::FromString(data.GetString())) : GeData();
+  Filename name;
+  if (isFile && !FilenameFromText(data.GetString(), name)) return false;
+  const GeData file = isFile ? GeData::Filename(name) : GeData();
   return host->SetParameter(&word, isFile ? file.Data() : data.Data(), flags);
 }
 
@@ -243,7 +245,8 @@ int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
     if (ConvertFor(value, data) < 0) return nullptr;
     // The value's own code may have destroyed the node.
     if (!ResolveAtom(wrapper, host)) return nullptr;
-    return StoreItem(wrapper, host, id, data) ? Py_None : RaiseParameterSet();
+    if (StoreItem(wrapper, host, id, data)) return Py_None;
+    return PyErr_Occurred() ? nullptr : RaiseParameterSet();
   });
   return done ? 0 : -1;
 }
