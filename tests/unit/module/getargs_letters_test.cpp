@@ -154,7 +154,7 @@ class Odd:
                     {"'\\ud800'", lone},
                     {"Odd('\\ud800')", lone}});
   CheckLetter("%", {{"'a'", "'path a'"},
-                    {"'a\\0b'", std::string("'path a\0b'", 10)},
+                    {"'a\\0b'", "ValueError: embedded null byte"},
                     {"Str('s')", "'path s'"},
                     {"Value('MemoryFile', 4)", "'path MemoryFile 4'"},
                     {"Value('Url', 5)", "'path Url 5'"},
