@@ -8,7 +8,7 @@ import os
 import shutil
 import subprocess
 import sys
-from time import process_time as clock  # a scene of many nodes takes longer than a process runs undisturbed
+from time import process_time as clock
 
 import qlx
 

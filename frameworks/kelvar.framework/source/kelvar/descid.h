@@ -27,12 +27,14 @@ class DescID {
     return id;
   }
 
-  // In place for the first levels: an access of one level hardly costs more than this.
+  // In place for the first levels, and word by word: a level that was just made is in registers then, and a
+  // copy of it would wait for its own stores.
   void PushId(const DescLevel& level) {
-    if (depth_ < kInline)
-      inline_[depth_++] = level;
-    else
-      PushMore(level);
+    if (depth_ >= kInline) return PushMore(level);
+    DescLevel& pushed = inline_[depth_++];
+    pushed.id = level.id;
+    pushed.dtype = level.dtype;
+    pushed.creator = level.creator;
   }
 
   // Takes the highest level away, which is the last one; an empty id stays.
