@@ -44,11 +44,11 @@ class Node:
         return next((node for node in self.around() if node.type == DOCUMENT), None)
 
     def within(self):
-        todo = [self]
-        for node in todo:
-            todo += node.kids
-            todo += node.branches.values()
-        return todo
+        found = [self]
+        for node in found:
+            found += node.kids
+            found += node.branches.values()
+        return found
 
     def take_out(self):
         self.row.remove(self)
