@@ -116,6 +116,7 @@ class Parse:
         elif c == '%':
             if isinstance(arg, str):
                 text = self.text(start, arg)
+                if text is not None and str.find(text, '\0') >= 0: raise Raised('ValueError: embedded null byte')
                 if text is not None: self.store(c, "'path %s'" % text if text else '-')
                 return
             for kind in ('MemoryFile', 'Url'):
