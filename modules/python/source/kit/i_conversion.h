@@ -13,8 +13,8 @@
 namespace qlx {
 
 // A new reference, or null with an exception; null alone for custom data of which the host has no value.
-// Links are resolved in the document, which may be null. Containers and custom data are copies: a change of one
-// does not write through.
+// A link finds its element by itself: no boundary of today looks at the document, which may be null. Containers
+// and custom data are copies: a change of one does not write through.
 PyObject* GeDataToPython(const HostGeData& data, BaseDocument* document);
 
 // Converts by the type that `data` already has: a value without a type takes the object's natural

@@ -112,8 +112,8 @@ PyObject* GetAnimatedParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
   const HostDescID word = ValueOf<DescID>(id).Word();
   BaseList2D* host = HostOf(&self->ob_base);
   if (!host->GetAnimatedParameter(&word, first.Out(), second.Out(), &mix, flags)) return ToPython(false);
-  PyObject* before = ParameterToPython(self, first);
-  PyObject* after = before ? ParameterToPython(self, second) : nullptr;
+  PyObject* before = GeDataToPython(*first.Data(), nullptr);
+  PyObject* after = before ? GeDataToPython(*second.Data(), nullptr) : nullptr;
   if (after) return Py_BuildValue("(NNd)", before, after, mix);
   Py_XDECREF(before);
   return nullptr;

@@ -224,7 +224,7 @@ PyObject* GetParameterItem(PyObject* self, PyObject* key) {
     GeData data;
     if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_mp_subscript", id)) return nullptr;
     if (!Complete(wrapper, id, data)) return ResolveAtom(wrapper, host) ? RaiseParameterAccess() : nullptr;
-    return ParameterToPython(wrapper, data);
+    return GeDataToPython(*data.Data(), nullptr);
   });
 }
 
@@ -249,15 +249,6 @@ int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
     return PyErr_Occurred() ? nullptr : RaiseParameterSet();
   });
   return done ? 0 : -1;
-}
-
-PyObject* ParameterToPython(AtomWrapper* wrapper, const GeData& data) {
-  // Only links want the document, which costs a walk.
-  BaseDocument* document = nullptr;
-  QLXAtom* host = static_cast<QLXAtom*>(LookUp(wrapper->link));
-  if (data.Type() == HOST_DATA_LINK && host && IsBaseList(reinterpret_cast<PyObject*>(wrapper)))
-    document = static_cast<BaseList2D*>(host)->GetDocument();
-  return GeDataToPython(*data.Data(), document);
 }
 
 }  // namespace qlx
