@@ -69,6 +69,17 @@ typedef struct Tangent {
   Vector vl, vr;
 } Tangent;
 
+/* The corners of a polygon, as numbers of points; a triangle has c and d the same. */
+typedef struct CPolygon {
+  int32_t a, b, c, d;
+} CPolygon;
+
+/* So many of a spline's points, in their order. */
+typedef struct HostSegment {
+  int32_t cnt;
+  HostBool closed;
+} HostSegment;
+
 /* The texture coordinates of a polygon's four points. */
 typedef struct UVWStruct {
   Vector a, b, c, d;

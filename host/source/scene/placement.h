@@ -1,0 +1,71 @@
+// Where an object stands: place, rotation and scale, in two parts, and the matrix of both.
+#ifndef HOST_SCENE_PLACEMENT_H
+#define HOST_SCENE_PLACEMENT_H
+
+#include <memory>
+
+#include "kelvar/matrix.h"
+
+namespace host {
+
+enum RotationOrder : int32_t {
+  kOrderYXZ,
+  kOrderYZX,
+  kOrderZYX,
+  kOrderZXY,
+  kOrderXZY,
+  kOrderXYZ,
+  kOrderHPB  // heading, pitch, bank: about Y, X and Z of the turned object, as YXZ
+};
+
+struct Placement {
+  Vector position{}, rotation{}, scale{1, 1, 1};
+};
+
+// The matrix of angles in radians about the axes of the world. The angles stand at the axes that they turn
+// about; but for HPB, whose x turns about Y, y about X, and z about Z.
+Matrix RotationMatrix(const Vector& angles, int32_t order);
+// The angles of the axes' directions.
+Vector RotationAngles(const Matrix& matrix, int32_t order);
+
+Matrix MatrixOf(const Placement& placement, int32_t order);
+// Without shear; mirrored axes get a negative z.
+Placement PlacementOf(const Matrix& matrix, int32_t order);
+
+// `local` is the product of the frozen matrix and the relative one. It keeps the shear that it was set with
+// until the rotation or the scale is set.
+class Place {
+ public:
+  Place() = default;
+  Place(const Place& other) { *this = other; }
+  Place& operator=(const Place& other);
+
+  const Matrix& Local() const { return local_; }
+  void SetLocal(const Matrix& local);
+  Matrix RelativeMatrix() const;
+  void SetRelativeMatrix(const Matrix& matrix);
+  Matrix FrozenMatrix() const { return frozen_ ? MatrixOf(*frozen_, order_) : kIdentityMatrix; }
+
+  const Placement& Relative() const { return relative_; }
+  const Placement& Frozen() const;
+  Placement Absolute() const { return PlacementOf(local_, order_); }
+
+  void SetRelative(const Placement& relative);
+  void SetFrozen(const Placement& frozen);
+  void SetAbsolute(const Placement& absolute);
+
+  int32_t Order() const { return order_; }
+  void SetOrder(int32_t order);  // the matrices stay
+
+ private:
+  void Compose();
+
+  Placement relative_;
+  Matrix local_ = kIdentityMatrix;
+  std::unique_ptr<Placement> frozen_;  // null: none
+  int32_t order_ = kOrderHPB;
+};
+
+}  // namespace host
+
+#endif
