@@ -16,13 +16,13 @@ namespace host {
 
 // The data types of blocks, which are the types of their tags.
 enum DataType : int32_t {
-  kDataPoint = 5600,      // Vector
-  kDataPolygon = 5604,    // CPolygon
-  kDataTangent = 5617,    // Tangent
-  kDataUVW = 5671,        // UVWStruct
-  kDataSegment = 5672,    // HostSegment
-  kDataVertexMap = 5682,  // float
-  kDataNormal = 5711,     // four corners of three int16_t, 32000 for 1
+  kDataPoint = 5600,            // Vector
+  kDataPolygon = 5604,          // CPolygon
+  kDataTangent = 5617,          // Tangent
+  kDataUVW = 5671,              // UVWStruct
+  kDataSegment = 5672,          // HostSegment
+  kDataVertexMap = 5682,        // float
+  kDataNormal = 5711,           // four corners of three int16_t, 32000 for 1
   kDataVertexColor = 431000045  // four ColorA32, or of points the first of each
 };
 
@@ -91,8 +91,8 @@ struct BaseObject : BaseList2D {
   host::Place place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  bool turnsShortest = false;  // IsQuaternionRotationMode
-  const int64_t number;        // GetGUID
+  bool turnsShortest = false;                    // IsQuaternionRotationMode
+  const int64_t number;                          // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
 };
 

@@ -3,10 +3,10 @@
 #define HOST_SCENE_SELECT_H
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "kelvar.framework/source/tables/t_select.h"
-#include "scene/links.h"
 
 namespace host {
 
@@ -16,8 +16,7 @@ struct Run {
 
 }  // namespace host
 
-// Links to one that is part of an object die with it; a copy has links of its own.
-struct BaseSelect : host::Linkable {
+struct BaseSelect {
   BaseSelect() = default;
   explicit BaseSelect(std::vector<host::Run> ofRuns) : runs(std::move(ofRuns)) {}
 

@@ -4,7 +4,7 @@
 #ifndef KELVAR_T_SELECT_H
 #define KELVAR_T_SELECT_H
 
-#include "t_atom.h"
+#include "t_types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -185,14 +185,6 @@ typedef struct HostSelectGroup {
    * since   23100
    * fails   -1 */
   int32_t (*GetLastElement)(const BaseSelect* self);
-
-  /* Points a link at the selection: it dies with the selection, and so with the object that it is part of.
-   * owner   the caller, of the link
-   * thread  any
-   * waits   no
-   * since   23100
-   * fails   0 */
-  HostBool (*SetLink)(BaseSelect* self, HostLink* link);
 } HostSelectGroup;
 
 #ifdef __cplusplus
