@@ -97,8 +97,9 @@ struct BaseObject : BaseList2D {
   host::Place place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  bool turnsShortest = false;                    // IsQuaternionRotationMode
-  const int64_t number;                          // GetGUID
+  bool isInput = false;        // a generator above it takes it for its input, in place of being seen
+  bool turnsShortest = false;  // IsQuaternionRotationMode
+  const int64_t number;        // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
 };
 

@@ -13,6 +13,7 @@ namespace {
 enum Parameter : int32_t { kEditorMode = 901, kRenderMode = 902, kDeformMode = 909 };
 enum PhongParameter : int32_t { kPhongLimit = 1000, kPhongAngle = 1001 };
 constexpr int32_t kTypePhong = 5612;
+constexpr int32_t kWhereMissing = 2;  // of CopyTagsTo
 constexpr int32_t kModeOn = 0, kModeOff = 1, kModeUndefined = 2;
 
 // The list of tags; null while there are none.
@@ -246,7 +247,8 @@ LineObject* GetIsoparm(const BaseObject* self) {
 
 void SetIsoparm(BaseObject* self, LineObject* lines) {
   if (!self) return;
-  auto* copy = lines ? static_cast<GeListNode*>(atom::GetClone(lines, COPYFLAGS_NO_HIERARCHY, nullptr)) : nullptr;
+  auto* copy =
+      lines ? static_cast<GeListNode*>(atom::GetClone(lines, COPYFLAGS_NO_HIERARCHY, nullptr)) : nullptr;
   GeListHead* list = Branch(*self, kIsoparmBranch);
   if (!list) return DestroyNow(copy);
   DestroyNow(list->down);
@@ -262,7 +264,7 @@ HostBool CopyTagsTo(const BaseObject* self, BaseObject* dest, int32_t visible, i
   for (GeListNode* tag = GetFirstTag(self); tag; tag = tag->next) {
     const int32_t wanted = IsVisible(static_cast<BaseTag&>(*tag)) ? visible : variable;
     const bool isThere = GetTag(dest, tag->type.id, 0);
-    if (tag->isFixed || !wanted || (wanted == NOTOK && isThere)) continue;
+    if (tag->isFixed || !wanted || (wanted == kWhereMissing && isThere)) continue;
     tag->Link(links.emplace_back());
   }
   for (const HostLink& link : links) {

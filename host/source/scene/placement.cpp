@@ -37,16 +37,19 @@ double Element(const Matrix& matrix, int row, int column) {
 
 bool IsZero(const Vector& v) { return v.x == 0 && v.y == 0 && v.z == 0; }
 
-// Axes of length 1 at right angles: the first stays, and the second as far as it can. Where one is zero the others
-// make it.
+// Axes of length 1 at right angles: the first stays, and the second as far as it can. Where one is zero the
+// others make it.
 Matrix Orthonormal(const Matrix& m) {
   using namespace kelvar;
   Vector x = Normalized(m.v1), y = Normalized(m.v2), z = Normalized(m.v3);
   if (IsZero(x)) x = Normalized(Cross(y, z));
   if (IsZero(x)) {  // two are zero
-    if (!IsZero(y)) x = Normalized(Cross(y, std::abs(y.z) < 0.9 ? Vector{0, 0, 1} : Vector{1, 0, 0}));
-    else if (!IsZero(z)) x = Normalized(Cross(std::abs(z.y) < 0.9 ? Vector{0, 1, 0} : Vector{1, 0, 0}, z));
-    else x = {1, 0, 0};
+    if (!IsZero(y))
+      x = Normalized(Cross(y, std::abs(y.z) < 0.9 ? Vector{0, 0, 1} : Vector{1, 0, 0}));
+    else if (!IsZero(z))
+      x = Normalized(Cross(std::abs(z.y) < 0.9 ? Vector{0, 1, 0} : Vector{1, 0, 0}, z));
+    else
+      x = {1, 0, 0};
   }
   if (IsZero(y)) y = Cross(z, x);
   y = Normalized(y - x * Dot(x, y));
@@ -97,7 +100,8 @@ Placement PlacementOf(const Matrix& matrix, int32_t order) {
   const double z = Length(matrix.v3);
   Matrix upright = matrix;
   if (isMirrored) upright.v3 = -upright.v3;
-  return {matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
+  return {
+      matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
 }
 
 Place& Place::operator=(const Place& other) {
