@@ -179,7 +179,7 @@ class Evaluator {
     try {
       if (object.type.id == kTypeInstance) return MakeInstance(object);
       if (const auto mesh = MakePrimitive(object)) return NewObject(*mesh);
-      if (const auto shape = MakeSplinePrimitive(object)) return NewObject(*shape);
+      if (const auto shape = MakeSplinePrimitive(object)) return NewObject(*shape, object.data);
     } catch (const std::bad_alloc&) {
       Warn("there is not enough memory for the geometry of '" + std::string(std::string_view(object.name)) +
            "'");
@@ -190,7 +190,7 @@ class Evaluator {
   BaseObject* MakeInstance(BaseObject& object) {
     BaseObject* target = TargetOf(object);
     BaseObject* made = target ? NewShape(*target, true) : nullptr;
-    if (made) made->place = Place();
+    if (made) made->place = ObjectPlace();
     return made;
   }
 
@@ -328,7 +328,7 @@ std::vector<HostLink> ObjectsOf(const HostLink& link) {
 
 bool IsGenerator(const BaseObject& object) {
   if (const NodeRecord* record = RecordOf(object)) return record->GetVirtualObjects || record->GetContour;
-  return object.type.id == kTypeInstance || IsPrimitive(object.type.id);
+  return object.type.id == kTypeInstance || IsPrimitive(object.type.id) || IsSplinePrimitive(object.type.id);
 }
 
 bool IsDeformer(const BaseObject& object) {

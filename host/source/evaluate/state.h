@@ -3,6 +3,7 @@
 #define HOST_EVALUATE_STATE_H
 
 #include <bit>
+#include <concepts>
 #include <cstdint>
 
 #include "kelvar/matrix.h"
@@ -13,7 +14,9 @@ namespace host {
 // function.
 class State {
  public:
-  void Add(uint64_t word) {
+  template <std::integral Word>
+  void Add(Word added) {
+    const auto word = uint64_t(added);
     sum_ += word + 0x9e3779b97f4a7c15;
     sum_ = (sum_ ^ (sum_ >> 30)) * 0xbf58476d1ce4e5b9;
     sum_ = (sum_ ^ (sum_ >> 27)) * 0x94d049bb133111eb;

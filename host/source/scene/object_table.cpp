@@ -50,7 +50,7 @@ Vector RelativeOf(const BaseObject* self, Part part) { return self ? self->place
 
 void SetAbsolute(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     if (part == &Placement::position) return place.SetPosition(*value);
     Placement changed = place.Absolute();
     changed.*part = *value;
@@ -60,7 +60,7 @@ void SetAbsolute(BaseObject* self, Part part, const Vector* value) {
 
 void SetFrozen(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     Placement changed = place.Frozen();
     changed.*part = *value;
     place.SetFrozen(changed);
@@ -69,7 +69,7 @@ void SetFrozen(BaseObject* self, Part part, const Vector* value) {
 
 void SetRelative(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     Placement changed = place.Relative();
     changed.*part = *value;
     place.SetRelative(changed);
@@ -115,11 +115,11 @@ void SetRelRot(BaseObject* self, const Vector* value) { SetRelative(self, &Place
 
 Matrix GetMl(const BaseObject* self) { return self ? self->place.Local() : kIdentityMatrix; }
 void SetMl(BaseObject* self, const Matrix* value) {
-  if (self && value) Move(self, [&](Place& place) { place.SetLocal(*value); });
+  if (self && value) Move(self, [&](ObjectPlace& place) { place.SetLocal(*value); });
 }
 Matrix GetRelMl(const BaseObject* self) { return self ? self->place.RelativeMatrix() : kIdentityMatrix; }
 void SetRelMl(BaseObject* self, const Matrix* value) {
-  if (self && value) Move(self, [&](Place& place) { place.SetRelativeMatrix(*value); });
+  if (self && value) Move(self, [&](ObjectPlace& place) { place.SetRelativeMatrix(*value); });
 }
 Matrix GetMg(const BaseObject* self) { return self ? GlobalMatrix(*self) : kIdentityMatrix; }
 void SetMg(BaseObject* self, const Matrix* value) {
@@ -151,7 +151,7 @@ double GetVisibility(const BaseObject* self, double parent) {
 }
 
 void CopyMatrixTo(const BaseObject* self, BaseObject* dst) {
-  if (self && dst && self != dst) Move(dst, [&](Place& place) { place = self->place; });
+  if (self && dst && self != dst) Move(dst, [&](ObjectPlace& place) { place = self->place; });
 }
 
 int32_t GetEditorMode(const BaseObject* self) { return ModeOf(self, kEditorMode); }
@@ -298,7 +298,7 @@ HostBool SetPhong(BaseObject* self, HostBool on, HostBool anglelimit, double ang
 int32_t GetHighlightHandle(const BaseObject*, BaseDraw*) { return -1; }
 
 void SetRotationOrder(BaseObject* self, int32_t order) {
-  if (self) Move(self, [&](Place& place) { place.SetOrder(order); });
+  if (self) Move(self, [&](ObjectPlace& place) { place.SetOrder(order); });
 }
 int32_t GetRotationOrder(const BaseObject* self) { return self ? self->place.Order() : kOrderHPB; }
 

@@ -104,7 +104,7 @@ Placement PlacementOf(const Matrix& matrix, int32_t order) {
       matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
 }
 
-Place& Place::operator=(const Place& other) {
+ObjectPlace& ObjectPlace::operator=(const ObjectPlace& other) {
   relative_ = other.relative_;
   local_ = other.local_;
   frozen_ = other.frozen_ ? std::make_unique<Placement>(*other.frozen_) : nullptr;
@@ -112,50 +112,50 @@ Place& Place::operator=(const Place& other) {
   return *this;
 }
 
-const Placement& Place::Frozen() const {
+const Placement& ObjectPlace::Frozen() const {
   static const Placement kNone;
   return frozen_ ? *frozen_ : kNone;
 }
 
-Matrix Place::RelativeMatrix() const {
+Matrix ObjectPlace::RelativeMatrix() const {
   return frozen_ ? kelvar::Product(kelvar::Inverse(FrozenMatrix()), local_) : local_;
 }
 
-void Place::SetRelativeMatrix(const Matrix& matrix) {
+void ObjectPlace::SetRelativeMatrix(const Matrix& matrix) {
   relative_ = PlacementOf(matrix, order_);
   local_ = frozen_ ? kelvar::Product(FrozenMatrix(), matrix) : matrix;
 }
 
-void Place::SetLocal(const Matrix& local) {
+void ObjectPlace::SetLocal(const Matrix& local) {
   local_ = local;
   relative_ = PlacementOf(RelativeMatrix(), order_);
 }
 
-void Place::SetPosition(const Vector& position) {
+void ObjectPlace::SetPosition(const Vector& position) {
   local_.off = position;
   relative_.position = frozen_ ? kelvar::Transformed(kelvar::Inverse(FrozenMatrix()), position) : position;
 }
 
 // What stays is kept with its shear, and an angle beyond a whole turn as it is.
-void Place::SetRelative(const Placement& relative) {
+void ObjectPlace::SetRelative(const Placement& relative) {
   const bool isMoved = relative.rotation == relative_.rotation && relative.scale == relative_.scale;
   relative_ = relative;
   if (!isMoved) return Compose();
   local_.off = frozen_ ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
 }
 
-void Place::SetFrozen(const Placement& frozen) {
+void ObjectPlace::SetFrozen(const Placement& frozen) {
   if (!frozen_) frozen_ = std::make_unique<Placement>();
   *frozen_ = frozen;
   Compose();
 }
 
-void Place::SetAbsolute(const Placement& absolute) {
+void ObjectPlace::SetAbsolute(const Placement& absolute) {
   if (!frozen_) return SetRelative(absolute);
   SetLocal(MatrixOf(absolute, order_));
 }
 
-void Place::SetOrder(int32_t order) {
+void ObjectPlace::SetOrder(int32_t order) {
   order = std::clamp<int32_t>(order, kOrderYXZ, kOrderHPB);
   if (order == order_) return;
   if (frozen_) frozen_->rotation = RotationAngles(RotationMatrix(frozen_->rotation, order_), order);
@@ -163,7 +163,7 @@ void Place::SetOrder(int32_t order) {
   order_ = order;
 }
 
-void Place::Compose() {
+void ObjectPlace::Compose() {
   local_ = MatrixOf(relative_, order_);
   if (frozen_) local_ = kelvar::Product(FrozenMatrix(), local_);
 }
