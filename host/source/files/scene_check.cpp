@@ -20,7 +20,8 @@ constexpr size_t kDeepest = 1000;               // node below node
 
 std::string Supported() {
   std::string all;
-  for (const SceneFormat& format : SceneFormats()) all += fmt::format("{}.{}", all.empty() ? "" : ", ", format.extension);
+  for (const SceneFormat& format : SceneFormats())
+    all += fmt::format("{}.{}", all.empty() ? "" : ", ", format.extension);
   return all;
 }
 
@@ -30,11 +31,11 @@ uint32_t NumberAt(std::string_view bytes, size_t at) {
   return number;
 }
 
-// Whether a file with these first bytes, of that size, may be of the format. Text is told by what is in no text.
+// Whether a file with these first bytes, of that size, may be of the format. Text is told by what is in no
+// text.
 bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
   const bool isText = head.find('\0') == head.npos;
-  if (extension == "glb")
-    return head.size() >= 20 && head.starts_with("glTF") && NumberAt(head, 8) <= size;
+  if (extension == "glb") return head.size() >= 20 && head.starts_with("glTF") && NumberAt(head, 8) <= size;
   if (extension == "3ds") {
     if (head.size() < 6) return false;
     const uint32_t length = NumberAt(head, 2);
@@ -63,8 +64,10 @@ bool IsFinite(const Matrix32& matrix) {
 void CheckMesh(const FileMesh& mesh, size_t materials) {
   const size_t points = mesh.points.size();
   for (const size_t count : {mesh.normals.size(), mesh.uvw.size(), mesh.colors.size()})
-    if (count != 0 && count != points) Refuse("a mesh lacks normals, colours or texture coordinates for some points");
-  if (mesh.material < -1 || mesh.material >= int64_t(materials)) Refuse("a mesh has a material that is not there");
+    if (count != 0 && count != points)
+      Refuse("a mesh lacks normals, colours or texture coordinates for some points");
+  if (mesh.material < -1 || mesh.material >= int64_t(materials))
+    Refuse("a mesh has a material that is not there");
   if (!std::ranges::all_of(mesh.points, [](const Vector32& point) { return IsFinite(point); }))
     Refuse(fmt::format("the mesh '{}' has a point at a place that is no number", mesh.name));
   if (!std::ranges::all_of(mesh.corners, [&](uint32_t corner) { return corner < points; }))
@@ -84,8 +87,7 @@ const SceneFormat& CheckFile(const fs::path& file) {
   if (error) Refuse(error.message());
   if (!fs::is_regular_file(status)) Refuse("it is no file");
   const SceneFormat* format = FindFormat(file.extension().native());
-  if (!format || !format->imports)
-    Refuse(fmt::format("its format is not known; these are: {}", Supported()));
+  if (!format || !format->imports) Refuse(fmt::format("its format is not known; these are: {}", Supported()));
   const uint64_t size = fs::file_size(file, error);
   if (error) Refuse(error.message());
   if (size == 0) Refuse("it is empty");
@@ -95,8 +97,7 @@ const SceneFormat& CheckFile(const fs::path& file) {
   stream.read(head.data(), std::streamsize(head.size()));
   if (!stream.is_open() || stream.bad()) Refuse("it can't be read");
   head.resize(size_t(stream.gcount()));
-  if (!Begins(format->extension, head, size))
-    Refuse(fmt::format("it is no whole .{} file", format->extension));
+  if (!Begins(format->extension, head, size)) Refuse(fmt::format("it is no whole .{} file", format->extension));
   return *format;
 }
 

@@ -8,7 +8,9 @@ namespace host {
 namespace {
 
 template <class Item>
-concept Plain = std::is_trivially_copyable_v<Item> && !requires(Item item) { Item::Fields(item); };
+concept Plain = std::is_trivially_copyable_v<Item> && !requires(Item item) {
+  Item::Fields(item);
+};
 
 class Packer {
  public:
@@ -29,7 +31,7 @@ class Packer {
       for (const Item& item : items) Put(item);
   }
   template <class Item>
-    requires requires(Item item) { Item::Fields(item); }
+  requires requires(Item item) { Item::Fields(item); }
   void Put(const Item& item) {
     std::apply([&](auto&... fields) { (Put(fields), ...); }, Item::Fields(item));
   }
@@ -63,7 +65,7 @@ class Unpacker {
     }
   }
   template <class Item>
-    requires requires(Item item) { Item::Fields(item); }
+  requires requires(Item item) { Item::Fields(item); }
   void Get(Item& item) {
     std::apply([&](auto&... fields) { (Get(fields), ...); }, Item::Fields(item));
   }

@@ -51,7 +51,7 @@ struct FileMaterial {
   std::string name;
   Vector32 color{0.8f, 0.8f, 0.8f}, specular{}, emissive{};
   float opacity = 1, refraction = 1, metallic = 0;
-  float roughness = -1;  // 0 to 1; below 0: not said
+  float roughness = -1;                                                         // 0 to 1; below 0: not said
   std::vector<std::string> textures = std::vector<std::string>(kTextureSlots);  // empty: none
   std::vector<int32_t> embedded = std::vector<int32_t>(kTextureSlots);  // whether the picture is in the file
 
@@ -109,9 +109,7 @@ struct FileRequest {
   int32_t seconds = 0;   // of work, after which it ends
   FileScene scene;       // to write
 
-  static auto Fields(auto& of) {
-    return std::tie(of.path, of.loader, of.exporter, of.seconds, of.scene);
-  }
+  static auto Fields(auto& of) { return std::tie(of.path, of.loader, of.exporter, of.seconds, of.scene); }
 };
 
 // What it answers: any number of kAnswerProgress, then one of the others.

@@ -14,15 +14,12 @@ Vector PointOf(const Vector32& point) { return {point.x, point.y, Mirrored(point
 
 double Finite(float number) { return std::isfinite(number) ? double(number) : 0; }
 
-int16_t Short(float number) {
-  return int16_t(std::lround(std::clamp(Finite(number), -1.0, 1.0) * 32000));
-}
+int16_t Short(float number) { return int16_t(std::lround(std::clamp(Finite(number), -1.0, 1.0) * 32000)); }
 
 // What is said of a corner, by the vertex of the file that it was.
 class Corners {
  public:
-  Corners(BaseObject& object, const FileScene& scene, const FileNode& node, int32_t polygons)
-      : scene_(scene) {
+  Corners(BaseObject& object, const FileScene& scene, const FileNode& node, int32_t polygons) : scene_(scene) {
     const auto say = [&](int32_t type, auto member) -> VariableTag* {
       const auto has = [&](int32_t mesh) { return !(scene.meshes[size_t(mesh)].*member).empty(); };
       return std::ranges::any_of(node.meshes, has) ? &AddBlock(object, type, polygons) : nullptr;

@@ -5,6 +5,8 @@
 #include <map>
 #include <stdexcept>
 
+#include "boundary/host.h"
+#include "files/scene_ids.h"
 #include "files/scene_mesh.h"
 #include "files/scene_ngon.h"
 #include "kelvar/vector.h"
@@ -139,8 +141,7 @@ const VariableTag* BlockOf(const PolygonObject& object, int32_t type, int32_t co
 
 bool IsColorOfPoints(const VariableTag* colors) {
   if (!colors) return false;
-  constexpr int32_t kPerPoint = 1000;  // ID_VERTEXCOLOR_PERPOINT
-  const HostGeData* value = container::FindData(&colors->data, kPerPoint);
+  const HostGeData* value = container::FindData(&colors->data, id::kColorOfPoints);
   return value && value->type == HOST_DATA_INT32 && value->value.integer;
 }
 
@@ -155,12 +156,13 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
   if (style.triangles)
     for (int32_t i = 0; i < count; ++i) AddTriangles(object, i, corners, sizes);
   else
-    JoinNgons(object.Polygons(), object.ngonEdges, true, corners, sizes);
+    JoinNgons(object.Polygons(), object.ngonEdges, corners, sizes);
 
   Attributes attributes{BlockOf(object, kDataUVW, count), BlockOf(object, kDataNormal, count),
                         FindBlock(object, kDataVertexColor), false};
   attributes.isColorOfPoints = IsColorOfPoints(attributes.colors);
-  if (attributes.colors && attributes.colors->Count() < (attributes.isColorOfPoints ? object.points.Count() : count))
+  if (attributes.colors &&
+      attributes.colors->Count() < (attributes.isColorOfPoints ? object.points.Count() : count))
     attributes.colors = nullptr;
 
   std::map<int32_t, std::vector<std::pair<size_t, uint32_t>>> faces;  // by material: first corner and size

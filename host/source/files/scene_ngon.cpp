@@ -67,7 +67,8 @@ class Cutter {
     for (size_t i = at + 2; i < at + count - 1; ++i) {
       const Vector& p = corner(i);
       if (p == a || p == b || p == c) continue;
-      if (!TurnsLeft(b, a, p, normal) && !TurnsLeft(c, b, p, normal) && !TurnsLeft(a, c, p, normal)) return false;
+      if (!TurnsLeft(b, a, p, normal) && !TurnsLeft(c, b, p, normal) && !TurnsLeft(a, c, p, normal))
+        return false;
     }
     return true;
   }
@@ -157,13 +158,13 @@ void CutNgon(std::span<const Vector> corners, std::vector<NgonPart>& parts) {
     cutter.Ears(normal);
 }
 
-void JoinNgons(std::span<const CPolygon> polygons, std::span<const uint8_t> inner, bool joins,
-               std::vector<Corner>& corners, std::vector<uint32_t>& sizes) {
+void JoinNgons(std::span<const CPolygon> polygons, std::span<const uint8_t> inner, std::vector<Corner>& corners,
+               std::vector<uint32_t>& sizes) {
   const auto count = int32_t(polygons.size());
-  Groups groups(joins ? polygons.size() : 0);
+  Groups groups(polygons.size());
   std::unordered_map<uint64_t, int32_t> edges;  // inner ones, by their ends
   const auto key = [](int32_t from, int32_t to) { return uint64_t(uint32_t(from)) << 32 | uint32_t(to); };
-  for (int32_t i = 0; joins && i < count; ++i) {
+  for (int32_t i = 0; i < count; ++i) {
     if (size_t(i) >= inner.size() || !inner[size_t(i)]) continue;
     const CPolygon& polygon = polygons[size_t(i)];
     ForEdges(polygon, [&](int32_t corner, int32_t edge) {

@@ -26,9 +26,9 @@ struct Corner {
 };
 
 // The faces of polygons: for each its corners in a row, and how many there are in `sizes`. Polygons whose inner
-// edges don't make one face of them stay single, as do all where `joins` is false.
-void JoinNgons(std::span<const CPolygon> polygons, std::span<const uint8_t> inner, bool joins,
-               std::vector<Corner>& corners, std::vector<uint32_t>& sizes);
+// edges don't make one face of them stay single.
+void JoinNgons(std::span<const CPolygon> polygons, std::span<const uint8_t> inner, std::vector<Corner>& corners,
+               std::vector<uint32_t>& sizes);
 
 inline int32_t CornerOf(const CPolygon& polygon, int32_t corner) {
   return corner == 0 ? polygon.a : corner == 1 ? polygon.b : corner == 2 ? polygon.c : polygon.d;

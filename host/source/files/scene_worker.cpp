@@ -117,12 +117,14 @@ class Conversation {
     }
     return FileAnswer(head_.answer);
   }
-  std::string_view Payload() const { return std::string_view(received_).substr(sizeof head_, size_t(head_.bytes)); }
+  std::string_view Payload() const {
+    return std::string_view(received_).substr(sizeof head_, size_t(head_.bytes));
+  }
 
  private:
   void Send() {
-    const ssize_t sent = send(process_.Socket(), request_.data() + sent_, request_.size() - sent_,
-                              MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent =
+        send(process_.Socket(), request_.data() + sent_, request_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent < 0) return;  // where it is at its end, that is received
     sent_ += size_t(sent);
     if (sent_ < request_.size()) return;

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
-#include <assimp/ProgressHandler.hpp>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -18,14 +17,9 @@
 namespace host {
 namespace {
 
-struct Handler : Assimp::ProgressHandler {
-  bool Update(float fraction) override {
-    if (fraction >= 0) ReportProgress(fraction);
-    return true;
-  }
-};
-
-std::string TextOf(const aiString& text) { return {text.data, std::min<size_t>(text.length, AI_MAXLEN - 1)}; }
+std::string TextOf(const aiString& text) {
+  return {text.data, std::min<size_t>(text.length, sizeof text.data - 1)};
+}
 
 Vector32 VectorOf(const aiVector3D& vector) { return {vector.x, vector.y, vector.z}; }
 
@@ -131,6 +125,18 @@ bool IsRootMadeUp(const aiNode& root, const std::string& loader) {
   return (loader != "glb" && loader != "gltf") || std::strcmp(root.mName.C_Str(), "ROOT") == 0;
 }
 
+// What a made-up root says of the system of the file. In Collada it scales to metres too; numbers stay as they
+// are.
+aiMatrix4x4 SystemOf(aiMatrix4x4 matrix, const std::string& loader) {
+  if (loader != "dae") return matrix;
+  for (unsigned row = 0; row < 3; ++row)
+    for (unsigned column = 0; column < 3; ++column) {
+      float& number = matrix[row][column];
+      number = float((number > 0) - (number < 0));
+    }
+  return matrix;
+}
+
 using NodeNumbers = std::unordered_map<std::string, int32_t>;
 
 NodeNumbers ReadNodes(const aiScene& scene, const std::string& loader, FileScene& made) {
@@ -147,7 +153,7 @@ NodeNumbers ReadNodes(const aiScene& scene, const std::string& loader, FileScene
     int32_t number = -1;
     aiMatrix4x4 below;
     if (node == scene.mRootNode && IsRootMadeUp(*node, loader)) {
-      below = node->mTransformation;
+      below = SystemOf(node->mTransformation, loader);
     } else {
       number = int32_t(made.nodes.size());
       FileNode& one = made.nodes.emplace_back();
@@ -167,12 +173,13 @@ void ReadCameras(const aiScene& scene, const NodeNumbers& numbers, FileScene& ma
     const aiCamera& camera = *scene.mCameras[i];
     const auto node = numbers.find(TextOf(camera.mName));
     if (node == numbers.end()) continue;
-    made.cameras.push_back({.node = node->second,
-                            .view = {VectorOf(camera.mPosition), VectorOf(camera.mLookAt), VectorOf(camera.mUp)},
-                            .angle = camera.mHorizontalFOV,
-                            .nearest = camera.mClipPlaneNear,
-                            .farthest = camera.mClipPlaneFar,
-                            .isParallel = camera.mOrthographicWidth > 0});
+    made.cameras.push_back(
+        {.node = node->second,
+         .view = {VectorOf(camera.mPosition), VectorOf(camera.mLookAt), VectorOf(camera.mUp)},
+         .angle = camera.mHorizontalFOV,
+         .nearest = camera.mClipPlaneNear,
+         .farthest = camera.mClipPlaneFar,
+         .isParallel = camera.mOrthographicWidth > 0});
   }
 }
 
@@ -216,7 +223,6 @@ FileScene ReadScene(const FileRequest& request) {
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ALL_MATERIALS, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ANIMATIONS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_WEIGHTS, false);
-  importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UNIT_SIZE, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
 
   const aiScene* scene = importer.ReadFile(std::filesystem::absolute(request.path).string(), 0);

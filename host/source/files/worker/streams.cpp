@@ -101,4 +101,9 @@ void FileFolder::Fail(int error) {
   if (fault_.empty()) fault_ = std::strerror(error);
 }
 
+bool Handler::Update(float fraction) {
+  if (fraction >= 0) ReportProgress(fraction);
+  return true;
+}
+
 }  // namespace host

@@ -3,6 +3,7 @@
 #define HOST_FILES_WORKER_STREAMS_H
 
 #include <assimp/IOSystem.hpp>
+#include <assimp/ProgressHandler.hpp>
 #include <filesystem>
 #include <string>
 
@@ -31,6 +32,11 @@ class FileFolder : public Assimp::IOSystem {
   std::filesystem::path file_, folder_;
   bool writes_;
   std::string fault_;
+};
+
+// Hands on what the library says of its progress.
+struct Handler : Assimp::ProgressHandler {
+  bool Update(float fraction) override;
 };
 
 }  // namespace host

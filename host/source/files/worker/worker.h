@@ -1,5 +1,5 @@
-// The program that reads and writes files of scenes. What a file does to the library's memory, stack or patience
-// happens to this process alone.
+// The program that reads and writes files of scenes. What a file does to the library's memory, stack or
+// patience happens to this process alone.
 #ifndef HOST_FILES_WORKER_WORKER_H
 #define HOST_FILES_WORKER_WORKER_H
 

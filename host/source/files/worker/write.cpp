@@ -163,13 +163,6 @@ void Fill(unsigned& count, Theirs**& items, size_t wanted, Make make) {
   for (size_t i = 0; i < wanted; ++i) items[i] = make(i);
 }
 
-struct Handler : Assimp::ProgressHandler {
-  bool Update(float fraction) override {
-    if (fraction >= 0) ReportProgress(fraction);
-    return true;
-  }
-};
-
 }  // namespace
 
 void WriteScene(const FileRequest& request) {
@@ -177,9 +170,8 @@ void WriteScene(const FileRequest& request) {
   auto& made = *new aiScene;
   made.mRootNode = MakeNodes(scene);
   const size_t materials = scene.materials.size();
-  Fill(made.mNumMaterials, made.mMaterials, materials + 1, [&](size_t i) {
-    return i < materials ? MakeMaterial(scene.materials[i]) : MakeDefaultMaterial();
-  });
+  Fill(made.mNumMaterials, made.mMaterials, materials + 1,
+       [&](size_t i) { return i < materials ? MakeMaterial(scene.materials[i]) : MakeDefaultMaterial(); });
   Fill(made.mNumMeshes, made.mMeshes, scene.meshes.size(),
        [&](size_t i) { return MakeMesh(scene.meshes[i], int32_t(materials)); });
   Fill(made.mNumCameras, made.mCameras, scene.cameras.size(),
