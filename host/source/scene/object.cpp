@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <memory>
 
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
+#include "evaluate/evaluation.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
@@ -16,8 +18,8 @@ uint32_t ElementSize(const NodeType& type) {
   constexpr struct {
     int32_t type;
     uint32_t size;
-  } kSizes[] = {{kDataPoint, sizeof(Vector)},      {kDataPolygon, sizeof(CPolygon)},
-                {kDataTangent, sizeof(Tangent)},   {kDataUVW, sizeof(UVWStruct)},
+  } kSizes[] = {{kDataPoint, sizeof(Vector)},        {kDataPolygon, sizeof(CPolygon)},
+                {kDataTangent, sizeof(Tangent)},     {kDataUVW, sizeof(UVWStruct)},
                 {kDataSegment, sizeof(HostSegment)}, {kDataVertexMap, sizeof(float)},
                 {kDataNormal, 12 * sizeof(int16_t)}, {kDataVertexColor, 4 * sizeof(ColorA32)}};
   for (const auto& known : kSizes)
@@ -46,7 +48,9 @@ std::atomic<int64_t> g_objects{0};
 
 }  // namespace
 
+// What is no number is nowhere.
 void Box::Add(const Vector& p) {
+  if (std::isnan(p.x + p.y + p.z)) return;
   if (IsEmpty()) {
     low = high = p;
     return;
@@ -111,7 +115,8 @@ Matrix UpMatrix(const BaseObject& object) {
     const bool isCached = node.list && node.list->branch == kCacheBranch;
     return isCached ? As<BaseObject>(node.list->owner) : nullptr;
   };
-  for (const BaseObject* at = above(object); at; at = above(*at)) matrix = kelvar::Product(at->place.Local(), matrix);
+  for (const BaseObject* at = above(object); at; at = above(*at))
+    matrix = kelvar::Product(at->place.Local(), matrix);
   return matrix;
 }
 
@@ -119,24 +124,26 @@ Matrix GlobalMatrix(const BaseObject& object) {
   return kelvar::Product(UpMatrix(object), object.place.Local());
 }
 
+const BaseObject& ShapeOf(const BaseObject& object) {
+  const GeListHead* deformed = FindBranch(object, kDeformBranch);
+  return deformed && deformed->down ? static_cast<const BaseObject&>(*deformed->down) : object;
+}
+
 Box BoxOf(const BaseObject& object) {
-  const BaseObject* deformed = DeformCacheOf(object);
-  Box box = (deformed ? *deformed : object).OwnBox();
-  const GeListHead* caches = FindBranch(object, kCacheBranch);
-  std::vector<std::pair<const GeListNode*, Matrix>> pending;
-  if (caches && caches->down) pending.emplace_back(caches->down, kIdentityMatrix);
+  Box box;
+  std::vector<std::pair<const GeListNode*, Matrix>> pending{{&object, kIdentityMatrix}};
   while (!pending.empty()) {
     const auto [node, up] = pending.back();
     pending.pop_back();
-    if (node->next) pending.emplace_back(node->next, up);
-    const auto* cached = As<BaseObject>(node);
-    if (!cached || cached == deformed) continue;
-    const Matrix matrix = kelvar::Product(up, cached->place.Local());
-    const BaseObject* shape = DeformCacheOf(*cached);
-    box.Add((shape ? *shape : *cached).OwnBox(), matrix);
-    if (node->down) pending.emplace_back(node->down, matrix);
-    const GeListHead* inner = FindBranch(*cached, kCacheBranch);
-    if (inner && inner->down && !shape) pending.emplace_back(inner->down, matrix);
+    if (node != &object && node->next) pending.emplace_back(node->next, up);
+    const auto* one = As<BaseObject>(node);
+    if (!one) continue;
+    const Matrix matrix = one == &object ? up : kelvar::Product(up, one->place.Local());
+    const BaseObject& shape = ShapeOf(*one);
+    box.Add(shape.OwnBox(), matrix);
+    if (one != &object && one->down) pending.emplace_back(one->down, matrix);
+    const GeListHead* cache = &shape == one ? FindBranch(*one, kCacheBranch) : nullptr;
+    if (cache && cache->down) pending.emplace_back(cache->down, matrix);
   }
   return box;
 }
@@ -151,7 +158,7 @@ void VariableTag::CopyOwn(BaseList2D& to) const { static_cast<VariableTag&>(to).
 
 void SelectionTag::CopyOwn(BaseList2D& to) const { static_cast<SelectionTag&>(to).selection = selection; }
 
-BaseObject::BaseObject(const NodeType& ofType) : BaseList2D(ofType), number(++g_objects) {}
+BaseObject::BaseObject(const NodeType& ofType) : BaseList2D(ofType), number(++g_objects) { MeetObject(ofType); }
 
 BaseObject::~BaseObject() = default;
 
@@ -237,4 +244,5 @@ void PolygonObject::CopyOwn(BaseList2D& to) const {
 SplineObject::SplineObject(const NodeType& ofType)
     : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}
 
-LineObject::LineObject(const NodeType& ofType) : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}
+LineObject::LineObject(const NodeType& ofType)
+    : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}
