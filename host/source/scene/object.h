@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "scene/atom.h"
@@ -32,6 +33,9 @@ enum ObjectType : int32_t {
   kTypeLineObject = 5137,
   kTypePointObject = 5156
 };
+
+enum SplineParameter : int32_t { kSplineType = 1000, kSplineClosed = 1001 };
+constexpr int32_t kSplineBezier = 4;
 
 // The list of what an object made when it was evaluated. No one but the host looks into it.
 constexpr int32_t kCacheBranch = -1;

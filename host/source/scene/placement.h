@@ -42,13 +42,14 @@ class Place {
 
   const Matrix& Local() const { return local_; }
   void SetLocal(const Matrix& local);
+  void SetPosition(const Vector& position);
   Matrix RelativeMatrix() const;
   void SetRelativeMatrix(const Matrix& matrix);
   Matrix FrozenMatrix() const { return frozen_ ? MatrixOf(*frozen_, order_) : kIdentityMatrix; }
 
   const Placement& Relative() const { return relative_; }
   const Placement& Frozen() const;
-  Placement Absolute() const { return PlacementOf(local_, order_); }
+  Placement Absolute() const { return frozen_ ? PlacementOf(local_, order_) : relative_; }
 
   void SetRelative(const Placement& relative);
   void SetFrozen(const Placement& frozen);
