@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <memory>
 
 #include "boundary/host.h"
-#include "evaluate/evaluate.h"
+#include "evaluate/evaluation.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
@@ -46,7 +47,9 @@ std::atomic<int64_t> g_objects{0};
 
 }  // namespace
 
+// What is no number is nowhere.
 void Box::Add(const Vector& p) {
+  if (std::isnan(p.x + p.y + p.z)) return;
   if (IsEmpty()) {
     low = high = p;
     return;
@@ -119,24 +122,26 @@ Matrix GlobalMatrix(const BaseObject& object) {
   return kelvar::Product(UpMatrix(object), object.place.Local());
 }
 
+const BaseObject& ShapeOf(const BaseObject& object) {
+  const GeListHead* deformed = FindBranch(object, kDeformBranch);
+  return deformed && deformed->down ? static_cast<const BaseObject&>(*deformed->down) : object;
+}
+
 Box BoxOf(const BaseObject& object) {
-  const BaseObject* deformed = DeformCacheOf(object);
-  Box box = (deformed ? *deformed : object).OwnBox();
-  const GeListHead* caches = FindBranch(object, kCacheBranch);
-  std::vector<std::pair<const GeListNode*, Matrix>> pending;
-  if (caches && caches->down) pending.emplace_back(caches->down, kIdentityMatrix);
+  Box box;
+  std::vector<std::pair<const GeListNode*, Matrix>> pending{{&object, kIdentityMatrix}};
   while (!pending.empty()) {
     const auto [node, up] = pending.back();
     pending.pop_back();
-    if (node->next) pending.emplace_back(node->next, up);
-    const auto* cached = As<BaseObject>(node);
-    if (!cached || cached == deformed) continue;
-    const Matrix matrix = kelvar::Product(up, cached->place.Local());
-    const BaseObject* shape = DeformCacheOf(*cached);
-    box.Add((shape ? *shape : *cached).OwnBox(), matrix);
-    if (node->down) pending.emplace_back(node->down, matrix);
-    const GeListHead* inner = FindBranch(*cached, kCacheBranch);
-    if (inner && inner->down && !shape) pending.emplace_back(inner->down, matrix);
+    if (node != &object && node->next) pending.emplace_back(node->next, up);
+    const auto* one = As<BaseObject>(node);
+    if (!one) continue;
+    const Matrix matrix = one == &object ? up : kelvar::Product(up, one->place.Local());
+    const BaseObject& shape = ShapeOf(*one);
+    box.Add(shape.OwnBox(), matrix);
+    if (one != &object && one->down) pending.emplace_back(one->down, matrix);
+    const GeListHead* cache = &shape == one ? FindBranch(*one, kCacheBranch) : nullptr;
+    if (cache && cache->down) pending.emplace_back(cache->down, matrix);
   }
   return box;
 }

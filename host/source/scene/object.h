@@ -39,6 +39,8 @@ constexpr int32_t kSplineBezier = 4;
 
 // The list of what an object made when it was evaluated. No one but the host looks into it.
 constexpr int32_t kCacheBranch = -1;
+constexpr int32_t kDeformBranch = -2;  // what deformers made of its points
+constexpr int32_t kIsoparmBranch = -3;
 
 // An axis-aligned box; empty while `low` is above `high`.
 struct Box {
@@ -48,7 +50,7 @@ struct Box {
   void Add(const Box& box, const Matrix& matrix);
 };
 
-struct Evaluation;  // evaluate/evaluate.h
+struct Evaluation;  // evaluate/evaluation.h
 
 }  // namespace host
 
@@ -158,6 +160,9 @@ LineObject* NewLineObject(int32_t points, int32_t segments);
 // From the object to the world. The cache of a generator stands in the generator.
 Matrix GlobalMatrix(const BaseObject& object);
 Matrix UpMatrix(const BaseObject& object);
+
+// The object as deformers left it, or itself.
+const BaseObject& ShapeOf(const BaseObject& object);
 
 // The box of the object's own geometry and, of a generator, of what it made last; in the object's system.
 Box BoxOf(const BaseObject& object);
