@@ -108,7 +108,8 @@ Groups JoinCorners(const Surface& surface, double limit, bool usesBreaks) {
   Groups corners(4 * polygons.size());
   for (size_t i = 0; i < polygons.size(); ++i)
     if (IsTriangle(polygons[i])) corners.Join(int32_t(4 * i + 2), int32_t(4 * i + 3));
-  const auto breaks = usesBreaks ? Bytes(surface.object.phongBreak, 4 * polygons.size()) : std::vector<uint8_t>();
+  const auto breaks =
+      usesBreaks ? Bytes(surface.object.phongBreak, 4 * polygons.size()) : std::vector<uint8_t>();
   surface.ForEachSeam([&](size_t side, size_t other) {
     const bool isBroken = usesBreaks && (breaks[side] || breaks[other]);
     const bool isSharp = IsWider(surface.normals[side / 4], surface.normals[other / 4], limit);

@@ -25,7 +25,7 @@ struct Ngons {
       return;
     }
     const Neighbor neighbor = NeighborOf(object);
-    Groups groups(size_t(polygons));
+    Groups groups(of.size());
     for (int32_t i = 0; i < polygons; ++i)
       for (int32_t k = 0; k < 4; ++k) {
         const int32_t edge = InnerEdges(object, i) >> k & 1 ? neighbor.edgeOf[size_t(4 * i + k)] : -1;

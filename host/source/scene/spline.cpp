@@ -24,8 +24,8 @@ Vector VelocityOf(const Cubic& c, double t) {
 
 // Where the velocity is zero, the direction in which the curve leaves; at its end, that in which it arrives.
 Vector DirectionOf(const Cubic& c, double t) {
-  const double size = std::max({kelvar::Distance(c[0], c[1]), kelvar::Distance(c[1], c[2]),
-                                kelvar::Distance(c[2], c[3])});
+  const double size =
+      std::max({kelvar::Distance(c[0], c[1]), kelvar::Distance(c[1], c[2]), kelvar::Distance(c[2], c[3])});
   const auto isZero = [size](const Vector& v) { return kelvar::Length(v) <= 1e-12 * size; };
   const Vector velocity = VelocityOf(c, t);
   if (!isZero(velocity)) return velocity;
@@ -169,7 +169,8 @@ double Curve::Length() const {
       length += kelvar::Distance(c[0], c[3]);
       continue;
     }
-    const double size = kelvar::Distance(c[0], c[1]) + kelvar::Distance(c[1], c[2]) + kelvar::Distance(c[2], c[3]);
+    const double size =
+        kelvar::Distance(c[0], c[1]) + kelvar::Distance(c[1], c[2]) + kelvar::Distance(c[2], c[3]);
     length += LengthOf(c, 0, 1, Integrate(c, 0, 1), kTolerance * size, kDepth);
   }
   return length;

@@ -12,14 +12,6 @@ bool IsBezier(const SplineObject& spline) {
   return splineobject::GetInterpolationType(&spline) == kSplineBezier;
 }
 
-// The segments may say anything; each has those of the points that are left for it. Answers the first point.
-size_t FirstPoint(std::span<const HostSegment> segments, size_t segment, size_t points) {
-  size_t first = 0;
-  for (size_t i = 0; i < segment && first < points; ++i)
-    first += std::min(size_t(std::max(segments[i].cnt, 0)), points - first);
-  return first;
-}
-
 VariableTag* TangentsOf(const SplineObject& spline) {
   return IsBezier(spline) ? FindBlock(spline, kDataTangent) : nullptr;
 }
@@ -33,29 +25,50 @@ std::span<Tangent> MakeTangents(SplineObject& spline) {
   return tag->Items<Tangent>();
 }
 
+// The curve of so many of the points.
+Curve MakeCurve(const SplineObject& spline, size_t first, size_t count, bool isClosed) {
+  Curve curve = {.points = spline.Points().subspan(first, count),
+                 .tangents = {},
+                 .interpolation = Interpolation(splineobject::GetInterpolationType(&spline)),
+                 .isClosed = isClosed};
+  if (const VariableTag* tag = TangentsOf(spline)) {
+    const auto tangents = tag->Items<Tangent>();
+    if (first < tangents.size())
+      curve.tangents = tangents.subspan(first, std::min(count, tangents.size() - first));
+  }
+  return curve;
+}
+
+// The points of a segment. The segments may say anything: each has those of the points that are left for it.
+struct Range {
+  size_t first, count;
+};
+
+Range RangeBehind(const Range& range, const HostSegment& segment, size_t points) {
+  const size_t first = range.first + range.count;
+  return {first, std::min(size_t(std::max(segment.cnt, 0)), points - first)};
+}
+
+template <class Visit>
+void ForEachCurve(const SplineObject& spline, Visit visit) {
+  if (spline.Segments().empty()) return visit(size_t(0), CurveOf(spline, 0));
+  Range range{};
+  for (const HostSegment& segment : spline.Segments()) {
+    range = RangeBehind(range, segment, spline.Points().size());
+    visit(range.first, MakeCurve(spline, range.first, range.count, segment.closed != 0));
+  }
+}
+
 }  // namespace
 
 Curve CurveOf(const SplineObject& spline, int32_t segment) {
-  const auto points = spline.Points();
+  const size_t points = spline.Points().size();
   const auto segments = spline.Segments();
   if (segment < 0 || size_t(segment) >= std::max<size_t>(segments.size(), 1)) return {};
-  Curve curve;
-  curve.interpolation = Interpolation(splineobject::GetInterpolationType(&spline));
-  size_t first = 0, count = points.size();
-  if (segments.empty()) {
-    curve.isClosed = NumberOf(spline, kSplineClosed, 0) != 0;
-  } else {
-    const HostSegment& own = segments[size_t(segment)];
-    first = FirstPoint(segments, size_t(segment), points.size());
-    count = std::min(size_t(std::max(own.cnt, 0)), points.size() - first);
-    curve.isClosed = own.closed != 0;
-  }
-  curve.points = points.subspan(first, count);
-  if (const VariableTag* tag = TangentsOf(spline)) {
-    const auto tangents = tag->Items<Tangent>();
-    if (first < tangents.size()) curve.tangents = tangents.subspan(first, std::min(count, tangents.size() - first));
-  }
-  return curve;
+  if (segments.empty()) return MakeCurve(spline, 0, points, NumberOf(spline, kSplineClosed, 0) != 0);
+  Range range{};
+  for (const HostSegment& one : segments.first(size_t(segment) + 1)) range = RangeBehind(range, one, points);
+  return MakeCurve(spline, range.first, range.count, segments[size_t(segment)].closed != 0);
 }
 
 }  // namespace host
@@ -94,12 +107,9 @@ void SetDefaultCoeff(SplineObject* self) {
   if (!spline || !IsBezier(*spline)) return;
   const auto tangents = MakeTangents(*spline);
   std::fill(tangents.begin(), tangents.end(), Tangent{});
-  const Vector* base = spline->Points().data();
-  for (int32_t i = 0; i < std::max(GetSegmentCount(self), 1); ++i) {
-    const Curve curve = CurveOf(*spline, i);
-    for (size_t k = 0; k < curve.points.size(); ++k)
-      tangents[size_t(curve.points.data() - base) + k] = curve.SmoothTangent(int32_t(k));
-  }
+  ForEachCurve(*spline, [&](size_t first, const Curve& curve) {
+    for (size_t i = 0; i < curve.points.size(); ++i) tangents[first + i] = curve.SmoothTangent(int32_t(i));
+  });
   Touch(*spline, DIRTYFLAGS_DATA);
 }
 
@@ -157,7 +167,7 @@ double GetSplineLength(const SplineObject* self, int32_t segment) {
   if (segment >= 0) return CurveOf(*spline, segment).Length();
   if (segment != -1) return 0;
   double length = 0;
-  for (int32_t i = 0; i < std::max(GetSegmentCount(spline), 1); ++i) length += CurveOf(*spline, i).Length();
+  ForEachCurve(*spline, [&](size_t, const Curve& curve) { length += curve.Length(); });
   return length;
 }
 
