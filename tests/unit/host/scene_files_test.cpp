@@ -66,7 +66,7 @@ class SceneFiles : public Scene {
   }
 
   static void FillPlate(PolygonObject& plate) {
-    const std::vector<Vector> places{{0, 0, 0}, {0, 4, 0}, {1, 4, 0}, {1, 1, 0},  {4, 1, 0},  {4, 0, 0},
+    const std::vector<Vector> places{{0, 0, 0}, {0, 4, 0}, {1, 4, 0},  {1, 1, 0}, {4, 1, 0}, {4, 0, 0},
                                      {8, 0, 0}, {9, 0, 0}, {10, 1, 0}, {9, 2, 0}, {8, 2, 0}, {7, 1, 0}};
     plate.points.Resize(int32_t(places.size()));
     std::ranges::copy(places, plate.Points().begin());
@@ -115,7 +115,8 @@ TEST_F(SceneFiles, Explore) {
       int depth = 0;
       for (GeListNode* n = o->up; n; n = n->up) ++depth;
       const Matrix& m = o->place.Local();
-      printf("%*s%s %d off %g %g %g v1 %g %g %g v3 %g %g %g", depth * 2, "", NameOf(*o).c_str(), o->type.id, m.off.x, m.off.y, m.off.z, m.v1.x, m.v1.y, m.v1.z, m.v3.x, m.v3.y, m.v3.z);
+      printf("%*s%s %d off %g %g %g v1 %g %g %g v3 %g %g %g", depth * 2, "", NameOf(*o).c_str(), o->type.id,
+             m.off.x, m.off.y, m.off.z, m.v1.x, m.v1.y, m.v1.z, m.v3.x, m.v3.y, m.v3.z);
       if (auto* p = As<PolygonObject>(o)) printf(" points %d polys %d", p->points.Count(), p->polygons.Count());
       printf("\n");
     }
@@ -128,10 +129,14 @@ TEST_F(SceneFiles, Explore) {
     if (!format.exports) continue;
     try {
       fs::path file = Save(*small, format);
-      for (auto& e : fs::directory_iterator(folder_.Path())) printf("%s %d\n", e.path().c_str(), (int)fs::file_size(e.path()));
+      fs::copy(file, "/tmp/fx/k/" / file.filename(), fs::copy_options::overwrite_existing);
+      for (auto& e : fs::directory_iterator(folder_.Path()))
+        printf("%s %d\n", e.path().c_str(), (int)fs::file_size(e.path()));
       Document again = Import(file);
       print(format.extension, *again);
-    } catch (const std::exception& e) { printf("%s FAILED %s\n", format.extension, e.what()); }
+    } catch (const std::exception& e) {
+      printf("%s FAILED %s\n", format.extension, e.what());
+    }
   }
 }
 

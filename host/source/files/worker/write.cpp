@@ -178,7 +178,6 @@ void WriteScene(const FileRequest& request) {
        [&](size_t i) { return MakeCamera(scene, scene.cameras[i]); });
   Fill(made.mNumLights, made.mLights, scene.lights.size(),
        [&](size_t i) { return MakeLight(scene, scene.lights[i]); });
-  made.mFlags |= AI_SCENE_FLAGS_NON_VERBOSE_FORMAT;  // corners share vertices
 
   auto& exporter = *new Assimp::Exporter;
   auto* folder = new FileFolder(request.path, true);
