@@ -16,9 +16,9 @@ constexpr SceneFormat kFormats[] = {
     {1023868, "FORMAT_STLEXPORT", "stl", "stlb", true, true},
     {1041130, "FORMAT_PLYEXPORT", "ply", "plyb", true, true},
     {1041129, "FORMAT_GLBEXPORT", "glb", "glb2", true, true},
-    {1041128, "FORMAT_GLTFEXPORT", "gltf", "gltf2", true, false},
-    {1026370, "FORMAT_FBXEXPORT", "fbx", "fbxa", true, false},
-    {1001010, "FORMAT_3DSEXPORT", "3ds", "3ds", true, false},
+    {1041128, nullptr, "gltf", nullptr, true, false},
+    {1026370, nullptr, "fbx", nullptr, true, false},
+    {1001010, nullptr, "3ds", nullptr, true, false},
 };
 
 }  // namespace
