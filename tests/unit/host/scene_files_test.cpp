@@ -318,18 +318,19 @@ TEST_F(SceneFiles, SeamsDoNotSplitPoints) {
 // What a file names outside of its folder is not read.
 TEST_F(SceneFiles, FilesStayInTheirFolder) {
   folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
-  folder_.Write("scene/inside.mtl", "newmtl Blue\nKd 0 0 1\n");
+  folder_.Write("scene/inside.mtl", "newmtl Red\nKd 1 0 0\n");
   const std::string triangle = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
-  const auto names = [&](const std::string& library, const std::string& material) {
-    const std::string text = "mtllib " + library + "\n" + triangle + "usemtl " + material + "\nf 1 2 3\n";
+  const auto isRead = [&](const std::string& library) {
+    const std::string text = "mtllib " + library + "\n" + triangle + "usemtl Red\nf 1 2 3\n";
     Document document = Import(folder_.Write("scene/a.obj", text));
-    return MaterialNames(*document);
+    const auto& material = static_cast<BaseMaterial&>(*FindBranch(*document, kTypeMaterial)->down);
+    return container::FindData(&material.data, id::kMaterialColor)->value.vector == Vector{1, 0, 0};
   };
-  EXPECT_EQ(names("inside.mtl", "Blue"), std::vector<std::string>{"Blue"});
-  EXPECT_EQ(names("../outside.mtl", "Red"), std::vector<std::string>{});
-  EXPECT_EQ(names((folder_.Path() / "outside.mtl").native(), "Red"), std::vector<std::string>{});
+  EXPECT_TRUE(isRead("inside.mtl"));
+  EXPECT_FALSE(isRead("../outside.mtl"));
+  EXPECT_FALSE(isRead((folder_.Path() / "outside.mtl").native()));
   fs::create_symlink("../outside.mtl", folder_.Path() / "scene/link.mtl");
-  EXPECT_EQ(names("link.mtl", "Red"), std::vector<std::string>{});
+  EXPECT_FALSE(isRead("link.mtl"));
 }
 
 TEST_F(SceneFiles, PartsOfAFileCanBeLeftOut) {
@@ -569,11 +570,13 @@ TEST_F(SceneFiles, WrongNgonsStayPolygons) {
     std::vector<uint32_t> sizes;
     JoinNgons(polygons, inner, corners, sizes);
     EXPECT_EQ(corners.size(), std::accumulate(sizes.begin(), sizes.end(), size_t(0)));
-    EXPECT_EQ(sizes.size(), inner == (std::vector<uint8_t>{4, 1}) ? 2u : 3u);
+    EXPECT_EQ(sizes.size(), inner.size() > 1 && inner[1] == 1 && inner[0] == 4 ? 2u : 3u);
   }
 }
 
-// The numbers are those of `assimp info` and of a count of the distinct places in each node's meshes.
+// Objects, materials and textures as `assimp info` counts them, but for the root and the material that it adds;
+// the rest was found by a script that reads the files by itself: faces, the distinct places of each node's
+// points, and the box of all.
 struct Model {
   const char* file;
   size_t objects, points, polygons, materials, textures;
@@ -599,11 +602,12 @@ TEST_P(RealModels, LoadAndComeBack) {
     Document again = Import(Save(*document, Format(extension)));
     EXPECT_EQ(CountPolygons(*again), model.polygons) << extension;
     const bool keepsObjects = *extension == 'g' || *extension == 'd';
+    const Facets with{true, false, true, false};  // materials of one name get others in Collada
     if (keepsObjects) {
       EXPECT_EQ(CountPoints(*again), model.points) << extension;
     }
     if (keepsObjects) {
-      EXPECT_EQ(FacesOf(*again, {}), FacesOf(*document, {})) << extension;
+      EXPECT_EQ(FacesOf(*again, with), FacesOf(*document, with)) << extension;
     }
     const Box other = WorldBox(*again);
     EXPECT_LE(kelvar::Distance(box.low, other.low), 1e-3) << extension;
@@ -627,8 +631,8 @@ INSTANTIATE_TEST_SUITE_P(
                             121496,
                             34,
                             0,
-                            {-494.889771, -424.913788, -465.225525},
-                            {566.692200, 843.362366, 456.138702}}),
+                            {-371.692263, -180.971558, -127.999996},
+                            {371.692169, 92.041562, 139.999993}}),
     [](const auto& info) {
       return std::string(info.param.file).substr(0, std::string(info.param.file).find('.'));
     });
