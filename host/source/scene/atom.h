@@ -87,15 +87,18 @@ struct GeListHead : GeListNode {
 struct BaseList2D : GeListNode {
   explicit BaseList2D(const host::NodeType& ofType);
 
+  // Parameters that do not lie in the container; false for others.
+  virtual bool ReadOwn(int32_t parameter, host::Value& value) const;
+  virtual bool WriteOwn(int32_t parameter, const HostGeData& value);
+  // Copies what nodes of this class have beside a name and a container into another one of the same type.
+  virtual void CopyOwn(BaseList2D& to) const;
+
   host::Text name;
   BaseContainer data;
   uint32_t seenData = data.dirty;               // the changes of `data` that are in `changed`
   std::unique_ptr<DynamicDescription> dynamic;  // null until it is asked for
 };
 
-struct BaseObject : BaseList2D {
-  using BaseList2D::BaseList2D;
-};
 struct BaseTag : BaseList2D {
   using BaseList2D::BaseList2D;
 };
@@ -108,12 +111,14 @@ struct BaseShader : BaseList2D {
 
 struct CTrack : BaseList2D {
   using BaseList2D::BaseList2D;
+  void CopyOwn(BaseList2D& to) const override;
 
   std::vector<DescLevel> parameter;
 };
 
 struct LayerObject : BaseList2D {
   explicit LayerObject(const host::NodeType& ofType);
+  void CopyOwn(BaseList2D& to) const override;
 
   HostLayerData says;
 };

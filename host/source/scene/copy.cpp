@@ -5,6 +5,7 @@
 #include "boundary/host.h"
 #include "scene/aliastrans.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 
 namespace host {
@@ -16,12 +17,20 @@ struct PluginPair {
 };
 
 bool CopiesBranch(int32_t branch, int32_t flags) {
+  if (branch == kCacheBranch || branch == kDeformBranch) return false;
   if (flags & COPYFLAGS_NO_BRANCHES) return false;
   return !(flags & COPYFLAGS_NO_ANIMATION && (branch == kTypeTrack || branch == kTypeNLA));
 }
 
 // Elements are, but neither heads nor plug-ins, whose type nobody else can have.
 bool IsCopied(const QLXAtom& atom) { return !IsHead(atom) && FindType(atom.type.id) == &atom.type; }
+
+// The node of the list that stands for one which belongs to its owner for good; null where there is none.
+BaseList2D* FixedTwin(const GeListNode& node, const GeListNode& list) {
+  for (GeListNode* other = list.down; other; other = other->next)
+    if (other->isFixed && &other->type == &node.type) return static_cast<BaseList2D*>(other);
+  return nullptr;
+}
 
 class Copier {
  public:
@@ -37,8 +46,8 @@ class Copier {
       pending.pop_back();
       const auto copyList = [&](const GeListNode& list, GeListNode& into) {
         for (const GeListNode* node = list.down; node; node = node->next) {
-          auto* made = static_cast<BaseList2D*>(NewNode(node->type));
-          Append(*made, into);
+          BaseList2D* made = node->isFixed ? FixedTwin(*node, into) : nullptr;
+          if (!made) Append(*(made = static_cast<BaseList2D*>(NewNode(node->type))), into);
           pending.emplace_back(static_cast<const BaseList2D*>(node), made);
           CopyOwn(*pending.back().first, *made);
         }
@@ -56,8 +65,7 @@ class Copier {
     to.data = from.data;
     to.dynamic = from.dynamic ? from.dynamic->Clone() : nullptr;
     if (!(flags_ & COPYFLAGS_NO_BITS)) to.bits = from.bits;
-    if (const auto* track = As<CTrack>(&from)) static_cast<CTrack&>(to).parameter = track->parameter;
-    if (const auto* layer = As<LayerObject>(&from)) static_cast<LayerObject&>(to).says = layer->says;
+    from.CopyOwn(to);
     if (from.extras || to.extras) CopyExtras(from, to);
     if (trans_) trans_->Record(from, to);
     if (!from.isPlugin) return;
@@ -113,11 +121,23 @@ std::vector<int32_t> BranchesOf(const BaseList2D& first, const BaseList2D& secon
   return ids;
 }
 
-// Moves the nodes of a list to where others were. Those may run the code of others when they go.
+// The first node of the list that does not belong to its owner for good.
+GeListNode* FirstLoose(const GeListNode& list) {
+  GeListNode* node = list.down;
+  while (node && node->isFixed) node = node->next;
+  return node;
+}
+
+// Moves the nodes of a list to where others were; what belongs to its owner for good becomes a copy of its
+// twin. Those that were there may run the code of others when they go.
 void Replace(GeListNode& from, GeListNode& to) {
   const Hold hold(to);
-  while (to.down && !to.down->isEnding) DestroyNow(to.down);
-  while (!to.IsDead() && from.down && Place(*from.down, to, to.downLast)) {
+  for (GeListNode* node = FirstLoose(to); node && !node->isEnding; node = FirstLoose(to)) DestroyNow(node);
+  if (to.IsDead()) return;
+  for (const GeListNode* node = from.down; node; node = node->next)
+    if (BaseList2D* twin = node->isFixed ? FixedTwin(*node, to) : nullptr)
+      static_cast<const BaseList2D*>(node)->CopyOwn(*twin);
+  for (GeListNode* node = FirstLoose(from); node && Place(*node, to, to.downLast); node = FirstLoose(from)) {
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include "boundary/host.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 #include "tables/tables.h"
 

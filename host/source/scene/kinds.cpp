@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "boundary/host.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 #include "tables/tables.h"
 
@@ -32,9 +33,53 @@ constexpr KindInfo kKinds[] = {
 };
 static_assert(std::size(kKinds) == size_t(Kind::kHead) + 1);
 
+template <class Node>
+GeListNode* Make(const NodeType& type) {
+  return new Node(type);
+}
+
+GeListNode* MakeHead(const NodeType&) { return new GeListHead; }
+
+// The class of the nodes of a type, and of those that derive from it: the last one that fits.
+struct NodeClass {
+  int32_t base;
+  GeListNode* (*make)(const NodeType& type);
+};
+
+constexpr NodeClass kClasses[] = {
+    {kTypeObject, Make<BaseObject>},
+    {kTypePointObject, Make<PointObject>},
+    {kTypePolygonObject, Make<PolygonObject>},
+    {kTypeSplineObject, Make<SplineObject>},
+    {kTypeLineObject, Make<LineObject>},
+    {kTypeTag, Make<BaseTag>},
+    {kTypeVariableTag, Make<VariableTag>},
+    {5673, Make<SelectionTag>},
+    {5674, Make<SelectionTag>},
+    {5701, Make<SelectionTag>},
+    {kTypeMaterial, Make<BaseMaterial>},
+    {kTypeShader, Make<BaseShader>},
+    {kTypeTrack, Make<CTrack>},
+    {kTypeLayer, Make<LayerObject>},
+    {kTypeDocument, Make<BaseDocument>},
+    {kTypeHead, MakeHead},
+};
+
+// The types of blocks that objects of this host's classes can't be without.
+constexpr struct {
+  int32_t id, base;
+  const char* name;
+} kNeeded[] = {
+    {kTypeVariableTag, kTypeTag, "Variable Tag"},      {kDataPoint, kTypeVariableTag, "Point"},
+    {kDataPolygon, kTypeVariableTag, "Polygon"},       {kDataSegment, kTypeVariableTag, "Segment"},
+    {kDataTangent, kTypeVariableTag, "Tangent"},       {kTypePointObject, kTypeObject, "Point Object"},
+    {kTypePolygonObject, kTypePointObject, "Polygon"}, {kTypeSplineObject, kTypePointObject, "Spline"},
+    {kTypeLineObject, kTypePointObject, "Line"}};
+
 // What every atom of a type shares.
 struct Shared {
   Kind kind = Kind::kNone;
+  GeListNode* (*make)(const NodeType& type) = Make<BaseList2D>;
   Text name;
 };
 
@@ -53,6 +98,8 @@ const Shared& SharedOf(const NodeType& type) {
     shared.name = type.name;
     for (const KindInfo& info : kKinds)
       if (info.base && AllNodeTypes().Derives(type, info.base)) shared.kind = info.kind;
+    for (const NodeClass& one : kClasses)
+      if (AllNodeTypes().Derives(type, one.base)) shared.make = one.make;
   }
   latest = {&type, &shared};
   return shared;
@@ -85,32 +132,19 @@ const NodeType* FindType(int32_t id) {
       type.name = info.type;
       AllNodeTypes().Add(std::move(type));
     }
+    for (const auto& needed : kNeeded) {
+      if (AllNodeTypes().Find(needed.id)) continue;
+      NodeType type;
+      type.id = needed.id;
+      type.base = needed.base;
+      type.name = needed.name;
+      AllNodeTypes().Add(std::move(type));
+    }
   });
   return AllNodeTypes().Find(id);
 }
 
-GeListNode* NewNode(const NodeType& type) {
-  switch (SharedOf(type).kind) {
-    case Kind::kObject:
-      return new BaseObject(type);
-    case Kind::kTag:
-      return new BaseTag(type);
-    case Kind::kMaterial:
-      return new BaseMaterial(type);
-    case Kind::kShader:
-      return new BaseShader(type);
-    case Kind::kTrack:
-      return new CTrack(type);
-    case Kind::kLayer:
-      return new LayerObject(type);
-    case Kind::kDocument:
-      return new BaseDocument(type);
-    case Kind::kHead:
-      return new GeListHead;
-    default:
-      return new BaseList2D(type);
-  }
-}
+GeListNode* NewNode(const NodeType& type) { return SharedOf(type).make(type); }
 
 bool MakeReady(GeListNode& node) {
   const NodeRecord* record = node.type.record;
@@ -170,6 +204,10 @@ host::Extras& QLXAtom::Extra() {
 BaseList2D::BaseList2D(const host::NodeType& ofType)
     : GeListNode(ofType), name(host::SharedOf(ofType).name), data(ofType.defaults) {}
 
+bool BaseList2D::ReadOwn(int32_t, host::Value&) const { return false; }
+bool BaseList2D::WriteOwn(int32_t, const HostGeData&) { return false; }
+void BaseList2D::CopyOwn(BaseList2D&) const {}
+
 GeListHead::GeListHead() : GeListNode(host::HeadType(), Kind::kNone), owner(nullptr), branch(0) {}
 
 GeListHead::GeListHead(GeListNode& ofOwner, int32_t ofBranch)
@@ -181,10 +219,6 @@ BaseDocument::BaseDocument(const host::NodeType& ofType) : BaseList2D(ofType) {
   for (const int32_t branch : {host::kTypeObject, host::kTypeMaterial, host::kTypeLayer, host::kTypeRenderData})
     host::Branch(*this, branch);
 }
-
-namespace host::object {
-BaseObject* Alloc(int32_t type) { return As<BaseObject>(MakeElement(type, kTypeObject)); }
-}  // namespace host::object
 
 namespace host::tag {
 BaseTag* Alloc(int32_t type) { return As<BaseTag>(MakeElement(type, kTypeTag)); }

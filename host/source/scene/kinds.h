@@ -28,6 +28,7 @@ enum BaseType : int32_t {
   kTypeTrack = 5350,
   kTypeObject = 5155,
   kTypeTag = 5694,
+  kTypeVariableTag = 5695,
   kTypeMaterial = 5702,
   kTypeShader = 5707,
   kTypeDocument = 110059,

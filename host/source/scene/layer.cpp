@@ -76,3 +76,5 @@ HostBool SetLayerData(BaseList2D* self, BaseDocument* document, const HostLayerD
 }
 
 }  // namespace host::baselist
+
+void LayerObject::CopyOwn(BaseList2D& to) const { static_cast<LayerObject&>(to).says = says; }

@@ -47,7 +47,7 @@ void Inherit(NodeType& type, const NodeType& base) {
 }  // namespace
 
 const Parameter* NodeType::Find(int32_t parameter) const {
-  const int32_t at = container::FindIndex(&defaults, parameter);
+  const int32_t at = container::FindIndex(&places, parameter);
   return at < 0 ? nullptr : &parameters[size_t(at)];
 }
 
@@ -105,8 +105,10 @@ const NodeType* NodeTypes::Add(NodeType type) {
       throw std::runtime_error(
           fmt::format("the constant {} is {} elsewhere, not {}", symbol.name, known->second, symbol.value));
   }
-  for (const Parameter& parameter : type.parameters)
-    Put(type.defaults, parameter.Number(), *parameter.standard);
+  for (const Parameter& parameter : type.parameters) {
+    Put(type.places, parameter.Number(), Value::Int32(0));
+    if (!parameter.isOfMatrix) Put(type.defaults, parameter.Number(), *parameter.standard);
+  }
   for (const Symbol& symbol : type.symbols) symbols_.emplace(symbol.name, symbol.value);
   return &byId_.emplace(type.id, std::move(type)).first->second;
 }

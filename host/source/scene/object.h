@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "scene/atom.h"
@@ -33,8 +34,13 @@ enum ObjectType : int32_t {
   kTypePointObject = 5156
 };
 
+enum SplineParameter : int32_t { kSplineType = 1000, kSplineClosed = 1001 };
+constexpr int32_t kSplineBezier = 4;
+
 // The list of what an object made when it was evaluated. No one but the host looks into it.
 constexpr int32_t kCacheBranch = -1;
+constexpr int32_t kDeformBranch = -2;  // what deformers made of its points
+constexpr int32_t kIsoparmBranch = -3;
 
 // An axis-aligned box; empty while `low` is above `high`.
 struct Box {
@@ -44,7 +50,7 @@ struct Box {
   void Add(const Box& box, const Matrix& matrix);
 };
 
-struct Evaluation;  // evaluate/evaluate.h
+struct Evaluation;  // evaluate/evaluation.h
 
 }  // namespace host
 
@@ -88,11 +94,12 @@ struct BaseObject : BaseList2D {
   // The box of the geometry that the object itself has; empty for none.
   virtual host::Box OwnBox() const { return {}; }
 
-  host::Place place;
+  host::ObjectPlace place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  bool turnsShortest = false;                    // IsQuaternionRotationMode
-  const int64_t number;                          // GetGUID
+  bool isInput = false;        // a generator above it takes it for its input, in place of being seen
+  bool turnsShortest = false;  // IsQuaternionRotationMode
+  const int64_t number;        // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
 };
 
@@ -154,6 +161,9 @@ LineObject* NewLineObject(int32_t points, int32_t segments);
 // From the object to the world. The cache of a generator stands in the generator.
 Matrix GlobalMatrix(const BaseObject& object);
 Matrix UpMatrix(const BaseObject& object);
+
+// The object as deformers left it, or itself.
+const BaseObject& ShapeOf(const BaseObject& object);
 
 // The box of the object's own geometry and, of a generator, of what it made last; in the object's system.
 Box BoxOf(const BaseObject& object);

@@ -34,21 +34,22 @@ Placement PlacementOf(const Matrix& matrix, int32_t order);
 
 // `local` is the product of the frozen matrix and the relative one. It keeps the shear that it was set with
 // until the rotation or the scale is set.
-class Place {
+class ObjectPlace {
  public:
-  Place() = default;
-  Place(const Place& other) { *this = other; }
-  Place& operator=(const Place& other);
+  ObjectPlace() = default;
+  ObjectPlace(const ObjectPlace& other) { *this = other; }
+  ObjectPlace& operator=(const ObjectPlace& other);
 
   const Matrix& Local() const { return local_; }
   void SetLocal(const Matrix& local);
+  void SetPosition(const Vector& position);
   Matrix RelativeMatrix() const;
   void SetRelativeMatrix(const Matrix& matrix);
   Matrix FrozenMatrix() const { return frozen_ ? MatrixOf(*frozen_, order_) : kIdentityMatrix; }
 
   const Placement& Relative() const { return relative_; }
   const Placement& Frozen() const;
-  Placement Absolute() const { return PlacementOf(local_, order_); }
+  Placement Absolute() const { return frozen_ ? PlacementOf(local_, order_) : relative_; }
 
   void SetRelative(const Placement& relative);
   void SetFrozen(const Placement& frozen);

@@ -61,3 +61,5 @@ HostBool InsertTrackSorted(BaseList2D* self, BaseList2D* track) {
 }
 
 }  // namespace host::baselist
+
+void CTrack::CopyOwn(BaseList2D& to) const { static_cast<CTrack&>(to).parameter = parameter; }

@@ -1,0 +1,43 @@
+// What an object remembers of its evaluation.
+#ifndef HOST_EVALUATE_EVALUATION_H
+#define HOST_EVALUATE_EVALUATION_H
+
+#include <unordered_map>
+#include <vector>
+
+#include "scene/object.h"
+
+namespace host {
+
+// An object that a generator depends on, and what it was like.
+struct Dependence {
+  int64_t object;  // its number
+  int32_t dirtyFlags;
+  uint64_t state;
+  bool operator==(const Dependence&) const = default;
+};
+
+// States are hashes of all that something is made from; 0 stands for none.
+struct Evaluation {
+  uint64_t cached = 0;    // of the cache
+  uint64_t deformed = 0;  // of what deformers made
+  uint64_t version = 0;   // grows with each change of both
+  uint64_t pass = 0;      // in which it was evaluated last
+  bool isRunning = false;
+  uint32_t dirty[6] = {};              // GetDirty of each of DIRTYFLAGS, when it was evaluated last
+  uint64_t deformersAt = 0;            // what `deformers` is of; 0: nothing
+  std::vector<BaseObject*> deformers;  // among the children
+  bool isTouched = false;              // the dependences count as changed
+  std::vector<Dependence> dependences, nextDependences;
+  std::unordered_map<int64_t, uint64_t>
+      clones;  // of what GetHierarchyClone was asked for, by the objects' numbers
+};
+
+inline Evaluation& EvaluationOf(BaseObject& object) {
+  if (!object.evaluation) object.evaluation = std::make_unique<Evaluation>();
+  return *object.evaluation;
+}
+
+}  // namespace host
+
+#endif

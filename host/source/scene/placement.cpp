@@ -1,0 +1,171 @@
+#include "scene/placement.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace host {
+namespace {
+
+// The axes that an order turns about, the last one first, by their numbers.
+struct Axes {
+  int first, second, third;
+  double Sign() const { return (second - first + 3) % 3 == 1 ? 1 : -1; }
+};
+
+Axes AxesOf(int32_t order) {
+  constexpr Axes kAxes[] = {{1, 0, 2}, {1, 2, 0}, {2, 1, 0}, {2, 0, 1}, {0, 2, 1}, {0, 1, 2}, {1, 0, 2}};
+  return kAxes[order < 0 || order > kOrderHPB ? kOrderHPB : order];
+}
+
+// Where the angle about an axis stands.
+double& AngleAt(Vector& angles, int axis, int32_t order) {
+  if (order == kOrderHPB && axis < 2) axis = 1 - axis;
+  return axis == 0 ? angles.x : axis == 1 ? angles.y : angles.z;
+}
+
+Matrix TurnAbout(int axis, double angle) {
+  const double c = std::cos(angle), s = std::sin(angle);
+  if (axis == 0) return {{}, {1, 0, 0}, {0, c, s}, {0, -s, c}};
+  if (axis == 1) return {{}, {c, 0, -s}, {0, 1, 0}, {s, 0, c}};
+  return {{}, {c, s, 0}, {-s, c, 0}, {0, 0, 1}};
+}
+
+double Element(const Matrix& matrix, int row, int column) {
+  const Vector& axis = column == 0 ? matrix.v1 : column == 1 ? matrix.v2 : matrix.v3;
+  return row == 0 ? axis.x : row == 1 ? axis.y : axis.z;
+}
+
+bool IsZero(const Vector& v) { return v.x == 0 && v.y == 0 && v.z == 0; }
+
+// Axes of length 1 at right angles: the first stays, and the second as far as it can. Where one is zero the
+// others make it.
+Matrix Orthonormal(const Matrix& m) {
+  using namespace kelvar;
+  Vector x = Normalized(m.v1), y = Normalized(m.v2), z = Normalized(m.v3);
+  if (IsZero(x)) x = Normalized(Cross(y, z));
+  if (IsZero(x)) {  // two are zero
+    if (!IsZero(y))
+      x = Normalized(Cross(y, std::abs(y.z) < 0.9 ? Vector{0, 0, 1} : Vector{1, 0, 0}));
+    else if (!IsZero(z))
+      x = Normalized(Cross(std::abs(z.y) < 0.9 ? Vector{0, 1, 0} : Vector{1, 0, 0}, z));
+    else
+      x = {1, 0, 0};
+  }
+  if (IsZero(y)) y = Cross(z, x);
+  y = Normalized(y - x * Dot(x, y));
+  if (IsZero(y)) y = Normalized(Cross(IsZero(z) ? Vector{0, 0, 1} : z, x));
+  if (IsZero(y)) y = Normalized(Cross(Vector{0, 1, 0}, x));
+  if (IsZero(y)) y = Normalized(Cross(Vector{1, 0, 0}, x));
+  return {{}, x, y, Cross(x, y)};
+}
+
+}  // namespace
+
+Matrix RotationMatrix(const Vector& angles, int32_t order) {
+  const Axes axes = AxesOf(order);
+  Vector at = angles;
+  const auto turn = [&](int axis) { return TurnAbout(axis, AngleAt(at, axis, order)); };
+  return kelvar::Product(turn(axes.first), kelvar::Product(turn(axes.second), turn(axes.third)));
+}
+
+// K. Shoemake, "Euler angle conversion", in Graphics Gems IV (1994).
+Vector RotationAngles(const Matrix& matrix, int32_t order) {
+  const Matrix m = Orthonormal(matrix);
+  const auto [i, j, k] = AxesOf(order);
+  const double sign = AxesOf(order).Sign();
+  Vector angles{};
+  const double across = std::hypot(Element(m, i, i), Element(m, i, j));
+  AngleAt(angles, j, order) = std::atan2(sign * Element(m, i, k), across);
+  if (across > 1e-9) {
+    AngleAt(angles, i, order) = std::atan2(-sign * Element(m, j, k), Element(m, k, k));
+    AngleAt(angles, k, order) = std::atan2(-sign * Element(m, i, j), Element(m, i, i));
+  } else {  // the outer angles turn about one axis: the last one gets all of it
+    AngleAt(angles, i, order) = std::atan2(sign * Element(m, k, j), Element(m, j, j));
+  }
+  return angles;
+}
+
+Matrix MatrixOf(const Placement& placement, int32_t order) {
+  Matrix m = RotationMatrix(placement.rotation, order);
+  m.v1 = m.v1 * placement.scale.x;
+  m.v2 = m.v2 * placement.scale.y;
+  m.v3 = m.v3 * placement.scale.z;
+  m.off = placement.position;
+  return m;
+}
+
+Placement PlacementOf(const Matrix& matrix, int32_t order) {
+  using namespace kelvar;
+  const bool isMirrored = Dot(matrix.v1, Cross(matrix.v2, matrix.v3)) < 0;
+  const double z = Length(matrix.v3);
+  Matrix upright = matrix;
+  if (isMirrored) upright.v3 = -upright.v3;
+  return {
+      matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
+}
+
+ObjectPlace& ObjectPlace::operator=(const ObjectPlace& other) {
+  relative_ = other.relative_;
+  local_ = other.local_;
+  frozen_ = other.frozen_ ? std::make_unique<Placement>(*other.frozen_) : nullptr;
+  order_ = other.order_;
+  return *this;
+}
+
+const Placement& ObjectPlace::Frozen() const {
+  static const Placement kNone;
+  return frozen_ ? *frozen_ : kNone;
+}
+
+Matrix ObjectPlace::RelativeMatrix() const {
+  return frozen_ ? kelvar::Product(kelvar::Inverse(FrozenMatrix()), local_) : local_;
+}
+
+void ObjectPlace::SetRelativeMatrix(const Matrix& matrix) {
+  relative_ = PlacementOf(matrix, order_);
+  local_ = frozen_ ? kelvar::Product(FrozenMatrix(), matrix) : matrix;
+}
+
+void ObjectPlace::SetLocal(const Matrix& local) {
+  local_ = local;
+  relative_ = PlacementOf(RelativeMatrix(), order_);
+}
+
+void ObjectPlace::SetPosition(const Vector& position) {
+  local_.off = position;
+  relative_.position = frozen_ ? kelvar::Transformed(kelvar::Inverse(FrozenMatrix()), position) : position;
+}
+
+// What stays is kept with its shear, and an angle beyond a whole turn as it is.
+void ObjectPlace::SetRelative(const Placement& relative) {
+  const bool isMoved = relative.rotation == relative_.rotation && relative.scale == relative_.scale;
+  relative_ = relative;
+  if (!isMoved) return Compose();
+  local_.off = frozen_ ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
+}
+
+void ObjectPlace::SetFrozen(const Placement& frozen) {
+  if (!frozen_) frozen_ = std::make_unique<Placement>();
+  *frozen_ = frozen;
+  Compose();
+}
+
+void ObjectPlace::SetAbsolute(const Placement& absolute) {
+  if (!frozen_) return SetRelative(absolute);
+  SetLocal(MatrixOf(absolute, order_));
+}
+
+void ObjectPlace::SetOrder(int32_t order) {
+  order = std::clamp<int32_t>(order, kOrderYXZ, kOrderHPB);
+  if (order == order_) return;
+  if (frozen_) frozen_->rotation = RotationAngles(RotationMatrix(frozen_->rotation, order_), order);
+  relative_.rotation = RotationAngles(RotationMatrix(relative_.rotation, order_), order);
+  order_ = order;
+}
+
+void ObjectPlace::Compose() {
+  local_ = MatrixOf(relative_, order_);
+  if (frozen_) local_ = kelvar::Product(FrozenMatrix(), local_);
+}
+
+}  // namespace host
