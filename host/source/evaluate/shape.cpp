@@ -63,7 +63,7 @@ struct EndObject {
 
 }  // namespace
 
-BaseObject* NewShape(const BaseObject& root, bool children) {
+BaseObject* NewShape(const BaseObject& root, bool children, size_t most) {
   std::unique_ptr<BaseObject, EndObject> made(NewOne(root));
   if (!made) return nullptr;
   size_t count = 1;
@@ -75,9 +75,8 @@ BaseObject* NewShape(const BaseObject& root, bool children) {
   const auto addBelow = [&](const BaseObject& from, BaseObject& to) {
     std::vector<Pending> below;
     const BaseObject& cache = MadeOf(from);
-    for (const BaseObject* parent : {&cache, &from}) {
-      if (parent == &from && (&cache == &from || (&from == &root && !children))) continue;
-      if (parent == &cache && &cache == &from && &from == &root && !children) continue;
+    for (const BaseObject* parent : {&cache != &from ? &cache : nullptr, &from}) {
+      if (!parent || (parent == &root && !children)) continue;
       for (GeListNode* child = parent->down; child; child = child->next) {
         const auto* object = As<BaseObject>(child);
         if (!object || object->isInput || IsDeformer(*object)) continue;
@@ -93,7 +92,7 @@ BaseObject* NewShape(const BaseObject& root, bool children) {
     const Hold hold(one.from);
     const auto* from = static_cast<const BaseObject*>(hold.Object());
     if (!from) continue;
-    BaseObject* copy = ++count > kMostShapes ? nullptr : NewOne(*from);
+    BaseObject* copy = ++count > most ? nullptr : NewOne(*from);
     if (!copy) return nullptr;
     Append(*copy, *one.to);
     if (hold.IsAlive()) addBelow(*from, *copy);

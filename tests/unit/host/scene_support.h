@@ -8,6 +8,7 @@
 #include "app/settings.h"
 #include "scene/document.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 #include "support.h"
 
