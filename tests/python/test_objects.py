@@ -1,4 +1,5 @@
 """Objects as a script sees them: calls and their errors, places, tags and who owns them, caches and clones."""
+import datetime
 import unittest
 
 import qlx
@@ -145,7 +146,6 @@ class PlaceTest(unittest.TestCase):
         self.assertEqual(op.GetVisibility(0.25), 0.25)
         op.SetQuaternionRotationMode(True, False)
         self.assertIs(op.IsQuaternionRotationMode(), True)
-        self.assertEqual((op.GetMp(), op.GetRad()), (qlx.Vector(), qlx.Vector(100)))
         self.assertNotEqual(op.GetGUID(), other.GetGUID())
         self.assertEqual((op.SearchHierarchy(op), op.SearchHierarchy(other)), (True, False))
         other.InsertUnder(op)
@@ -244,19 +244,14 @@ class CacheTest(unittest.TestCase):
         return generator.GetHierarchyClone(capsule(), *args, **keywords)
 
     def test_capsules(self):
-        import datetime
-        op, named = qlx.BaseObject(CUBE), datetime.datetime_CAPI if hasattr(datetime, "datetime_CAPI") else None
-        if not named:
-            import _datetime
-            named = _datetime.datetime_CAPI
+        op, named = qlx.BaseObject(CUBE), datetime.datetime_CAPI
         self.assertIsNone(op.GetCache())
         self.assertIsNone(op.GetCache(None))
         self.assertIsNone(op.GetCache(capsule()))
         self.assertIs(op.CheckCache(capsule()), False)
         for call in (lambda: op.GetCache(named), lambda: op.CheckCache(named),
                      lambda: op.AddDependence(named, qlx.BaseObject(CUBE)),
-                     lambda: self.clone(op, qlx.BaseObject(NULL)) if 0 else op.GetHierarchyClone(
-                         named, qlx.BaseObject(NULL), 0)):
+                     lambda: op.GetHierarchyClone(named, qlx.BaseObject(NULL), 0)):
             self.assertEqual(outcome(call), (ValueError, "PyCapsule_GetPointer called with incorrect name"))
 
     def test_no_clone_of_itself(self):
@@ -275,7 +270,10 @@ class CacheTest(unittest.TestCase):
         self.assertEqual((type(first["clone"]), first["dirty"], sorted(first)), (qlx.PolygonObject, True, ["clone", "dirty"]))
         self.assertEqual(first["clone"].GetPointCount(), 8)
         self.assertEqual(self.clone(op, cube, 0, None), {"clone": None, "dirty": False})
-        self.assertEqual(self.clone(op, cube, 0, dirty=0, dirtyflags=6), {"clone": None, "dirty": False})
+        self.assertEqual(self.clone(op, cube, 0, 0, None, 6), {"clone": None, "dirty": False})
+        self.assertEqual(outcome(self.clone, op, cube, 0, dirtyflags=6), (  # no name leads over `trans`
+            TypeError, "argument 6 must be impossible<bad format char>, not int"))
+        self.assertEqual((cube.GetMp(), cube.GetRad()), (qlx.Vector(), qlx.Vector(100)))
         again = self.clone(op, cube, ASIS, True, qlx.AliasTrans(), 6)
         self.assertIsNot(again["clone"], None)
         self.assertNotEqual(again["clone"], cube)
