@@ -10,9 +10,9 @@ import qlx
 from calls import Call, check, check_dead, outcome
 
 NULL, CUBE = 5140, 5159
-POINTS, POLYGONS, PHONG = 5600, 5604, 5612
-LINEAR, CUBIC, AKIMA, BSPLINE, BEZIER = range(5)
-SELECTED, HIDDEN, BREAKS = range(3)
+PHONG = 5612
+LINEAR, CUBIC, BEZIER = 0, 1, 4
+SELECTED, HIDDEN = 0, 1
 LENGTH = ValueError, "Invalid object length."
 POINT, POLYGON, SEGMENT, TANGENT, COUNT, CORNER, ARRAY = (
     (IndexError, what + " out of range") for what in (

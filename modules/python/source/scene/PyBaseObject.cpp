@@ -11,10 +11,14 @@
 #include "values/containers.h"
 
 namespace qlx {
+namespace {
 
 // Classes of which nothing but the type is told yet.
 struct View : BaseList2D {};
 struct Curve : BaseList2D {};
+
+}  // namespace
+
 template <>
 struct TypeOf<View> : TypeIs<g_BaseDrawType> {};
 template <>

@@ -85,11 +85,11 @@ PyMethodDef g_methods[] = {
         "Toggle", "Toggle(num) -> bool\n\nSelects an element that is not selected, deselects one that is."),
     Method<&BaseSelect::ToggleAll, "ii", "min", "max">(
         "ToggleAll", "ToggleAll(min, max) -> bool\n\nThe same for those from `min` to `max`, both included."),
-    Method<&GetRange, "ii", "segment", "maxElements">(
-        "GetRange",
-        "GetRange(segment, maxElements) -> (int, int) or None\n\n"
-        "The first and the last element of a run, by its number from 0, cut at `maxElements` elements unless "
-        "that is negative. None when there is no such run."),
+    Method<&GetRange, "ii", "segment", "maxElements">("GetRange",
+                                                      "GetRange(segment, maxElements) -> (int, int) or None\n\n"
+                                                      "The first and the last element of a run, by its number "
+                                                      "from 0, of the first `maxElements` elements; of all "
+                                                      "for -1. None when there is no such run."),
     Method<&BaseSelect::IsSelected, "i", "num">("IsSelected",
                                                 "IsSelected(num) -> bool\n\nWhether an element is selected."),
     Method<&CopyTo, "O!", "dst">("CopyTo", "CopyTo(dst) -> bool\n\nMakes another selection the same."),
