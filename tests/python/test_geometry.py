@@ -116,6 +116,12 @@ def neighbor_calls():
             Call("Init", "A!|O!", "op bs", qlx.PolygonObject(0, 0), qlx.BaseSelect())]
 
 
+def tearDownModule():
+    """Values that a module still has at the end of the process count as lost."""
+    global CORNERS, POINT_CALLS, SPLINE_CALLS
+    del CORNERS, POINT_CALLS, SPLINE_CALLS
+
+
 class CallsTest(unittest.TestCase):
     def test_arguments(self):
         for target, calls in ((qlx.SplineObject(3, BEZIER), POINT_CALLS[:-1] + SPLINE_CALLS),

@@ -62,6 +62,12 @@ def witness(node):
     return container.GetLink(1)
 
 
+def tearDownModule():
+    """Values that a module still has at the end of the process count as lost."""
+    global V, M, T
+    del V, M, T
+
+
 class CallsTest(unittest.TestCase):
     def test_arguments(self):
         check(self, qlx.BaseObject(NULL), calls())
