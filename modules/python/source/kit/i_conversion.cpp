@@ -14,6 +14,7 @@
 #include "kit/i_lasting.h"
 #include "kit/i_present.h"
 #include "kit/i_valueletters.h"
+#include "scene/geometry.h"
 #include "scene/scene.h"
 #include "values/values.h"
 
@@ -109,6 +110,14 @@ bool LinkFromPython(PyObject* object, GeData& data) {
     if (!SetLink(atom, link)) return PyErr_NoMemory(), false;
   }
   data = GeData::Link(link);
+  return true;
+}
+
+// Only its address: what is read back is a pointer, and no selection.
+bool SelectionFromPython(PyObject* object, GeData& data) {
+  BaseSelect* selection;
+  if (!Present<BaseSelect>::Get(object, selection)) return false;
+  data = GeData::Pointer(selection);
   return true;
 }
 
@@ -229,6 +238,7 @@ bool GeDataFromPython(PyObject* object, GeData& data) {
     const CustomDataEntry* entry = fits(kCustomTypes[i]) ? g_customEntries[i] : nullptr;
     if (entry && PyObject_TypeCheck(object, entry->type)) return entry->fromPython(object, data);
   }
+  if (IsBaseSelect(object) && fits(HOST_DATA_POINTER)) return SelectionFromPython(object, data);
   if (fits(HOST_CUSTOM_COLORA)) {
     const Conversion conversion = ColorFromPython(object, data);
     if (conversion != Conversion::kWrongType) return conversion == Conversion::kStored;

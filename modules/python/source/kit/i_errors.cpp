@@ -69,6 +69,8 @@ PyObject* RaiseOutOfRange(const char* what) {
 
 PyObject* RaiseOutOfDepth() { return RaiseFormatted(PyExc_IndexError, "index out of depth"); }
 
+PyObject* RaiseWrongValue() { return RaiseFormatted(PyExc_ValueError, "Wrong value for given argument."); }
+
 PyObject* RaiseNotInstantiable() {
   return RaiseFormatted(PyExc_NotImplementedError, "this type cannot be instantiated");
 }

@@ -25,6 +25,7 @@ void ReportLinkedNotAlive(PyTypeObject* type);
 PyObject* RaiseMainThreadOnly();                   // RuntimeError
 PyObject* RaiseOutOfRange(const char* what);       // IndexError
 PyObject* RaiseOutOfDepth();                       // IndexError
+PyObject* RaiseWrongValue();                       // ValueError: an argument outside of a fixed set
 PyObject* RaiseNotInstantiable();                  // NotImplementedError
 int RaiseItemDeletion(PyObject* object);           // TypeError
 PyObject* RaiseIntTooLarge();                      // OverflowError
