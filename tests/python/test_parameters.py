@@ -444,7 +444,8 @@ class SurroundingsTest(ElementTest):
 
     def test_names_and_bits(self):
         op = BaseObject(CUBE)
-        for name in ("", "x", "\u20ac\U0001f600\0end", "x" * 10 ** 6, 5, None, [1]):
+        one_is_long = ["x" * at + "\xe9" + "x" * (size - at) for size in range(18) for at in range(size)]
+        for name in ("", "x", "a\0b", "\u20ac\U0001f600\0end", "x" * 10 ** 6, 5, None, [1], *one_is_long):
             op.SetName(name)
             self.assertEqual(op.GetName(), str(name))
         with self.assertRaises(UnicodeEncodeError):

@@ -43,7 +43,7 @@ void Free(BaseList2D* self) {
   if (self && !self->isFixed) DestroyNow(self);
 }
 
-HostString GetName(const BaseList2D* self) { return self ? Share(&self->name.Word()) : HostString{}; }
+HostString GetName(const BaseList2D* self) noexcept { return self ? Share(&self->name.Word()) : HostString{}; }
 
 void SetName(BaseList2D* self, const HostString* name) {
   if (!self) return;

@@ -50,7 +50,7 @@ typedef struct HostBaseListGroup {
    * fails   nothing */
   void (*Free)(BaseList2D* self);
 
-  /* The name.
+  /* The name. Quick.
    * owner   the caller
    * thread  any
    * waits   no
