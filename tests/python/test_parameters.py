@@ -396,7 +396,44 @@ class SurroundingsTest(ElementTest):
         self.assertIs(op.SetKeyframeSelection([RADIUS], False), True)
         self.assertEqual((op.FindKeyframeSelection(RADIUS), op.KeyframeSelectionContent()), (False, True))
         op.ClearKeyframeSelection()
+        own = op.AddUserData(user_data(qlx.DTYPE_REAL))
+        for key in unknown_keys()[:-3] + ((700, 2),):
+            self.assertEqual((op.SetKeyframeSelection(key, True), op.SetKeyframeSelection(key, False)), (False, False), key)
         self.assertIs(op.KeyframeSelectionContent(), False)
+        self.assertIs(op.SetKeyframeSelection(own, True), True)
+        op.RemoveUserData(own)
+        self.assertEqual([op.SetKeyframeSelection(own, False) for _ in range(2)], [True, False])
+
+    def test_scale(self):
+        op, length, other = BaseObject(CUBE), user_data(qlx.DTYPE_REAL, 3.0), user_data(qlx.DTYPE_VECTOR, Vector(3))
+        length[qlx.DESC_UNIT], other[qlx.DESC_UNIT] = qlx.DESC_UNIT_LENGTH, qlx.DESC_UNIT_ANGLE
+        length, other = op.AddUserData(length), op.AddUserData(other)
+        op[POSITION], op[904] = Vector(1, -2, 3), Vector(1)
+        keys = (SIZE, RADIUS, POSITION, length, other, 904, 905, SEGMENTS, qlx.ID_BASEOBJECT_COLOR)
+        rest = [op[key] for key in keys[4:]]
+        for scale, expected in ((2, [Vector(400), 80, Vector(2, -4, 6), 6]), (float("nan"), None), (float("inf"), None),
+                                (0.25, [Vector(100), 20, Vector(0.5, -1, 1.5), 1.5]), (-2, [Vector(), 0, Vector(-1, 2, -3), -3])):
+            before, dirty = [op[key] for key in keys[:4]], op.GetDirty(qlx.DIRTYFLAGS_MATRIX)
+            self.assertIsNone(op.Scale(scale))
+            self.assertEqual([op[key] for key in keys], (expected or before) + rest)
+            self.assertEqual(op.GetDirty(qlx.DIRTYFLAGS_MATRIX) > dirty, expected is not None)
+
+    def test_links_stay_in_a_document(self):
+        documents = [BaseDocument() for _ in range(2)]
+        op, here, there, free = instances = [BaseObject(INSTANCE), *(BaseObject(CUBE) for _ in range(3))]
+        link = qlx.INSTANCEOBJECT_LINK
+        for node, document in zip(instances, (documents[0], *documents)):
+            node.InsertUnder(document.GetBranchInfo()[0]["head"])
+        for goal, found in ((here, here), (free, free), (documents[0], documents[0]), (there, None), (documents[1], None)):
+            op[link] = goal
+            self.assertEqual((op[link], op.GetParameter(link, 0)), (found, found))
+            self.assertEqual(op.GetAnimatedParameter(DescID(link), 0), (found, found, 0))
+            data = op.GetData()
+            self.assertEqual([data.GetLink(link, *doc) for doc in ((), (None,), documents[:1])], [goal, goal, found])
+            self.assertEqual(data.GetObjectLink(link, documents[0]), None if goal in documents else found)
+        op.Remove()
+        self.assertEqual(op[link], documents[1])
+        self.assert_raises(TypeError, "argument 2 must be qlx.documents.BaseDocument, not qlx.InstanceObject", data.GetLink, link, op)
 
     def test_notifications(self):
         doc, op, bl = BaseDocument(), BaseObject(NULL), BaseObject(CUBE)

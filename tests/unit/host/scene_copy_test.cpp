@@ -278,15 +278,7 @@ TEST_F(Scene, TracksStandInTheOrderOfTheirIds) {
   EXPECT_TRUE(InsertShader(self, second, nullptr));
   EXPECT_EQ(GetFirstShader(self), second);
 
-  EXPECT_FALSE(FindKeyframeSelection(self, &two) || KeyframeSelectionContent(self));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 1));
-  EXPECT_TRUE(FindKeyframeSelection(self, &two) && KeyframeSelectionContent(self));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 0));
-  EXPECT_FALSE(KeyframeSelectionContent(self));
   EXPECT_FALSE(SetKeyframeSelection(self, nullptr, 1));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 1));
-  ClearKeyframeSelection(self);
-  EXPECT_FALSE(FindKeyframeSelection(self, &two));
 }
 
 }  // namespace
