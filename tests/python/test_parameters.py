@@ -235,7 +235,8 @@ class ValueTest(ElementTest):
         track = CTrack(op, RADIUS)
         for element, id, first, second, mix, result in (
                 (tag, 1001, "a", "b", 0, "a"), (tag, 1001, "a", "b", 0.99, "a"), (tag, 1001, "a", "b", 1, "b"), (op, SEGMENTS, 1, 4, 0.5, 3),
-                (op, SEGMENTS, large, large, 0.5, 1000), (op, SIZE, Vector(0, 10, 20), Vector(10), 0.5, Vector(5, 10, 15)),
+                (op, SEGMENTS, large, large, 0.5, 1000), (op, SEGMENTS, large, 2, 1, 2), (op, SEGMENTS, 3, large, 0.5, 1000),
+                (op, SIZE, Vector(0, 10, 20), Vector(10), 0.5, Vector(5, 10, 15)),
                 (op, RADIUS, 10.0, 20, 0.5, 15.0), (op, RADIUS, 1.0, 2.0, 0.5, 1.5), (op, RADIUS, 1.0, 2.0, -5, 1.0), (op, RADIUS, 1.0, 2.0, 5, 2.0),
                 (op, RADIUS, 1, 4, 0.5, 3.0)):
             self.assertIs(element.SetAnimatedParameter(track, DescID(id), first, second, mix, 0), True)
