@@ -160,8 +160,11 @@ bool IsAddress(const HostDescID* id) { return id && id->level && id->depth > 0; 
 // False where there is nothing between the two.
 bool Mix(const HostGeData& a, const HostGeData& b, double mix, HostGeData& mixed) {
   const auto between = [mix](double from, double to) { return std::lerp(from, to, mix); };
+  const auto isInteger = [](int32_t type) { return type == HOST_DATA_INT32 || type == HOST_DATA_INT64; };
   mixed = a;
-  if (a.type != b.type) {
+  if (a.type != b.type && isInteger(a.type) && isInteger(b.type)) {
+    mixed.type = HOST_DATA_INT64;
+  } else if (a.type != b.type) {
     const Value from = Convert(a, HOST_DATA_FLOAT), to = Convert(b, HOST_DATA_FLOAT);
     if (from.Data().type != HOST_DATA_FLOAT || to.Data().type != HOST_DATA_FLOAT) return false;
     mixed = Value::Float(between(from.Data().value.real, to.Data().value.real)).Release();

@@ -24,8 +24,8 @@ namespace {
 // By place; null where no wrapper is bound.
 constinit const CustomDataEntry* g_customEntries[std::size(kCustomTypes)] = {};
 
-PyObject* LinkToPython(HostLink link) {
-  auto* atom = static_cast<QLXAtom*>(LookUp(link));
+PyObject* LinkToPython(HostLink link, const BaseDocument* document) {
+  QLXAtom* atom = LookUpIn(link, document);
   return atom ? WrapHostObject(atom, false) : NewNone();
 }
 
@@ -164,7 +164,14 @@ BaseTime TimeFromPython(PyObject* time) {
   return kelvar::MakeTime(ValueOf<BaseTime>(time).numerator, ValueOf<BaseTime>(time).denominator);
 }
 
-PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
+QLXAtom* LookUpIn(HostLink link, const BaseDocument* document) {
+  auto* atom = static_cast<QLXAtom*>(LookUp(link));
+  if (!atom || !document) return atom;
+  const BaseDocument* own = static_cast<GeListNode*>(atom)->GetDocument();
+  return !own || own == document ? static_cast<QLXAtom*>(LookUp(link)) : nullptr;
+}
+
+PyObject* GeDataToPython(const HostGeData& data, BaseDocument* document) {
   switch (data.type) {
     case HOST_DATA_NONE:
       return NewNone();
@@ -190,7 +197,7 @@ PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
     case HOST_DATA_CONTAINER:
       return ContainerToPython(data);
     case HOST_DATA_LINK:
-      return LinkToPython(data.value.link);
+      return LinkToPython(data.value.link, document);
     case HOST_DATA_UUID:
       return UuidToPython(Uuid(data.value.uuid));  // a copy: the conversion runs Python code
     case HOST_CUSTOM_VECTOR4D:

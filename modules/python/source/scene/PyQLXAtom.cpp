@@ -1,6 +1,5 @@
 // qlx.QLXAtom: what all elements of a scene have in common.
 
-#include "kit/i_conversion.h"
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
@@ -40,7 +39,7 @@ PyObject* GetParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
     return nullptr;
   GeData data;
   const HostDescID word = read.Word();
-  return host->GetParameter(&word, data.Out(), flags) ? GeDataToPython(*data.Data(), nullptr) : NewNone();
+  return host->GetParameter(&word, data.Out(), flags) ? ParameterToPython(self, data) : NewNone();
 }
 
 PyObject* SetParameter(QLXAtom* self, PyObject* id, const GeData& data, int32_t flags) {
