@@ -82,8 +82,8 @@ typedef struct HostHyperFileGroup {
   void (*Free)(HyperFile* self);
 
   /* Opens the file of that path; `mode` is a HyperFileMode. A new file takes the place of one that is there
-   * when it is closed, and not before. `ident` tells what the file holds: one with another is not read. This
-   * host shows no dialogs, whatever `errorDialog` says.
+   * when it is closed, and not before. `ident` tells what the file holds: one with another is not read. With
+   * `errorDialog` 1 the host may tell a fault in a dialog.
    * owner   -
    * thread  any
    * waits   disk
