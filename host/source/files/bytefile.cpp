@@ -28,11 +28,12 @@ int OpenForReading(const std::string& path) {
   return descriptor;
 }
 
-// The file itself, where the path is that of a link; the path as it is, where there is none yet.
+// The file itself, where the path is that of a link. Whole, because the process may change its folder.
 std::string FollowLinks(const std::string& path) {
   std::error_code error;
-  const fs::path whole = fs::canonical(path, error);
-  return error ? path : whole.native();
+  const fs::path whole = fs::absolute(path, error);
+  const fs::path real = fs::canonical(whole, error);
+  return error ? whole.native() : real.native();
 }
 
 }  // namespace
@@ -88,6 +89,7 @@ bool FileReader::Read(uint64_t at, void* to, uint64_t bytes) {
 
 bool FileWriter::Create(const std::string& path) {
   Discard();
+  if (path.empty()) return false;
   target_ = FollowLinks(path);
   struct stat status {};
   const bool isThere = !stat(target_.c_str(), &status);

@@ -358,24 +358,30 @@ bool LoadEntered(BaseList2D& self, HyperFile& file, bool below) {
   return isFinished && hold.IsAlive();
 }
 
+// Puts a file back to its place, unless all went well.
+struct Return {
+  ~Return() {
+    if (!isLoaded) file.GoTo(std::move(place));
+  }
+  HyperFile& file;
+  HyperFile::Place place = file.Here();
+  bool isLoaded = false;
+};
+
 bool Load(QLXAtom* self, HyperFile* file, bool below, Header header) {
   if (!self || !file) return false;
   const std::lock_guard guard(file->turn);
   if (!file->CanRead()) return false;
   if (!IsStored(*self)) return file->Fail(HYPERFILE_ERROR_NODE);
-  const HyperFile::Place begin = file->Here();
+  Return back{*file};
   const bool isAhead = header != Header::kIsRead && IsAhead(*file, self->type.id);
   if (header == Header::kIsAhead && !isAhead)
     return file->Fail(file->IsAtEnd() ? HYPERFILE_ERROR_END : HYPERFILE_ERROR_NODE);
   int32_t id, level;
   if (isAhead && !file->EnterChunk(id, level)) return false;
-  const bool isLoaded = LoadEntered(static_cast<BaseList2D&>(*self), *file, below);
-  if (!isLoaded) {
-    file->GoTo(begin);
-  } else if (isAhead) {
-    file->LeaveChunk(true);
-  }
-  return isLoaded;
+  back.isLoaded =
+      LoadEntered(static_cast<BaseList2D&>(*self), *file, below) && (!isAhead || file->LeaveChunk(true));
+  return back.isLoaded;
 }
 
 }  // namespace
