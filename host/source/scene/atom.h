@@ -37,6 +37,10 @@ struct QLXAtom : host::Linkable {
   // Whether Answer may run the code of others.
   virtual bool AsksOthers() const;
   virtual bool BelongsToDocuments() const;
+  // What only this class has, in a chunk of its own: later versions write more behind it. False where the file
+  // can't take it, or holds something else.
+  virtual bool WriteOwn(HyperFile& file) const;
+  virtual bool ReadOwn(HyperFile& file);
 
   // These lie in what the base leaves free.
   bool isFixed : 1 = false;       // the host keeps it: neither moved nor freed by others
@@ -113,12 +117,18 @@ struct CTrack : BaseList2D {
   using BaseList2D::BaseList2D;
   void CopyOwn(BaseList2D& to) const override;
 
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
+
   std::vector<DescLevel> parameter;
 };
 
 struct LayerObject : BaseList2D {
   explicit LayerObject(const host::NodeType& ofType);
   void CopyOwn(BaseList2D& to) const override;
+
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   HostLayerData says;
 };

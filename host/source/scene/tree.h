@@ -36,6 +36,10 @@ void Append(GeListNode& made, GeListNode& parent);
 // Takes a node out of its list.
 void TakeOut(GeListNode& node);
 
+// Makes `to` what `from`, of the same type and in no list, is, with its marks; and with `below` all that stands
+// there, in place of what it had. Runs the code of plug-ins whose elements go.
+void TakeOver(BaseList2D& from, BaseList2D& to, bool below);
+
 // All moves of nodes so far.
 uint64_t CountMoves();
 

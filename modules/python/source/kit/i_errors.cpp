@@ -158,6 +158,17 @@ PyObject* RaiseNoUuidModule() {
 
 PyObject* RaiseNullByte() { return RaiseFormatted(PyExc_ValueError, "embedded null byte"); }
 
+PyObject* RaiseFileInUse() {
+  return RaiseFormatted(PyExc_IOError, "call HyperFile.Close() before reusing a HyperFile");
+}
+
+PyObject* RaiseFileNotOpen() { return RaiseFormatted(PyExc_IOError, "hyperfile object is not open yet"); }
+
+PyObject* RaiseNoMemoryBlock(PyObject* object) {
+  return RaiseFormatted(PyExc_TypeError, "must be bytes or bytearray or memoryview, not %.50s",
+                        NameOfType(object));
+}
+
 PyObject* RaiseInvalidLength() { return RaiseFormatted(PyExc_ValueError, "Invalid object length."); }
 
 // Scripts may look for this text: its spelling stays.

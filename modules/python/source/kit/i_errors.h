@@ -50,6 +50,9 @@ void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
 PyObject* RaiseNullByte();                         // ValueError: a path with a null byte
+PyObject* RaiseFileInUse();                        // IOError: it is open already
+PyObject* RaiseFileNotOpen();                      // IOError
+PyObject* RaiseNoMemoryBlock(PyObject* object);    // TypeError
 PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
 PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted
 int RaiseReadOnlyAttribute();                      // AttributeError

@@ -15,6 +15,7 @@
 #include "scene/documents.h"
 #include "scene/geometry.h"
 #include "scene/scene.h"
+#include "storage/storage.h"
 #include "values/values.h"
 
 namespace qlx {
@@ -69,7 +70,7 @@ const Module kModules[] = {
      "Module for document handling.",
      {&g_BaseDocumentType, &g_RenderDataType, &g_LayerObjectType, &g_BaseVideoPostType},
      g_documentsFunctions},
-    {"storage", "Module for IO operations", {}},
+    {"storage", "Module for IO operations", {&g_HyperFileType}, g_storageFunctions},
     // The text is that of another module; help() of scripts has always shown it.
     {"bitmaps", "Module for color chooser", {&g_BaseBitmapType}},
     {"modules", "The host's specialised modules.", {}},
