@@ -10,7 +10,7 @@
 #include "app/settings.h"
 #include "boundary/host.h"
 #include "files/files.h"
-#include "scene/document.h"
+#include "documents/documents.h"
 #include "scene/links.h"
 #include "tables/tables.h"
 #include "tables/values.h"
