@@ -38,8 +38,12 @@ Deformer Read(const BaseObject& object) {
   const HostGeData* size = container::FindData(&object.data, kSize);
   const Vector box = size && size->type == HOST_DATA_VECTOR ? size->value.vector : Vector{};
   const Vector half = kelvar::Absolute(box) * 0.5;
-  return {object.type.id, int32_t(NumberOf(object, kMode)), half,
-          -half.y,        2 * half.y,                       NumberOf(object, kStrength),
+  return {object.type.id,
+          int32_t(NumberOf(object, kMode)),
+          half,
+          -half.y,
+          2 * half.y,
+          NumberOf(object, kStrength),
           NumberOf(object, kDirection)};
 }
 

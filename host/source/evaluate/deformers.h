@@ -11,7 +11,8 @@ namespace host {
 bool IsBuiltInDeformer(int32_t type);
 
 // Moves points of an object with that global matrix as the deformer wants.
-void Deform(const BaseObject& deformer, const Matrix& deformerGlobal, const Matrix& global, std::span<Vector> points);
+void Deform(const BaseObject& deformer, const Matrix& deformerGlobal, const Matrix& global,
+            std::span<Vector> points);
 
 }  // namespace host
 

@@ -24,10 +24,13 @@ struct Evaluation {
   uint64_t version = 0;   // grows with each change of both
   uint64_t pass = 0;      // in which it was evaluated last
   bool isRunning = false;
-  uint32_t dirty[6] = {};  // GetDirty of each of DIRTYFLAGS, when it was evaluated last
-  bool isTouched = false;  // the dependences count as changed
+  uint32_t dirty[6] = {};              // GetDirty of each of DIRTYFLAGS, when it was evaluated last
+  uint64_t deformersAt = 0;            // what `deformers` is of; 0: nothing
+  std::vector<BaseObject*> deformers;  // among the children
+  bool isTouched = false;              // the dependences count as changed
   std::vector<Dependence> dependences, nextDependences;
-  std::unordered_map<int64_t, uint64_t> clones;  // of what GetHierarchyClone was asked for, by the objects' numbers
+  std::unordered_map<int64_t, uint64_t>
+      clones;  // of what GetHierarchyClone was asked for, by the objects' numbers
 };
 
 inline Evaluation& EvaluationOf(BaseObject& object) {

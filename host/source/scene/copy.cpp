@@ -17,7 +17,7 @@ struct PluginPair {
 };
 
 bool CopiesBranch(int32_t branch, int32_t flags) {
-  if (branch == kCacheBranch) return false;
+  if (branch == kCacheBranch || branch == kDeformBranch) return false;
   if (flags & COPYFLAGS_NO_BRANCHES) return false;
   return !(flags & COPYFLAGS_NO_ANIMATION && (branch == kTypeTrack || branch == kTypeNLA));
 }
@@ -128,8 +128,8 @@ GeListNode* FirstLoose(const GeListNode& list) {
   return node;
 }
 
-// Moves the nodes of a list to where others were; what belongs to its owner for good becomes a copy of its twin.
-// Those that were there may run the code of others when they go.
+// Moves the nodes of a list to where others were; what belongs to its owner for good becomes a copy of its
+// twin. Those that were there may run the code of others when they go.
 void Replace(GeListNode& from, GeListNode& to) {
   const Hold hold(to);
   for (GeListNode* node = FirstLoose(to); node && !node->isEnding; node = FirstLoose(to)) DestroyNow(node);

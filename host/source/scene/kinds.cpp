@@ -47,29 +47,34 @@ struct NodeClass {
 };
 
 constexpr NodeClass kClasses[] = {
-    {kTypeObject, Make<BaseObject>},        {kTypePointObject, Make<PointObject>},
-    {kTypePolygonObject, Make<PolygonObject>}, {kTypeSplineObject, Make<SplineObject>},
-    {kTypeLineObject, Make<LineObject>},    {kTypeTag, Make<BaseTag>},
-    {kTypeVariableTag, Make<VariableTag>},  {5673, Make<SelectionTag>},
-    {5674, Make<SelectionTag>},             {5701, Make<SelectionTag>},
-    {kTypeMaterial, Make<BaseMaterial>},    {kTypeShader, Make<BaseShader>},
-    {kTypeTrack, Make<CTrack>},             {kTypeLayer, Make<LayerObject>},
-    {kTypeDocument, Make<BaseDocument>},    {kTypeHead, MakeHead},
+    {kTypeObject, Make<BaseObject>},
+    {kTypePointObject, Make<PointObject>},
+    {kTypePolygonObject, Make<PolygonObject>},
+    {kTypeSplineObject, Make<SplineObject>},
+    {kTypeLineObject, Make<LineObject>},
+    {kTypeTag, Make<BaseTag>},
+    {kTypeVariableTag, Make<VariableTag>},
+    {5673, Make<SelectionTag>},
+    {5674, Make<SelectionTag>},
+    {5701, Make<SelectionTag>},
+    {kTypeMaterial, Make<BaseMaterial>},
+    {kTypeShader, Make<BaseShader>},
+    {kTypeTrack, Make<CTrack>},
+    {kTypeLayer, Make<LayerObject>},
+    {kTypeDocument, Make<BaseDocument>},
+    {kTypeHead, MakeHead},
 };
 
 // The types of blocks that objects of this host's classes can't be without.
 constexpr struct {
   int32_t id, base;
   const char* name;
-} kNeeded[] = {{kTypeVariableTag, kTypeTag, "Variable Tag"},
-               {kDataPoint, kTypeVariableTag, "Point"},
-               {kDataPolygon, kTypeVariableTag, "Polygon"},
-               {kDataSegment, kTypeVariableTag, "Segment"},
-               {kDataTangent, kTypeVariableTag, "Tangent"},
-               {kTypePointObject, kTypeObject, "Point Object"},
-               {kTypePolygonObject, kTypePointObject, "Polygon"},
-               {kTypeSplineObject, kTypePointObject, "Spline"},
-               {kTypeLineObject, kTypePointObject, "Line"}};
+} kNeeded[] = {
+    {kTypeVariableTag, kTypeTag, "Variable Tag"},      {kDataPoint, kTypeVariableTag, "Point"},
+    {kDataPolygon, kTypeVariableTag, "Polygon"},       {kDataSegment, kTypeVariableTag, "Segment"},
+    {kDataTangent, kTypeVariableTag, "Tangent"},       {kTypePointObject, kTypeObject, "Point Object"},
+    {kTypePolygonObject, kTypePointObject, "Polygon"}, {kTypeSplineObject, kTypePointObject, "Spline"},
+    {kTypeLineObject, kTypePointObject, "Line"}};
 
 // What every atom of a type shares.
 struct Shared {

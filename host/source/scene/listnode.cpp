@@ -100,6 +100,7 @@ int32_t GetBranchInfo(const GeListNode* self, HostBranch* branches, int32_t coun
   int32_t filled = 0;
   for (GeListHead* head : self->extras->branches) {
     if (filled >= count) break;
+    if (head->branch < 0) continue;  // the host's own
     if (onlyFilled && !head->down) continue;
     const KindInfo& info = InfoOf(head->kind);
     branches[filled++] = {head, MakeString(info.branch ? info.branch : "Motion Layers"), head->branch,

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "boundary/host.h"
+#include "evaluate/evaluate.h"
 #include "evaluate/evaluation.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
@@ -17,8 +18,8 @@ uint32_t ElementSize(const NodeType& type) {
   constexpr struct {
     int32_t type;
     uint32_t size;
-  } kSizes[] = {{kDataPoint, sizeof(Vector)},      {kDataPolygon, sizeof(CPolygon)},
-                {kDataTangent, sizeof(Tangent)},   {kDataUVW, sizeof(UVWStruct)},
+  } kSizes[] = {{kDataPoint, sizeof(Vector)},        {kDataPolygon, sizeof(CPolygon)},
+                {kDataTangent, sizeof(Tangent)},     {kDataUVW, sizeof(UVWStruct)},
                 {kDataSegment, sizeof(HostSegment)}, {kDataVertexMap, sizeof(float)},
                 {kDataNormal, 12 * sizeof(int16_t)}, {kDataVertexColor, 4 * sizeof(ColorA32)}};
   for (const auto& known : kSizes)
@@ -114,7 +115,8 @@ Matrix UpMatrix(const BaseObject& object) {
     const bool isCached = node.list && node.list->branch == kCacheBranch;
     return isCached ? As<BaseObject>(node.list->owner) : nullptr;
   };
-  for (const BaseObject* at = above(object); at; at = above(*at)) matrix = kelvar::Product(at->place.Local(), matrix);
+  for (const BaseObject* at = above(object); at; at = above(*at))
+    matrix = kelvar::Product(at->place.Local(), matrix);
   return matrix;
 }
 
@@ -156,7 +158,7 @@ void VariableTag::CopyOwn(BaseList2D& to) const { static_cast<VariableTag&>(to).
 
 void SelectionTag::CopyOwn(BaseList2D& to) const { static_cast<SelectionTag&>(to).selection = selection; }
 
-BaseObject::BaseObject(const NodeType& ofType) : BaseList2D(ofType), number(++g_objects) {}
+BaseObject::BaseObject(const NodeType& ofType) : BaseList2D(ofType), number(++g_objects) { MeetObject(ofType); }
 
 BaseObject::~BaseObject() = default;
 
@@ -242,4 +244,5 @@ void PolygonObject::CopyOwn(BaseList2D& to) const {
 SplineObject::SplineObject(const NodeType& ofType)
     : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}
 
-LineObject::LineObject(const NodeType& ofType) : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}
+LineObject::LineObject(const NodeType& ofType)
+    : PointObject(ofType), segments(FixedBlock(*this, kDataSegment)) {}

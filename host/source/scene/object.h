@@ -94,11 +94,12 @@ struct BaseObject : BaseList2D {
   // The box of the geometry that the object itself has; empty for none.
   virtual host::Box OwnBox() const { return {}; }
 
-  host::Place place;
+  host::ObjectPlace place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  bool turnsShortest = false;                    // IsQuaternionRotationMode
-  const int64_t number;                          // GetGUID
+  bool isInput = false;        // a generator above it takes it for its input, in place of being seen
+  bool turnsShortest = false;  // IsQuaternionRotationMode
+  const int64_t number;        // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
 };
 

@@ -13,6 +13,7 @@ namespace {
 enum Parameter : int32_t { kEditorMode = 901, kRenderMode = 902, kDeformMode = 909 };
 enum PhongParameter : int32_t { kPhongLimit = 1000, kPhongAngle = 1001 };
 constexpr int32_t kTypePhong = 5612;
+constexpr int32_t kWhereMissing = 2;  // of CopyTagsTo
 constexpr int32_t kModeOn = 0, kModeOff = 1, kModeUndefined = 2;
 
 // The list of tags; null while there are none.
@@ -49,7 +50,7 @@ Vector RelativeOf(const BaseObject* self, Part part) { return self ? self->place
 
 void SetAbsolute(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     if (part == &Placement::position) return place.SetPosition(*value);
     Placement changed = place.Absolute();
     changed.*part = *value;
@@ -59,7 +60,7 @@ void SetAbsolute(BaseObject* self, Part part, const Vector* value) {
 
 void SetFrozen(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     Placement changed = place.Frozen();
     changed.*part = *value;
     place.SetFrozen(changed);
@@ -68,7 +69,7 @@ void SetFrozen(BaseObject* self, Part part, const Vector* value) {
 
 void SetRelative(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
-  Move(self, [&](Place& place) {
+  Move(self, [&](ObjectPlace& place) {
     Placement changed = place.Relative();
     changed.*part = *value;
     place.SetRelative(changed);
@@ -114,11 +115,11 @@ void SetRelRot(BaseObject* self, const Vector* value) { SetRelative(self, &Place
 
 Matrix GetMl(const BaseObject* self) { return self ? self->place.Local() : kIdentityMatrix; }
 void SetMl(BaseObject* self, const Matrix* value) {
-  if (self && value) Move(self, [&](Place& place) { place.SetLocal(*value); });
+  if (self && value) Move(self, [&](ObjectPlace& place) { place.SetLocal(*value); });
 }
 Matrix GetRelMl(const BaseObject* self) { return self ? self->place.RelativeMatrix() : kIdentityMatrix; }
 void SetRelMl(BaseObject* self, const Matrix* value) {
-  if (self && value) Move(self, [&](Place& place) { place.SetRelativeMatrix(*value); });
+  if (self && value) Move(self, [&](ObjectPlace& place) { place.SetRelativeMatrix(*value); });
 }
 Matrix GetMg(const BaseObject* self) { return self ? GlobalMatrix(*self) : kIdentityMatrix; }
 void SetMg(BaseObject* self, const Matrix* value) {
@@ -150,7 +151,7 @@ double GetVisibility(const BaseObject* self, double parent) {
 }
 
 void CopyMatrixTo(const BaseObject* self, BaseObject* dst) {
-  if (self && dst && self != dst) Move(dst, [&](Place& place) { place = self->place; });
+  if (self && dst && self != dst) Move(dst, [&](ObjectPlace& place) { place = self->place; });
 }
 
 int32_t GetEditorMode(const BaseObject* self) { return ModeOf(self, kEditorMode); }
@@ -246,7 +247,8 @@ LineObject* GetIsoparm(const BaseObject* self) {
 
 void SetIsoparm(BaseObject* self, LineObject* lines) {
   if (!self) return;
-  auto* copy = lines ? static_cast<GeListNode*>(atom::GetClone(lines, COPYFLAGS_NO_HIERARCHY, nullptr)) : nullptr;
+  auto* copy =
+      lines ? static_cast<GeListNode*>(atom::GetClone(lines, COPYFLAGS_NO_HIERARCHY, nullptr)) : nullptr;
   GeListHead* list = Branch(*self, kIsoparmBranch);
   if (!list) return DestroyNow(copy);
   DestroyNow(list->down);
@@ -262,7 +264,7 @@ HostBool CopyTagsTo(const BaseObject* self, BaseObject* dest, int32_t visible, i
   for (GeListNode* tag = GetFirstTag(self); tag; tag = tag->next) {
     const int32_t wanted = IsVisible(static_cast<BaseTag&>(*tag)) ? visible : variable;
     const bool isThere = GetTag(dest, tag->type.id, 0);
-    if (tag->isFixed || !wanted || (wanted == NOTOK && isThere)) continue;
+    if (tag->isFixed || !wanted || (wanted == kWhereMissing && isThere)) continue;
     tag->Link(links.emplace_back());
   }
   for (const HostLink& link : links) {
@@ -296,7 +298,7 @@ HostBool SetPhong(BaseObject* self, HostBool on, HostBool anglelimit, double ang
 int32_t GetHighlightHandle(const BaseObject*, BaseDraw*) { return -1; }
 
 void SetRotationOrder(BaseObject* self, int32_t order) {
-  if (self) Move(self, [&](Place& place) { place.SetOrder(order); });
+  if (self) Move(self, [&](ObjectPlace& place) { place.SetOrder(order); });
 }
 int32_t GetRotationOrder(const BaseObject* self) { return self ? self->place.Order() : kOrderHPB; }
 

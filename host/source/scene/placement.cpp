@@ -37,16 +37,19 @@ double Element(const Matrix& matrix, int row, int column) {
 
 bool IsZero(const Vector& v) { return v.x == 0 && v.y == 0 && v.z == 0; }
 
-// Axes of length 1 at right angles: the first stays, and the second as far as it can. Where one is zero the others
-// make it.
+// Axes of length 1 at right angles: the first stays, and the second as far as it can. Where one is zero the
+// others make it.
 Matrix Orthonormal(const Matrix& m) {
   using namespace kelvar;
   Vector x = Normalized(m.v1), y = Normalized(m.v2), z = Normalized(m.v3);
   if (IsZero(x)) x = Normalized(Cross(y, z));
   if (IsZero(x)) {  // two are zero
-    if (!IsZero(y)) x = Normalized(Cross(y, std::abs(y.z) < 0.9 ? Vector{0, 0, 1} : Vector{1, 0, 0}));
-    else if (!IsZero(z)) x = Normalized(Cross(std::abs(z.y) < 0.9 ? Vector{0, 1, 0} : Vector{1, 0, 0}, z));
-    else x = {1, 0, 0};
+    if (!IsZero(y))
+      x = Normalized(Cross(y, std::abs(y.z) < 0.9 ? Vector{0, 0, 1} : Vector{1, 0, 0}));
+    else if (!IsZero(z))
+      x = Normalized(Cross(std::abs(z.y) < 0.9 ? Vector{0, 1, 0} : Vector{1, 0, 0}, z));
+    else
+      x = {1, 0, 0};
   }
   if (IsZero(y)) y = Cross(z, x);
   y = Normalized(y - x * Dot(x, y));
@@ -97,10 +100,11 @@ Placement PlacementOf(const Matrix& matrix, int32_t order) {
   const double z = Length(matrix.v3);
   Matrix upright = matrix;
   if (isMirrored) upright.v3 = -upright.v3;
-  return {matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
+  return {
+      matrix.off, RotationAngles(upright, order), {Length(matrix.v1), Length(matrix.v2), isMirrored ? -z : z}};
 }
 
-Place& Place::operator=(const Place& other) {
+ObjectPlace& ObjectPlace::operator=(const ObjectPlace& other) {
   relative_ = other.relative_;
   local_ = other.local_;
   frozen_ = other.frozen_ ? std::make_unique<Placement>(*other.frozen_) : nullptr;
@@ -108,50 +112,50 @@ Place& Place::operator=(const Place& other) {
   return *this;
 }
 
-const Placement& Place::Frozen() const {
+const Placement& ObjectPlace::Frozen() const {
   static const Placement kNone;
   return frozen_ ? *frozen_ : kNone;
 }
 
-Matrix Place::RelativeMatrix() const {
+Matrix ObjectPlace::RelativeMatrix() const {
   return frozen_ ? kelvar::Product(kelvar::Inverse(FrozenMatrix()), local_) : local_;
 }
 
-void Place::SetRelativeMatrix(const Matrix& matrix) {
+void ObjectPlace::SetRelativeMatrix(const Matrix& matrix) {
   relative_ = PlacementOf(matrix, order_);
   local_ = frozen_ ? kelvar::Product(FrozenMatrix(), matrix) : matrix;
 }
 
-void Place::SetLocal(const Matrix& local) {
+void ObjectPlace::SetLocal(const Matrix& local) {
   local_ = local;
   relative_ = PlacementOf(RelativeMatrix(), order_);
 }
 
-void Place::SetPosition(const Vector& position) {
+void ObjectPlace::SetPosition(const Vector& position) {
   local_.off = position;
   relative_.position = frozen_ ? kelvar::Transformed(kelvar::Inverse(FrozenMatrix()), position) : position;
 }
 
 // What stays is kept with its shear, and an angle beyond a whole turn as it is.
-void Place::SetRelative(const Placement& relative) {
+void ObjectPlace::SetRelative(const Placement& relative) {
   const bool isMoved = relative.rotation == relative_.rotation && relative.scale == relative_.scale;
   relative_ = relative;
   if (!isMoved) return Compose();
   local_.off = frozen_ ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
 }
 
-void Place::SetFrozen(const Placement& frozen) {
+void ObjectPlace::SetFrozen(const Placement& frozen) {
   if (!frozen_) frozen_ = std::make_unique<Placement>();
   *frozen_ = frozen;
   Compose();
 }
 
-void Place::SetAbsolute(const Placement& absolute) {
+void ObjectPlace::SetAbsolute(const Placement& absolute) {
   if (!frozen_) return SetRelative(absolute);
   SetLocal(MatrixOf(absolute, order_));
 }
 
-void Place::SetOrder(int32_t order) {
+void ObjectPlace::SetOrder(int32_t order) {
   order = std::clamp<int32_t>(order, kOrderYXZ, kOrderHPB);
   if (order == order_) return;
   if (frozen_) frozen_->rotation = RotationAngles(RotationMatrix(frozen_->rotation, order_), order);
@@ -159,7 +163,7 @@ void Place::SetOrder(int32_t order) {
   order_ = order;
 }
 
-void Place::Compose() {
+void ObjectPlace::Compose() {
   local_ = MatrixOf(relative_, order_);
   if (frozen_) local_ = kelvar::Product(FrozenMatrix(), local_);
 }

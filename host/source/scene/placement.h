@@ -34,11 +34,11 @@ Placement PlacementOf(const Matrix& matrix, int32_t order);
 
 // `local` is the product of the frozen matrix and the relative one. It keeps the shear that it was set with
 // until the rotation or the scale is set.
-class Place {
+class ObjectPlace {
  public:
-  Place() = default;
-  Place(const Place& other) { *this = other; }
-  Place& operator=(const Place& other);
+  ObjectPlace() = default;
+  ObjectPlace(const ObjectPlace& other) { *this = other; }
+  ObjectPlace& operator=(const ObjectPlace& other);
 
   const Matrix& Local() const { return local_; }
   void SetLocal(const Matrix& local);

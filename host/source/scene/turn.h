@@ -6,8 +6,9 @@
 
 namespace host {
 
-// Scripts look at scenes and change them while they hold the interpreter's lock: this holds it too, so that a long
-// work of the host, which runs without it, overlaps with none of them. Where no interpreter runs it does nothing.
+// Scripts look at scenes and change them while they hold the interpreter's lock: this holds it too, so that a
+// long work of the host, which runs without it, overlaps with none of them. Where no interpreter runs it does
+// nothing.
 class SceneTurn {
  public:
   SceneTurn();

@@ -1,4 +1,4 @@
-/* Group 42: arrays of atoms.
+/* Group 43: arrays of atoms.
  * group     HOST_GROUP_ATOM_ARRAY
  * class     AtomArray */
 #ifndef KELVAR_T_ATOMARRAY_H

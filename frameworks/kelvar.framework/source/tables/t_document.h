@@ -15,17 +15,8 @@ extern "C" {
 /* An element like every other of the scene: what takes a QLXAtom takes it. */
 typedef struct ParticleMasterSystem ParticleMasterSystem;
 
-/* What a long call asks of its caller, on the thread of the call. Scenes that others see may be touched between
- * EnterScene and LeaveScene only, which don't nest: the caller has freed the lock that the calls of a scene
- * hold. In place of a null pointer: nobody stops the call, and the caller holds that lock. */
-typedef struct HostCaller {
-  uint32_t size;
-  uint32_t reserved;
-  void* user;
-  HostBool (*Stop)(void* user); /* whether to give up; outside of both, now and then */
-  void (*EnterScene)(void* user);
-  void (*LeaveScene)(void* user);
-} HostCaller;
+/* Whether to give up. Called now and then during a long work, on the thread of the call. */
+typedef HostBool (*HostStop)(void* user);
 
 enum DocumentSceneFilter { SCENEFILTER_OBJECTS = 1, SCENEFILTER_MATERIALS = 2 };
 
@@ -144,16 +135,16 @@ typedef struct HostDocumentGroup {
    * waits   disk
    * since   23100
    * fails   0 */
-  HostBool (*LoadFile)(const HostFilename* name, const HostCaller* caller);
+  HostBool (*LoadFile)(const HostFilename* name, HostStop stop, void* user);
 
-  /* A new document of what a file has; flags are of SCENEFILTER. Null when the file can't be read or the
-   * caller stops it; the console is told which file and why.
+  /* A new document of what a file has; flags are of SCENEFILTER. Null when the file can't be read or
+   * `stop`, which may be null, says so; the console is told which file and why.
    * owner   the caller
    * thread  any
    * waits   disk
    * since   23100
    * fails   null */
-  BaseDocument* (*LoadDocument)(const HostFilename* name, int32_t flags, const HostCaller* caller);
+  BaseDocument* (*LoadDocument)(const HostFilename* name, int32_t flags, HostStop stop, void* user);
 
   /* Puts what a file has behind what the document has. 0 as LoadDocument; the document is as it was then.
    * owner   -
@@ -161,19 +152,19 @@ typedef struct HostDocumentGroup {
    * waits   disk
    * since   23100
    * fails   0 */
-  HostBool (*MergeDocument)(BaseDocument* self, const HostFilename* name, int32_t flags,
-                            const HostCaller* caller);
+  HostBool (*MergeDocument)(BaseDocument* self, const HostFilename* name, int32_t flags, HostStop stop,
+                            void* user);
 
   /* Writes the document as it is at the start of the call, evaluated, to a file; flags are of
-   * SAVEDOCUMENTFLAGS. 0 when it can't be written or the caller stops it; the console is told which file
-   * and why, and a file that was there stays as it was.
+   * SAVEDOCUMENTFLAGS. 0 when it can't be written or `stop` says so; the console is told which file and
+   * why, and a file that was there stays as it was.
    * owner   -
    * thread  any
    * waits   disk
    * since   23100
    * fails   0 */
   HostBool (*SaveDocument)(BaseDocument* self, const HostFilename* name, int32_t flags, int32_t format,
-                           const HostCaller* caller);
+                           HostStop stop, void* user);
 
   /* A new document with copies of those objects, where they stand in the world, of what is below them, and
    * of their materials. Null where none of them is an object of the document.
@@ -705,15 +696,15 @@ typedef struct HostDocumentGroup {
    * fails   null */
   GeListHead* (*GetLayerObjectRoot)(BaseDocument* self);
 
-  /* Evaluates the document: applies its tracks, runs its expressions, builds its caches. 0 when the caller
-   * stops it.
+  /* Evaluates the document: applies its tracks, runs its expressions, builds its caches. 0 when `stop` says
+   * so.
    * owner   -
    * thread  any
    * waits   the scene
    * since   23100
    * fails   0 */
   HostBool (*ExecutePasses)(BaseDocument* self, HostBool animation, HostBool expressions, HostBool caches,
-                            int32_t flags, const HostCaller* caller);
+                            int32_t flags, HostStop stop, void* user);
 } HostDocumentGroup;
 
 #ifdef __cplusplus

@@ -16,6 +16,14 @@ typedef struct BaseObject BaseObject;
 /* What makes sense in some calls of a generator only; opaque. */
 typedef struct HierarchyHelp HierarchyHelp;
 
+/* How GetHierarchyClone makes its copies: as they are, or as what they show. */
+enum {
+  HIERARCHYCLONEFLAGS_ASIS = 1 << 0,
+  HIERARCHYCLONEFLAGS_ASPOLY = 1 << 1,
+  HIERARCHYCLONEFLAGS_ASLINE = 1 << 2,
+  HIERARCHYCLONEFLAGS_ASSPLINE = 1 << 3
+};
+
 typedef struct BaseDraw BaseDraw;
 typedef struct LineObject LineObject;
 typedef struct SplineObject SplineObject;
@@ -494,7 +502,7 @@ typedef struct HostObjectGroup {
   void (*SetIsoparm)(BaseObject* self, LineObject* lines);
 
   /* Copies tags to another object: those that users see, those with data for each point or polygon, and
-   * those that act on what is below; 0, 1, or NOTOK, 2, for the visible ones only where none of that type
+   * those that act on what is below; 0, 1, or 2 for the visible ones only where none of that type
    * is there.
    * owner   -
    * thread  any

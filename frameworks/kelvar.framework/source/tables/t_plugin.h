@@ -5,12 +5,15 @@
 #define KELVAR_T_PLUGIN_H
 
 #include "t_document.h"
+#include "t_prioritylist.h"
+#include "t_splineobject.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
 typedef struct BasePlugin BasePlugin;
+typedef struct BaseThread BaseThread;
 
 /* The kinds of plug-ins; 0 in a search stands for any. */
 enum PluginKind {
@@ -81,6 +84,23 @@ typedef struct NodeRecord {
   HostBool (*TranslateDescID)(void* data, const GeListNode* node, const HostDescID* id, HostDescID* translated,
                               QLXAtom** target);                                          /* 0 */
   HostBool (*IsDocumentRelated)(void* data, const GeListNode* node, HostBool* isRelated); /* 0: it is */
+  /* Of objects and tags: whether it put itself into the list. 0: priority 0, no flags */
+  HostBool (*AddToExecution)(void* data, GeListNode* node, PriorityList* list);
+  /* null: takes no part in the execution */
+  int32_t (*Execute)(void* data, GeListNode* node, BaseDocument* document, BaseThread* thread, int32_t priority,
+                     int32_t flags);
+  /* Of objects. What a generator makes: a new object, which the host owns then, or the cache that it has; null
+   * for nothing. An object without both GetVirtualObjects and GetContour is no generator */
+  BaseObject* (*GetVirtualObjects)(void* data, BaseObject* op, HierarchyHelp* hh);
+  SplineObject* (*GetContour)(void* data, BaseObject* op, BaseDocument* document, double lod,
+                              BaseThread* thread);
+  /* Changes the points of a copy of an object that the deformer acts on, with the global matrices of both.
+   * Null: it is no deformer */
+  HostBool (*ModifyObject)(void* data, BaseObject* mod, BaseDocument* document, BaseObject* op,
+                           const Matrix* opMg, const Matrix* modMg, double lod, int32_t flags,
+                           BaseThread* thread);
+  /* Ahead of the test whether the cache is still good: the place for SetDirty */
+  void (*CheckDirty)(void* data, BaseObject* op, BaseDocument* document);
 } NodeRecord;
 
 typedef struct HostPluginGroup {

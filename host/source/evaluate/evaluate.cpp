@@ -1,0 +1,377 @@
+#include "evaluate/evaluate.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <chrono>
+
+#include "boundary/host.h"
+#include "evaluate/deformers.h"
+#include "evaluate/evaluation.h"
+#include "evaluate/mesh.h"
+#include "evaluate/primitives.h"
+#include "evaluate/state.h"
+#include "scene/kinds.h"
+#include "scene/tree.h"
+#include "scene/turn.h"
+#include "tables/tables.h"
+
+// Valid while the generator makes its objects.
+struct HierarchyHelp {
+  BaseDocument* document;
+};
+
+// Who takes part in the execution, and when.
+struct PriorityList {
+  struct Entry {
+    HostLink node;
+    int32_t priority, flags;
+  };
+  std::vector<Entry> entries;
+};
+
+namespace host {
+namespace {
+
+constexpr int32_t kTypeInstance = 5126, kInstanceLink = 1000;
+constexpr int32_t kUseGenerators = 1006, kUseDeformers = 1007;  // of a document
+constexpr auto kTurn = std::chrono::milliseconds(5);
+constexpr int kMostNested = 64;  // instances of instances
+
+std::atomic<uint64_t> g_passes{0};
+std::atomic<bool> g_haveDeformers{false};
+
+bool IsOn(const BaseList2D* node, int32_t parameter) {
+  const HostGeData* value = node ? container::FindData(&node->data, parameter) : nullptr;
+  return !value || value->type != HOST_DATA_INT32 || value->value.integer != 0;
+}
+
+const NodeRecord* RecordOf(const QLXAtom& atom) { return PluginOf(atom); }
+
+// The caller's is no longer in its list; what was there goes, and that may run the code of others.
+void SetBranch(BaseObject& object, int32_t branch, BaseObject* made) {
+  GeListHead* head = made ? Branch(object, branch) : FindBranch(object, branch);
+  if (!head) return DestroyNow(made);
+  const Hold hold(*head);
+  while (head->down && !head->down->isEnding) {
+    DestroyNow(head->down);
+    if (!hold.IsAlive()) return DestroyNow(made);
+  }
+  if (made) Append(*made, *head);
+}
+
+BaseObject* FirstIn(const BaseObject& object, int32_t branch) {
+  const GeListHead* head = FindBranch(object, branch);
+  return head ? As<BaseObject>(head->down) : nullptr;
+}
+
+// What an instance stands for; null where that would show the instance itself.
+BaseObject* TargetOf(const BaseObject& instance) {
+  const HostGeData* link = container::FindData(&instance.data, kInstanceLink);
+  if (!link || link->type != HOST_DATA_LINK) return nullptr;
+  auto* target = As<BaseObject>(static_cast<QLXAtom*>(link::GetLink(link->value.link)));
+  return !target || IsInside(instance, *target) || IsInside(*target, instance) ? nullptr : target;
+}
+
+// Those among the children of a node, kept until they change.
+const std::vector<BaseObject*>& DeformersBelow(BaseObject& object) {
+  Evaluation& evaluation = EvaluationOf(object);
+  const uint64_t now = uint64_t(object.dirty[4]) + 1;  // DIRTYFLAGS_CHILDREN
+  if (evaluation.deformersAt == now) return evaluation.deformers;
+  evaluation.deformers.clear();
+  for (GeListNode* child = object.down; child; child = child->next)
+    if (auto* deformer = As<BaseObject>(child); deformer && IsDeformer(*deformer))
+      evaluation.deformers.push_back(deformer);
+  evaluation.deformersAt = now;
+  return evaluation.deformers;
+}
+
+// Those that act on the object, in the order in which they do.
+std::vector<BaseObject*> DeformersOf(BaseObject& object, const BaseDocument* document) {
+  std::vector<BaseObject*> all;
+  if (!HaveDeformers() || IsDeformer(object) || !IsOn(document, kUseDeformers)) return all;
+  for (BaseObject* at = &object; at; at = As<BaseObject>(at->up))
+    for (BaseObject* deformer : DeformersBelow(*at))
+      if (object::GetDeformMode(deformer) && deformer != &object) all.push_back(deformer);
+  return all;
+}
+
+class Evaluator {
+ public:
+  Evaluator(BaseDocument* document, uint64_t pass) : document_(document), pass_(pass) {}
+
+  // Of an object and what it is made from, which may be anywhere. It may run the code of others.
+  void Update(BaseObject& object) {
+    Evaluation& evaluation = EvaluationOf(object);
+    if (evaluation.pass == pass_ || evaluation.isRunning) return;
+    evaluation.pass = pass_;
+    const Hold hold(object);
+    evaluation.isRunning = true;
+    UpdateCache(object, evaluation);
+    if (!hold.IsAlive()) return;
+    UpdateDeformed(object, evaluation);
+    if (!hold.IsAlive()) return;
+    evaluation.isRunning = false;
+    for (int i = 0; i < 6; ++i) evaluation.dirty[i] = atom::GetDirty(&object, 1 << (i + 1));
+  }
+
+  void UpdateTree(BaseObject& root) {
+    std::vector<HostLink> links;
+    Walk(
+        root,
+        [&](GeListNode& node) {
+          if (As<BaseObject>(&node)) node.Link(links.emplace_back());
+        },
+        true, false);
+    for (const HostLink& link : links)
+      if (auto* object = static_cast<BaseObject*>(link::GetLink(link))) Update(*object);
+  }
+
+ private:
+  void UpdateCache(BaseObject& object, Evaluation& evaluation) {
+    const Hold hold(object);
+    const uint64_t state = InputOf(object);
+    if (!hold.IsAlive() || state == evaluation.cached) return;
+    BaseObject* made = state ? Make(object) : nullptr;
+    if (!hold.IsAlive()) return DestroyNow(made);
+    evaluation.cached = state;
+    ++evaluation.version;
+    if (made && made == FirstIn(object, kCacheBranch)) return;  // a plug-in's, as good as new
+    SetBranch(object, kCacheBranch, made);
+  }
+
+  // What the object's cache is made from; 0 when it makes nothing.
+  uint64_t InputOf(BaseObject& object) {
+    if (!IsGenerator(object) || !object::GetDeformMode(&object) || !IsOn(document_, kUseGenerators)) return 0;
+    State state;
+    if (object.type.id == kTypeInstance) {
+      BaseObject* target = TargetOf(object);
+      if (!target || (target->evaluation && target->evaluation->isRunning) || nested_ >= kMostNested) return 0;
+      const Hold hold(*target);
+      ++nested_;
+      UpdateTree(*target);
+      --nested_;
+      if (!hold.IsAlive()) return 0;
+      state.Add(uint64_t(target->number));
+      state.Add(StateOf(*target, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE, true));
+      return state.Sum();
+    }
+    const NodeRecord* record = RecordOf(object);
+    if (record && record->CheckDirty) {
+      const Hold hold(object);
+      record->CheckDirty(PluginData(object), &object, document_);
+      if (!hold.IsAlive()) return 0;
+    }
+    state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
+    if (!record) return state.Sum();
+    // A plug-in may take what is below it for its input.
+    for (GeListNode* child = object.down; child; child = child->next) {
+      auto* input = As<BaseObject>(child);
+      if (!input) continue;
+      state.Add(StateOf(*input, DIRTYFLAGS_DATA | DIRTYFLAGS_MATRIX | DIRTYFLAGS_CACHE, true));
+      state.Add(kelvar::Length(input->place.Local().off));
+    }
+    return state.Sum();
+  }
+
+  BaseObject* Make(BaseObject& object) {
+    if (const NodeRecord* record = RecordOf(object)) return MakeByPlugin(object, *record);
+    try {
+      if (object.type.id == kTypeInstance) return MakeInstance(object);
+      if (const auto mesh = MakePrimitive(object)) return NewObject(*mesh);
+      if (const auto shape = MakeSplinePrimitive(object)) return NewObject(*shape, object.data);
+    } catch (const std::bad_alloc&) {
+      Warn("there is not enough memory for the geometry of '" + std::string(std::string_view(object.name)) +
+           "'");
+    }
+    return nullptr;
+  }
+
+  BaseObject* MakeInstance(BaseObject& object) {
+    BaseObject* target = TargetOf(object);
+    BaseObject* made = target ? NewShape(*target, true) : nullptr;
+    if (made) made->place = ObjectPlace();
+    return made;
+  }
+
+  // What it answers has to be new, or the cache that it has.
+  BaseObject* MakeByPlugin(BaseObject& object, const NodeRecord& record) {
+    const Hold hold(object);
+    for (GeListNode* child = object.down; child; child = child->next)
+      if (auto* input = As<BaseObject>(child)) input->isInput = false;
+    BaseObject* made = nullptr;
+    HierarchyHelp help{document_};
+    if (record.GetVirtualObjects) made = record.GetVirtualObjects(PluginData(object), &object, &help);
+    if (!made && hold.IsAlive() && record.GetContour)
+      made = record.GetContour(PluginData(object), &object, document_, 1, nullptr);
+    if (!made || !hold.IsAlive() || made == FirstIn(object, kCacheBranch)) return made;
+    const bool isLoose = !made->up && !made->list && !made->pred && !made->next && !made->isFixed;
+    if (isLoose && As<BaseObject>(made)) return made;
+    Warn("'" + std::string(std::string_view(object.name)) +
+         "' made an object that stands in a scene: it is left there");
+    return nullptr;
+  }
+
+  void UpdateDeformed(BaseObject& object, Evaluation& evaluation) {
+    const bool isShape = As<PointObject>(&object) != nullptr;
+    BaseObject* cache = isShape ? nullptr : FirstIn(object, kCacheBranch);
+    const auto deformers = isShape || cache ? DeformersOf(object, document_) : std::vector<BaseObject*>();
+    if (deformers.empty() && !evaluation.deformed) return;
+    State state;
+    if (!deformers.empty()) {
+      state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
+      state.Add(evaluation.cached);
+      state.Add(GlobalMatrix(object));
+    }
+    for (BaseObject* deformer : deformers) {
+      state.Add(uint64_t(deformer->number));
+      state.Add(atom::GetDirty(deformer, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
+      state.Add(GlobalMatrix(*deformer));
+    }
+    const uint64_t wanted = deformers.empty() ? 0 : state.Sum();
+    if (wanted == evaluation.deformed) return;
+    evaluation.deformed = wanted;
+    ++evaluation.version;
+    std::vector<HostLink> shapes;
+    Walk(
+        cache ? *cache : object,
+        [&](GeListNode& node) {
+          if (As<PointObject>(&node)) node.Link(shapes.emplace_back());
+        },
+        cache != nullptr, false);
+    std::vector<HostLink> acting(deformers.size());
+    for (size_t i = 0; i < deformers.size(); ++i) deformers[i]->Link(acting[i]);
+    for (const HostLink& link : shapes) DeformShape(link, acting);
+  }
+
+  void DeformShape(const HostLink& link, const std::vector<HostLink>& deformers) {
+    const Hold hold(link);
+    auto* shape = static_cast<PointObject*>(hold.Object());
+    if (!shape) return;
+    if (deformers.empty()) return SetBranch(*shape, kDeformBranch, nullptr);
+    auto* copy = static_cast<PointObject*>(
+        atom::GetClone(shape, COPYFLAGS_NO_HIERARCHY | COPYFLAGS_NO_ANIMATION, nullptr));
+    if (!copy || !hold.IsAlive()) return DestroyNow(copy);
+    const Matrix global = GlobalMatrix(*shape);
+    for (const HostLink& one : deformers) {
+      const Hold acting(one);
+      auto* deformer = static_cast<BaseObject*>(acting.Object());
+      if (!deformer) continue;
+      const Matrix its = GlobalMatrix(*deformer);
+      const NodeRecord* record = RecordOf(*deformer);
+      if (!record)
+        Deform(*deformer, its, global, copy->Points());
+      else if (record->ModifyObject)
+        record->ModifyObject(PluginData(*deformer), deformer, document_, copy, &global, &its, 1, 0, nullptr);
+    }
+    if (!hold.IsAlive()) return DestroyNow(copy);
+    SetBranch(*shape, kDeformBranch, copy);
+  }
+
+  BaseDocument* document_;
+  uint64_t pass_;
+  int nested_ = 0;
+};
+
+// Runs the code of plug-ins; the document may be gone behind it.
+bool Execute(const HostLink& link, const std::function<bool()>& isStopped) {
+  PriorityList list;
+  {
+    const SceneTurn turn;
+    auto* document = static_cast<BaseDocument*>(link::GetLink(link));
+    if (!document || !HavePluginNodes()) return true;
+    std::vector<HostLink> nodes;
+    Walk(*document, [&](GeListNode& node) {
+      const NodeRecord* record = RecordOf(node);
+      if (record && record->Execute) node.Link(nodes.emplace_back());
+    });
+    for (const HostLink& one : nodes) {
+      const Hold hold(one);
+      auto* node = static_cast<GeListNode*>(hold.Object());
+      const NodeRecord* record = node ? RecordOf(*node) : nullptr;
+      if (!record) continue;
+      if (!record->AddToExecution || !record->AddToExecution(PluginData(*node), node, &list))
+        list.entries.push_back({one, 0, 0});
+    }
+  }
+  std::stable_sort(list.entries.begin(), list.entries.end(),
+                   [](const auto& a, const auto& b) { return a.priority < b.priority; });
+  for (const auto& entry : list.entries) {
+    if (isStopped && isStopped()) return false;
+    const SceneTurn turn;
+    const Hold hold(entry.node);
+    auto* node = static_cast<GeListNode*>(hold.Object());
+    const NodeRecord* record = node ? RecordOf(*node) : nullptr;
+    auto* document = static_cast<BaseDocument*>(link::GetLink(link));
+    if (record && document && record->Execute)
+      record->Execute(PluginData(*node), node, document, nullptr, entry.priority, entry.flags);
+  }
+  return true;
+}
+
+std::vector<HostLink> ObjectsOf(const HostLink& link) {
+  const SceneTurn turn;
+  std::vector<HostLink> links;
+  auto* document = static_cast<BaseDocument*>(link::GetLink(link));
+  GeListHead* objects = document ? FindBranch(*document, kTypeObject) : nullptr;
+  if (!objects) return links;
+  Walk(
+      *objects,
+      [&](GeListNode& node) {
+        if (As<BaseObject>(&node)) node.Link(links.emplace_back());
+      },
+      true, false);
+  return links;
+}
+
+}  // namespace
+
+bool IsGenerator(const BaseObject& object) {
+  if (const NodeRecord* record = RecordOf(object)) return record->GetVirtualObjects || record->GetContour;
+  return object.type.id == kTypeInstance || IsPrimitive(object.type.id) || IsSplinePrimitive(object.type.id);
+}
+
+bool IsDeformer(const BaseObject& object) {
+  if (const NodeRecord* record = RecordOf(object)) return record->ModifyObject != nullptr;
+  return IsBuiltInDeformer(object.type.id);
+}
+
+bool HaveDeformers() { return g_haveDeformers.load(std::memory_order_relaxed); }
+
+void MeetObject(const NodeType& type) {
+  if (!HaveDeformers() && (type.record ? type.record->ModifyObject != nullptr : IsBuiltInDeformer(type.id)))
+    g_haveDeformers = true;
+}
+
+bool Evaluate(BaseDocument& document, const Passes& passes, const std::function<bool()>& isStopped) {
+  HostLink link{};
+  document.Link(link);
+  if (passes.expressions && !Execute(link, isStopped)) return false;
+  if (!passes.caches) return true;
+  const std::vector<HostLink> objects = ObjectsOf(link);
+  const uint64_t pass = ++g_passes;
+  for (size_t next = 0; next < objects.size();) {
+    if (isStopped && isStopped()) return false;
+    const SceneTurn turn;
+    Evaluator evaluator(static_cast<BaseDocument*>(link::GetLink(link)), pass);
+    const auto end = std::chrono::steady_clock::now() + kTurn;
+    do {
+      if (auto* object = static_cast<BaseObject*>(link::GetLink(objects[next++]))) evaluator.Update(*object);
+    } while (next < objects.size() && (next % 16 != 0 || std::chrono::steady_clock::now() < end));
+  }
+  return true;
+}
+
+void EvaluateTree(BaseObject& root) { Evaluator(listnode::GetDocument(&root), ++g_passes).UpdateTree(root); }
+
+}  // namespace host
+
+namespace host::prioritylist {
+
+HostBool Add(PriorityList* self, GeListNode* node, int32_t priority, int32_t flags) {
+  if (!self || !node) return 0;
+  node->Link(self->entries.emplace_back(PriorityList::Entry{{}, priority, flags}).node);
+  return 1;
+}
+
+}  // namespace host::prioritylist
