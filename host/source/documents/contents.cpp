@@ -67,7 +67,7 @@ void AddPictures(GeListNode& root, std::set<std::string>& known, BaseContainer& 
     for (int32_t i = 0; i < container::GetCount(&data); ++i) {
       const HostGeData* value = container::GetIndexData(&data, i);
       if (!value || value->type != HOST_DATA_FILENAME) continue;
-      const std::string_view path = View(gedata::GetFilename(value));
+      const std::string_view path = View(&value->value.filename);
       if (!path.empty() && known.emplace(path).second)
         container::SetData(&files, container::GetCount(&files), value);
     }

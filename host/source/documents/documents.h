@@ -3,11 +3,11 @@
 #define HOST_DOCUMENTS_DOCUMENTS_H
 
 #include <filesystem>
-#include <memory>
 #include <vector>
 
 #include "kelvar.framework/source/tables/t_document.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 
 // A list of atoms that others hand over. An atom that ends meanwhile is null in it.
@@ -18,11 +18,6 @@ struct AtomArray {
 namespace host {
 
 constexpr int32_t kBitActive = 1 << 1;
-
-struct DestroyAtom {
-  void operator()(QLXAtom* atom) const { DestroyNow(atom); }
-};
-using OwnedDocument = std::unique_ptr<BaseDocument, DestroyAtom>;
 
 BaseDocument* NewDocument();
 

@@ -13,6 +13,7 @@
 #include "files/files.h"
 #include "files/scene_files.h"
 #include "scene/aliastrans.h"
+#include "scene/turn.h"
 #include "tables/tables.h"
 
 namespace host {
@@ -24,47 +25,38 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kBetweenLooks = std::chrono::milliseconds(20);
 constexpr auto kBeforeFirstLine = std::chrono::milliseconds(500);
 
-// Who called, for a call that may take long; null holds the lock and never stops it.
-class Caller final {
+// Whether the caller of a long work gives it up; asked now and then only.
+class Stopper {
  public:
-  explicit Caller(const HostCaller* caller) : caller_(caller) {}
+  Stopper(HostStop stop, void* user) : stop_(stop), user_(user) {}
 
-  bool IsDue() const { return caller_ && caller_->Stop && Clock::now() >= next_; }
   bool IsStopped() {
-    if (isStopped_ || !IsDue()) return isStopped_;
-    isStopped_ = caller_->Stop(caller_->user);
+    if (isStopped_ || !stop_ || Clock::now() < next_) return isStopped_;
+    isStopped_ = stop_(user_);
     next_ = Clock::now() + kBetweenLooks;
     return isStopped_;
   }
-  void Enter() {
-    if (caller_ && caller_->EnterScene) caller_->EnterScene(caller_->user);
-  }
-  void Leave() {
-    if (caller_ && caller_->LeaveScene) caller_->LeaveScene(caller_->user);
-  }
 
  private:
-  const HostCaller* caller_;
+  const HostStop stop_;
+  void* const user_;
   bool isStopped_ = false;
   Clock::time_point next_{};
 };
 
-// Scenes that others see may be touched inside.
-class Visit {
- public:
-  explicit Visit(Caller& caller) : caller_(caller) { caller_.Enter(); }
-  Visit(const Visit&) = delete;
-  Visit& operator=(const Visit&) = delete;
-  ~Visit() noexcept(false) { caller_.Leave(); }
-
- private:
-  Caller& caller_;
+// Ends a document that nobody wants in the host's turn.
+struct EndInTurn {
+  void operator()(BaseDocument* document) const {
+    const SceneTurn turn;
+    DestroyNow(document);
+  }
 };
+using OwnedDocument = std::unique_ptr<BaseDocument, EndInTurn>;
 
 // How far a file is, as a line of the terminal that is drawn anew, and is gone at the end.
 class ConsoleProgress final : public Progress {
  public:
-  ConsoleProgress(Caller& caller, const fs::path& file) : caller_(caller), file_(file.filename()) {}
+  ConsoleProgress(Stopper& stopper, const fs::path& file) : stopper_(stopper), file_(file.filename()) {}
   ConsoleProgress(const ConsoleProgress&) = delete;
   ConsoleProgress& operator=(const ConsoleProgress&) = delete;
   ~ConsoleProgress() {
@@ -72,7 +64,7 @@ class ConsoleProgress final : public Progress {
   }
 
   bool Report(double fraction, const char* what) override {
-    if (caller_.IsStopped()) return false;
+    if (stopper_.IsStopped()) return false;
     if (!isTerminal_ || Clock::now() < next_) return true;
     next_ = Clock::now() + 5 * kBetweenLooks;
     isShown_ = true;
@@ -81,7 +73,7 @@ class ConsoleProgress final : public Progress {
   }
 
  private:
-  Caller& caller_;
+  Stopper& stopper_;
   const fs::path file_;
   const bool isTerminal_ = isatty(STDERR_FILENO) == 1;
   bool isShown_ = false;
@@ -94,9 +86,9 @@ void Name(BaseDocument& document, const fs::path& file) {
 }
 
 // The document is nobody's yet, and no other thread's.
-OwnedDocument Load(const fs::path& file, int32_t flags, Caller& caller) {
+OwnedDocument Load(const fs::path& file, int32_t flags, Stopper& stopper) {
   const PrivateScene isPrivate;
-  ConsoleProgress progress(caller, file);
+  ConsoleProgress progress(stopper, file);
   OwnedDocument document(ImportScene(file, flags, &progress));
   Name(*document, file);
   return document;
@@ -122,23 +114,6 @@ auto Told(const char* action, const fs::path& file, Body body) -> decltype(body(
   return {};
 }
 
-// A document that ends where others can't see a half of it.
-class Temporary {
- public:
-  Temporary(Caller& caller, OwnedDocument document) : document_(std::move(document)), caller_(caller) {}
-  Temporary(const Temporary&) = delete;
-  Temporary& operator=(const Temporary&) = delete;
-  ~Temporary() noexcept(false) {
-    const Visit visit(caller_);
-    document_.reset();
-  }
-  BaseDocument& operator*() const { return *document_; }
-
- private:
-  OwnedDocument document_;
-  Caller& caller_;
-};
-
 OwnedDocument CopyOf(const BaseDocument& document) {
   AliasTrans trans;
   OwnedDocument copy(static_cast<BaseDocument*>(atom::GetClone(&document, 0, &trans)));
@@ -147,24 +122,24 @@ OwnedDocument CopyOf(const BaseDocument& document) {
 }
 
 // As the document is now, and in no other one's way.
-OwnedDocument Snapshot(const BaseDocument& document, Caller& caller) {
-  const Visit visit(caller);
+OwnedDocument Snapshot(const BaseDocument& document) {
+  const SceneTurn turn;
   OwnedDocument copy = document.IsDead() ? nullptr : CopyOf(document);
   if (!copy) throw std::bad_alloc();
   return copy;
 }
 
-bool Save(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Caller& caller) {
+bool Save(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
+  const OwnedDocument copy = Snapshot(document);
   {
-    const Temporary copy(caller, Snapshot(document, caller));
     const PrivateScene isPrivate;
-    ConsoleProgress progress(caller, file);
+    ConsoleProgress progress(stopper, file);
     Passes passes;
     passes.animation = false;  // it is saved as it stands
-    if (!Evaluate(*copy, passes, [&] { return caller.IsStopped(); })) throw Stopped("evaluation");
+    if (!Evaluate(*copy, passes, [&] { return stopper.IsStopped(); })) throw Stopped("evaluation");
     ExportScene(*copy, file, format, flags, &progress);
   }
-  const Visit visit(caller);
+  const SceneTurn turn;
   if (document.IsDead()) return true;
   document.isChanged = false;
   if (flags & SAVEDOCUMENTFLAGS_SAVEAS) Name(document, file);
@@ -242,50 +217,49 @@ OwnedDocument Isolate(const BaseDocument& document, const std::vector<BaseObject
   return made;
 }
 
+void Open(OwnedDocument loaded) {
+  const SceneTurn turn;
+  BaseDocument* document = loaded.release();
+  document::InsertBaseDocument(document);
+  document::SetActiveDocument(document);
+}
+
 }  // namespace
 
 void OpenScene(const fs::path& file) {
-  Caller nobody(nullptr);
-  OwnedDocument document = Load(file, kFilterObjects | kFilterMaterials, nobody);
-  BaseDocument* opened = document.release();
-  document::InsertBaseDocument(opened);
-  document::SetActiveDocument(opened);
+  Stopper nobody(nullptr, nullptr);
+  Open(Load(file, kFilterObjects | kFilterMaterials, nobody));
 }
 
 }  // namespace host
 
 namespace host::document {
 
-HostBool LoadFile(const HostFilename* name, const HostCaller* calledBy) {
+HostBool LoadFile(const HostFilename* name, HostStop stop, void* user) {
   const fs::path file(View(name));
   return Told("can't open", file, [&] {
-    Caller caller(calledBy);
-    OwnedDocument document = Load(file, kFilterObjects | kFilterMaterials, caller);
-    const Visit visit(caller);
-    BaseDocument* opened = document.release();
-    InsertBaseDocument(opened);
-    SetActiveDocument(opened);
+    Stopper stopper(stop, user);
+    Open(Load(file, kFilterObjects | kFilterMaterials, stopper));
     return true;
   });
 }
 
-BaseDocument* LoadDocument(const HostFilename* name, int32_t flags, const HostCaller* calledBy) {
+BaseDocument* LoadDocument(const HostFilename* name, int32_t flags, HostStop stop, void* user) {
   const fs::path file(View(name));
   return Told("can't load", file, [&] {
-    Caller caller(calledBy);
-    return Load(file, flags, caller).release();
+    Stopper stopper(stop, user);
+    return Load(file, flags, stopper).release();
   });
 }
 
-HostBool MergeDocument(BaseDocument* self, const HostFilename* name, int32_t flags,
-                       const HostCaller* calledBy) {
+HostBool MergeDocument(BaseDocument* self, const HostFilename* name, int32_t flags, HostStop stop, void* user) {
   if (!As<BaseDocument>(self)) return 0;
   const Hold hold(*self);
   const fs::path file(View(name));
   return Told("can't merge", file, [&] {
-    Caller caller(calledBy);
-    const Temporary loaded(caller, Load(file, flags, caller));
-    const Visit visit(caller);
+    Stopper stopper(stop, user);
+    const OwnedDocument loaded = Load(file, flags, stopper);
+    const SceneTurn turn;
     if (!hold.IsAlive()) return false;
     Move(*loaded, *self);
     return true;
@@ -293,12 +267,13 @@ HostBool MergeDocument(BaseDocument* self, const HostFilename* name, int32_t fla
 }
 
 HostBool SaveDocument(BaseDocument* self, const HostFilename* name, int32_t flags, int32_t format,
-                      const HostCaller* calledBy) {
+                      HostStop stop, void* user) {
   if (!As<BaseDocument>(self)) return 0;
+  const Hold hold(*self);
   const fs::path file(View(name));
   return Told("can't save", file, [&] {
-    Caller caller(calledBy);
-    return Save(*self, file, flags, format, caller);
+    Stopper stopper(stop, user);
+    return Save(*self, file, flags, format, stopper);
   });
 }
 
@@ -313,23 +288,15 @@ BaseDocument* Polygonize(BaseDocument* self, HostBool keepanimation) {
 }
 
 HostBool ExecutePasses(BaseDocument* self, HostBool animation, HostBool expressions, HostBool caches,
-                       int32_t /*flags*/, const HostCaller* calledBy) {
+                       int32_t /*flags*/, HostStop stop, void* user) {
   if (!As<BaseDocument>(self)) return 0;
-  Caller caller(calledBy);
-  const Visit visit(caller);
-  if (self->IsDead()) return 0;
   const Hold hold(*self);
+  Stopper stopper(stop, user);
   Passes passes;
   passes.animation = animation;
   passes.expressions = expressions;
   passes.caches = caches;
-  return Evaluate(*self, passes, [&] {
-    if (!caller.IsDue()) return false;
-    caller.Leave();
-    const bool isStopped = caller.IsStopped();
-    caller.Enter();
-    return isStopped || !hold.IsAlive();
-  });
+  return Evaluate(*self, passes, [&] { return stopper.IsStopped() || !hold.IsAlive(); });
 }
 
 }  // namespace host::document

@@ -56,21 +56,21 @@ void Put(AtomArray* array, const std::vector<BaseList2D*>& elements) {
   for (BaseList2D* element : elements) atomarray::Append(array, element);
 }
 
-void Mark(BaseList2D& element, bool isSelected) {
+void SetSelected(BaseList2D& element, bool isSelected) {
   static std::atomic<uint64_t> latest{0};
   if (isSelected) element.Extra().selected = ++latest;
   isSelected ? baselist::SetBit(&element, kBitActive) : baselist::DelBit(&element, kBitActive);
 }
 
 void ClearKind(const BaseDocument& document, Kind kind) {
-  for (BaseList2D* element : SelectedOf(&document, kind)) Mark(*element, false);
+  for (BaseList2D* element : SelectedOf(&document, kind)) SetSelected(*element, false);
 }
 
 void Select(BaseDocument* document, BaseList2D* element, Kind kind, int32_t mode) {
   if (!As<BaseDocument>(document)) return;
   if (element && (element->kind != kind || !IsInside(*element, *document))) return;
   if (mode == SELECTION_NEW) ClearKind(*document, kind);
-  if (element) Mark(*element, mode != SELECTION_SUB);
+  if (element) SetSelected(*element, mode != SELECTION_SUB);
 }
 
 }  // namespace
@@ -160,7 +160,7 @@ void SetSelection(BaseDocument* self, BaseList2D* bl, int32_t mode) {
   if (bl->kind == Kind::kRenderData) return SetActiveRenderData(self, bl);
   if (mode == SELECTION_NEW)
     for (const Kind kind : kSelectable) ClearKind(*self, kind);
-  Mark(*bl, mode != SELECTION_SUB);
+  SetSelected(*bl, mode != SELECTION_SUB);
 }
 
 }  // namespace host::document
