@@ -1,5 +1,7 @@
 #include "evaluate/evaluate.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <atomic>
 #include <bit>
@@ -36,7 +38,8 @@ namespace {
 constexpr int32_t kTypeInstance = 5126, kInstanceLink = 1000;
 constexpr int32_t kUseGenerators = 1006, kUseDeformers = 1007;  // of a document
 constexpr auto kTurn = std::chrono::milliseconds(5);
-constexpr int kMostNested = 64;  // instances of instances
+constexpr int kMostNested = 64;             // instances of instances
+constexpr size_t kMostInstanced = 1 << 17;  // objects; each may show as many again
 
 std::atomic<uint64_t> g_passes{0};
 std::atomic<bool> g_haveDeformers{false};
@@ -181,16 +184,19 @@ class Evaluator {
       if (const auto mesh = MakePrimitive(object)) return NewObject(*mesh);
       if (const auto shape = MakeSplinePrimitive(object)) return NewObject(*shape, object.data);
     } catch (const std::bad_alloc&) {
-      Warn("there is not enough memory for the geometry of '" + std::string(std::string_view(object.name)) +
-           "'");
+      Warn(fmt::format("there is not enough memory for the geometry of '{}'", std::string_view(object.name)));
     }
     return nullptr;
   }
 
   BaseObject* MakeInstance(BaseObject& object) {
     BaseObject* target = TargetOf(object);
-    BaseObject* made = target ? NewShape(*target, true) : nullptr;
-    if (made) made->place = ObjectPlace();
+    BaseObject* made = target ? NewShape(*target, true, kMostInstanced) : nullptr;
+    if (made)
+      made->place = ObjectPlace();
+    else if (target)
+      Warn(fmt::format("the instance '{}' shows nothing: it would be of more than {} objects",
+                       std::string_view(object.name), kMostInstanced));
     return made;
   }
 
@@ -207,8 +213,8 @@ class Evaluator {
     if (!made || !hold.IsAlive() || made == FirstIn(object, kCacheBranch)) return made;
     const bool isLoose = !made->up && !made->list && !made->pred && !made->next && !made->isFixed;
     if (isLoose && As<BaseObject>(made)) return made;
-    Warn("'" + std::string(std::string_view(object.name)) +
-         "' made an object that stands in a scene: it is left there");
+    Warn(fmt::format("'{}' made an object that stands in a scene: it is left there",
+                     std::string_view(object.name)));
     return nullptr;
   }
 

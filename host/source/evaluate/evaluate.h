@@ -2,6 +2,7 @@
 #ifndef HOST_EVALUATE_EVALUATE_H
 #define HOST_EVALUATE_EVALUATE_H
 
+#include <cstdint>
 #include <functional>
 
 #include "scene/object.h"
@@ -23,9 +24,8 @@ void EvaluateTree(BaseObject& root);
 // A new object that is what the object shows, without anything left to evaluate: polygons, splines and lines as
 // deformers left them, what generators made in their place; cameras, lights and the like as they are. With
 // `children` what stands below it too, but for deformers and what generators took as their input. Null for one
-// with more than kMostShapes objects, and where memory lacks.
-BaseObject* NewShape(const BaseObject& object, bool children);
-constexpr size_t kMostShapes = 1 << 20;
+// of more than `most` objects, and where memory lacks.
+BaseObject* NewShape(const BaseObject& object, bool children, size_t most = SIZE_MAX);
 
 // A copy of the document with the shapes of all objects in their places; null where memory lacks.
 BaseDocument* Polygonize(BaseDocument& document, bool keepAnimation);

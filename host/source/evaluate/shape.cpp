@@ -63,7 +63,7 @@ struct EndObject {
 
 }  // namespace
 
-BaseObject* NewShape(const BaseObject& root, bool children) {
+BaseObject* NewShape(const BaseObject& root, bool children, size_t most) {
   std::unique_ptr<BaseObject, EndObject> made(NewOne(root));
   if (!made) return nullptr;
   size_t count = 1;
@@ -93,7 +93,7 @@ BaseObject* NewShape(const BaseObject& root, bool children) {
     const Hold hold(one.from);
     const auto* from = static_cast<const BaseObject*>(hold.Object());
     if (!from) continue;
-    BaseObject* copy = ++count > kMostShapes ? nullptr : NewOne(*from);
+    BaseObject* copy = ++count > most ? nullptr : NewOne(*from);
     if (!copy) return nullptr;
     Append(*copy, *one.to);
     if (hold.IsAlive()) addBelow(*from, *copy);

@@ -2,7 +2,9 @@
 #ifndef HOST_SCENE_TURN_H
 #define HOST_SCENE_TURN_H
 
-#include "tavor/cpythonlibrary.h"
+#include <cstdint>
+
+struct CPythonLibrary;
 
 namespace host {
 

@@ -8,6 +8,7 @@
 #include "app/settings.h"
 #include "documents/documents.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 #include "support.h"
 

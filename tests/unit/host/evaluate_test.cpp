@@ -1,0 +1,267 @@
+// Caches, deformers, instances, and plug-ins that make objects.
+
+#include "evaluate/evaluate.h"
+
+#include <functional>
+#include <string>
+
+#include "scene_support.h"
+
+namespace {
+
+namespace object = host::object;
+using host::listnode::InsertUnderLast;
+
+constexpr int32_t kInstance = 5126, kTwist = 5134, kMaker = 2000101, kMover = 2000102, kLast = 2000103;
+constexpr int32_t kCubeSize = 1100, kTwistAngle = 1002, kInstanceLink = 1000;
+
+// What the plug-ins of the tests do, and how often they were asked.
+struct Plugins {
+  std::function<BaseObject*(BaseObject*)> make;
+  int made = 0, moved = 0;
+  std::string executed;
+};
+Plugins g_plugins;
+
+class Evaluation : public Scene {
+ protected:
+  Evaluation() {
+    g_plugins = {};
+    if (!host::plugin::FindPlugin(kMaker, 0)) Register();
+    document = static_cast<BaseDocument*>(New(110059));
+  }
+  ~Evaluation() override { host::DestroyNow(document); }
+
+  static void Register() {
+    for (const int32_t id : {kMaker, kMover, kLast}) {
+      Text name(Word("Plug-in"));
+      NodeRecord record{};
+      record.base = {sizeof record, PLUGIN_KIND_OBJECT, id, 0, &name, nullptr, nullptr, nullptr};
+      record.baseType = 5155;
+      if (id == kMaker)
+        record.GetVirtualObjects = [](void*, BaseObject* op, HierarchyHelp*) {
+          ++g_plugins.made;
+          return g_plugins.make ? g_plugins.make(op) : nullptr;
+        };
+      if (id == kMover)
+        record.ModifyObject = [](void*, BaseObject*, BaseDocument*, BaseObject* op, const Matrix*,
+                                 const Matrix*, double, int32_t, BaseThread*) -> HostBool {
+          ++g_plugins.moved;
+          for (Vector& point : static_cast<PointObject*>(op)->Points()) point.y += 1;
+          return 1;
+        };
+      record.Execute = [](void*, GeListNode* node, BaseDocument*, BaseThread*, int32_t priority,
+                          int32_t flags) {
+        g_plugins.executed += std::to_string(node->type.id % 10) + ":" + std::to_string(priority) + " ";
+        return flags;
+      };
+      if (id == kLast)
+        record.AddToExecution = [](void*, GeListNode* node, PriorityList* list) -> HostBool {
+          host::prioritylist::Add(list, node, 100, 0);
+          return host::prioritylist::Add(list, node, -100, 0);
+        };
+      EXPECT_NE(host::plugin::RegisterNode(&record), nullptr);
+    }
+  }
+
+  BaseObject* Add(int32_t type, GeListNode* under = nullptr) {
+    auto* made = static_cast<BaseObject*>(New(type));
+    EXPECT_TRUE(host::Place(*made, under ? *under : *HeadFor(document, 5155), nullptr));
+    return made;
+  }
+  void Evaluate() { EXPECT_TRUE(host::Evaluate(*document, {})); }
+  static void SetNumber(BaseObject* object, int32_t id, double value) {
+    Set(object, id, host::Value::Float(value));
+  }
+  static void Set(BaseObject* object, int32_t id, const host::Value& value) {
+    const DescLevel level{id, 0, 0};
+    const HostDescID key{&level, 1, 0};
+    EXPECT_TRUE(host::atom::SetParameter(object, &key, &value.Data(), 0));
+  }
+  static BaseObject* CacheOf(BaseObject* of) { return object::GetCache(of, nullptr); }
+  static PolygonObject* MeshOf(BaseObject* of) { return host::As<PolygonObject>(CacheOf(of)); }
+
+  BaseDocument* document;
+};
+
+TEST_F(Evaluation, GeneratorsAreBuiltOnceForEachChange) {
+  BaseObject* cube = Add(kCube);
+  EXPECT_EQ(CacheOf(cube), nullptr);
+  EXPECT_TRUE(object::IsDirty(cube, DIRTYFLAGS_DATA));
+  Evaluate();
+  PolygonObject* mesh = MeshOf(cube);
+  ASSERT_NE(mesh, nullptr);
+  EXPECT_EQ(mesh->Points().size(), 8u);
+  EXPECT_EQ(object::GetRad(cube), (Vector{100, 100, 100}));
+  EXPECT_EQ(object::GetCacheParent(mesh), cube);
+  EXPECT_EQ(host::listnode::GetDocument(mesh), document);
+  EXPECT_FALSE(object::IsDirty(cube, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
+  const Vector place{5, 0, 0};
+  object::SetAbsPos(cube, &place);  // no part of what the cube is
+  Evaluate();
+  EXPECT_EQ(MeshOf(cube), mesh);
+  EXPECT_EQ(object::GetMg(mesh).off, place);
+  const HostLink link = LinkTo(mesh);
+  Set(cube, kCubeSize, host::Value::Of({2, 4, 6}));
+  EXPECT_FALSE(object::CheckCache(cube, nullptr));
+  Evaluate();
+  EXPECT_EQ(host::link::GetLink(link), nullptr);
+  EXPECT_EQ(object::GetRad(cube), (Vector{1, 2, 3}));
+  object::SetDeformMode(cube, 0);
+  Evaluate();
+  EXPECT_EQ(CacheOf(cube), nullptr);
+  object::SetDeformMode(cube, 1);
+  Evaluate();
+  object::Touch(cube);
+  EXPECT_EQ(CacheOf(cube), nullptr);
+  Evaluate();
+  Element copy(static_cast<BaseList2D*>(host::atom::GetClone(cube, 0, nullptr)));
+  EXPECT_EQ(CacheOf(static_cast<BaseObject*>(copy.get())), nullptr);
+}
+
+TEST_F(Evaluation, DeformersActOnWhatIsAboveAndBesideThem) {
+  BaseObject* cube = Add(kCube);
+  auto* mesh = host::NewPolygonObject(1, 0);
+  mesh->Points()[0] = {100, 125, 0};
+  host::Place(*mesh, *cube, nullptr);
+  BaseObject* twist = Add(kTwist, cube);
+  SetNumber(twist, kTwistAngle, 1.5707963267948966);
+  Evaluate();
+  auto* deformed = host::As<PolygonObject>(object::GetDeformCache(mesh));
+  ASSERT_NE(deformed, nullptr);
+  EXPECT_NEAR(deformed->Points()[0].x, 0, 1e-9);
+  EXPECT_NEAR(deformed->Points()[0].z, -100, 1e-9);
+  EXPECT_EQ(mesh->Points()[0], (Vector{100, 125, 0}));
+  ASSERT_NE(object::GetDeformCache(CacheOf(cube)), nullptr);
+  Evaluate();
+  EXPECT_EQ(object::GetDeformCache(mesh), deformed);
+  const Vector above{0, 1000, 0};
+  object::SetAbsPos(twist, &above);
+  Evaluate();
+  EXPECT_EQ(host::As<PolygonObject>(object::GetDeformCache(mesh))->Points()[0], (Vector{100, 125, 0}));
+  object::SetDeformMode(twist, 0);
+  Evaluate();
+  EXPECT_EQ(object::GetDeformCache(mesh), nullptr);
+  EXPECT_EQ(object::GetDeformCache(CacheOf(cube)), nullptr);
+  Add(kMover, mesh);
+  Evaluate();
+  ASSERT_NE(object::GetDeformCache(mesh), nullptr);
+  EXPECT_EQ(static_cast<PolygonObject*>(object::GetDeformCache(mesh))->Points()[0].y, 126);
+  EXPECT_EQ(g_plugins.moved, 1);
+}
+
+TEST_F(Evaluation, InstancesShowWhatTheirTargetsShow) {
+  BaseObject* group = Add(kNull);
+  BaseObject* cube = Add(kCube, group);
+  BaseObject* instance = Add(kInstance);
+  const auto aim = [](BaseObject* from, BaseObject* at) { SetLinkEntry(from->data, kInstanceLink, at); };
+  aim(instance, group);
+  Evaluate();
+  ASSERT_NE(CacheOf(instance), nullptr);
+  auto* shown = host::As<PolygonObject>(CacheOf(instance)->down);
+  ASSERT_NE(shown, nullptr);
+  EXPECT_EQ(object::GetRad(instance), (Vector{100, 100, 100}));
+  Set(cube, kCubeSize, host::Value::Of({2, 2, 2}));
+  Evaluate();
+  EXPECT_EQ(object::GetRad(instance), (Vector{1, 1, 1}));
+  // What would show itself shows nothing, however it gets there.
+  BaseObject* other = Add(kInstance);
+  aim(instance, other);
+  aim(other, instance);
+  for (int i = 0; i < 3; ++i) Evaluate();
+  EXPECT_LT(host::BoxOf(*instance).low.x, 2);
+  aim(instance, instance);
+  Evaluate();
+  EXPECT_EQ(CacheOf(instance), nullptr);
+  // There is an end to what instances of instances may show.
+  EXPECT_EQ(host::NewShape(*group, true, 1), nullptr);
+  Element two(host::NewShape(*group, true, 2));
+  EXPECT_NE(two, nullptr);
+}
+
+TEST_F(Evaluation, PluginsMakeObjectsAndAreExecutedInTheirOrder) {
+  BaseObject* maker = Add(kMaker);
+  g_plugins.make = [](BaseObject*) -> BaseObject* { return host::NewPolygonObject(3, 1); };
+  Evaluate();
+  Evaluate();
+  EXPECT_EQ(g_plugins.made, 1);
+  ASSERT_NE(MeshOf(maker), nullptr);
+  EXPECT_EQ(MeshOf(maker)->Points().size(), 3u);
+  host::atom::SetDirty(maker, DIRTYFLAGS_DATA);
+  g_plugins.make = [](BaseObject* op) { return object::GetCache(op, nullptr); };
+  const HostLink link = LinkTo(MeshOf(maker));
+  Evaluate();
+  EXPECT_EQ(g_plugins.made, 2);
+  EXPECT_EQ(host::link::GetLink(link), CacheOf(maker));
+  // An object of the scene is not taken out of it.
+  BaseObject* stays = Add(kNull);
+  host::atom::SetDirty(maker, DIRTYFLAGS_DATA);
+  g_plugins.make = [&](BaseObject*) { return stays; };
+  ::testing::internal::CaptureStdout();
+  Evaluate();
+  ::testing::internal::GetCapturedStdout();
+  EXPECT_EQ(CacheOf(maker), nullptr);
+  EXPECT_EQ(host::listnode::GetDocument(stays), document);
+  // The generator may go while it is asked.
+  host::atom::SetDirty(maker, DIRTYFLAGS_DATA);
+  g_plugins.make = [](BaseObject* op) -> BaseObject* {
+    host::DestroyNow(op);
+    return host::NewPolygonObject(1, 0);
+  };
+  Evaluate();
+  g_plugins.executed.clear();
+  Add(kLast);
+  Add(kMover);
+  EXPECT_TRUE(host::Evaluate(*document, {.caches = false}));
+  EXPECT_EQ(g_plugins.executed, "3:-100 2:0 3:100 ");
+}
+
+TEST_F(Evaluation, ClonesTellWhetherTheirOriginalsHaveChanged) {
+  BaseObject* generator = Add(kMaker);
+  BaseObject* cube = Add(kCube, generator);
+  HostBool dirty = 0;
+  const auto clone = [&] {
+    return Element(object::GetHierarchyClone(generator, nullptr, cube, HIERARCHYCLONEFLAGS_ASPOLY, &dirty,
+                                             nullptr, DIRTYFLAGS_DATA));
+  };
+  Element first = clone();
+  EXPECT_TRUE(dirty);
+  EXPECT_NE(host::As<PolygonObject>(first.get()), nullptr);
+  EXPECT_TRUE(cube->isInput);
+  dirty = 0;
+  EXPECT_EQ(clone(), nullptr);
+  EXPECT_FALSE(dirty);
+  Set(cube, kCubeSize, host::Value::Of({1, 1, 1}));
+  EXPECT_NE(clone(), nullptr);
+  EXPECT_EQ(object::GetHierarchyClone(cube, nullptr, cube, 0, &dirty, nullptr, 0), nullptr);
+  object::NewDependenceList(generator);
+  object::AddDependence(generator, nullptr, cube, DIRTYFLAGS_DATA);
+  EXPECT_FALSE(object::CompareDependenceList(generator));
+  EXPECT_TRUE(object::CompareDependenceList(generator));
+  object::TouchDependenceList(generator);
+  EXPECT_FALSE(object::CompareDependenceList(generator));
+}
+
+TEST_F(Evaluation, ADocumentOfShapesHasNothingLeftToEvaluate) {
+  BaseObject* cube = Add(kCube);
+  SetName(cube, "Box");
+  const Vector place{1, 2, 3};
+  object::SetAbsPos(cube, &place);
+  host::Place(*New(kTexture), *HeadFor(cube, 5694), nullptr);
+  BaseObject* child = Add(kNull, cube);
+  Add(kTwist, child);
+  BaseDocument* made = host::Polygonize(*document, false);
+  ASSERT_NE(made, nullptr);
+  auto* mesh = host::As<PolygonObject>(HeadFor(made, 5155)->down);
+  ASSERT_NE(mesh, nullptr);
+  EXPECT_EQ(mesh->next, nullptr);
+  EXPECT_EQ(std::string_view(mesh->name), "Box");
+  EXPECT_EQ(mesh->place.Local().off, place);
+  EXPECT_NE(object::GetTag(mesh, kTexture, 0), nullptr);
+  ASSERT_NE(mesh->down, nullptr);
+  EXPECT_EQ(mesh->down->down, nullptr);
+  EXPECT_NE(CacheOf(cube), nullptr) << "the original is as it was, but for its caches";
+  host::DestroyNow(made);
+}
+
+}  // namespace
