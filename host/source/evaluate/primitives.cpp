@@ -40,9 +40,9 @@ Matrix OrientationOf(int32_t axis) {
   }
 }
 
-// Beyond it a volume is no number any more.
+// Beyond it areas and lengths are no numbers any more.
 double Finite(double number) {
-  constexpr double kMost = 1e100;
+  constexpr double kMost = 1e50;
   return std::isnan(number) ? 0 : std::clamp(number, -kMost, kMost);
 }
 

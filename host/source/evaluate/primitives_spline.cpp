@@ -18,13 +18,18 @@ enum SplineType : int32_t { kLinear = 0, kCubic = 1, kBezier = 4 };
 // What is left of an angle so far above 0 that its turns are lost.
 double Limited(double angle) { return std::clamp(angle, -1e6, 1e6); }
 
+// But for rounding.
+bool IsSame(const Vector& a, const Vector& b) {
+  return kelvar::Distance(a, b) <= 1e-12 * (kelvar::Length(a) + kelvar::Length(b));
+}
+
 class Path {
  public:
   explicit Path(int32_t type) { shape.type = type; }
 
   // One at the place of the last one takes that one's place.
   void Add(const Vector& point, const Tangent& tangent = {}) {
-    if (shape.points.size() > begin_ && point == shape.points.back()) {
+    if (shape.points.size() > begin_ && IsSame(point, shape.points.back())) {
       shape.tangents.back().vr = tangent.vr;
       return;
     }
@@ -62,8 +67,7 @@ class Path {
 
   void End(bool closed) {
     auto& [points, tangents, segments, type] = shape;
-    if (closed && points.size() > begin_ + 1 &&
-        kelvar::Distance(points.back(), points[begin_]) <= 1e-12 * kelvar::Length(points[begin_])) {
+    if (closed && points.size() > begin_ + 1 && IsSame(points.back(), points[begin_])) {
       tangents[begin_].vl = tangents.back().vl;
       points.pop_back();
       tangents.pop_back();

@@ -75,9 +75,8 @@ BaseObject* NewShape(const BaseObject& root, bool children, size_t most) {
   const auto addBelow = [&](const BaseObject& from, BaseObject& to) {
     std::vector<Pending> below;
     const BaseObject& cache = MadeOf(from);
-    for (const BaseObject* parent : {&cache, &from}) {
-      if (parent == &from && (&cache == &from || (&from == &root && !children))) continue;
-      if (parent == &cache && &cache == &from && &from == &root && !children) continue;
+    for (const BaseObject* parent : {&cache != &from ? &cache : nullptr, &from}) {
+      if (!parent || (parent == &root && !children)) continue;
       for (GeListNode* child = parent->down; child; child = child->next) {
         const auto* object = As<BaseObject>(child);
         if (!object || object->isInput || IsDeformer(*object)) continue;

@@ -10,7 +10,7 @@ namespace {
 
 using Triangle = std::array<Vector, 3>;
 
-constexpr size_t kMaxTriangles = 1 << 22;  // a side that is too short for the lines ends here
+constexpr size_t kMaxTriangles = 1 << 20;  // a side that is too short for the lines ends here
 
 std::vector<Triangle> TrianglesOf(const LineObject& lines) {
   std::vector<Vector> points;

@@ -48,7 +48,7 @@ std::vector<Run> Validated(const PolygonObject& object, const BaseSelect& sides)
   for (size_t i = 0; i < object.ngonEdges.size() && i < object.Polygons().size(); ++i)
     for (size_t k = 0; k < 4; ++k)
       if (const int32_t edge = neighbor.edgeOf[4 * i + k]; edge >= 0 && object.ngonEdges[i] >> k & 1)
-        marks[size_t(edge)] = 0;
+        marks[size_t(edge)] &= neighbor.edges[size_t(edge)].second < 0;  // there is nothing to be inside of
   return MarkedSides(neighbor, marks);
 }
 
