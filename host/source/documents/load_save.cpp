@@ -94,24 +94,30 @@ OwnedDocument Load(const fs::path& file, int32_t flags, Stopper& stopper) {
   return document;
 }
 
-// Runs what reads or writes a file; a fault of it becomes a line on the console, and the result that `body`
-// would have made of nothing.
+// What the exception in hand says of a file, for the console.
+std::string DescribeFault(const char* action, const fs::path& file) {
+  try {
+    throw;
+  } catch (const FileFault& fault) {
+    return fmt::format("{} {}", action, fault.what());
+  } catch (const Stopped&) {
+    return fmt::format("{} {}: stopped", action, file.native());
+  } catch (const std::bad_alloc&) {
+    return fmt::format("{} {}: not enough memory", action, file.native());
+  } catch (const std::exception& error) {
+    return fmt::format("{} {}: {}", action, file.native(), error.what());
+  }
+}
+
+// The result of `body`; nothing and a line on the console where it can't read or write the file.
 template <class Body>
 auto Told(const char* action, const fs::path& file, Body body) -> decltype(body()) {
-  std::string fault;
   try {
     return body();
-  } catch (const FileFault& error) {
-    fault = error.what();
-  } catch (const Stopped&) {
-    fault = fmt::format("{} '{}': stopped", action, file.string());
-  } catch (const std::bad_alloc&) {
-    fault = fmt::format("{} '{}': not enough memory", action, file.string());
-  } catch (const fs::filesystem_error& error) {
-    fault = fmt::format("{} '{}': {}", action, file.string(), error.code().message());
+  } catch (const std::exception&) {
+    Complain(DescribeFault(action, file));
+    return {};
   }
-  Complain(fault);
-  return {};
 }
 
 OwnedDocument CopyOf(const BaseDocument& document) {
@@ -228,7 +234,11 @@ void Open(OwnedDocument loaded) {
 
 void OpenScene(const fs::path& file) {
   Stopper nobody(nullptr, nullptr);
-  Open(Load(file, kFilterObjects | kFilterMaterials, nobody));
+  try {
+    Open(Load(file, kFilterObjects | kFilterMaterials, nobody));
+  } catch (const std::exception&) {
+    throw std::runtime_error(DescribeFault("can't open", file));
+  }
 }
 
 }  // namespace host
