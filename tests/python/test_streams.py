@@ -214,7 +214,7 @@ sys.stderr.write('%s\\n' % sys.stdin.closed)
                 self.assertEqual(self.run_one(*arguments), (0, "['x'] True True\n", ""))
         self.assertEqual(self.run_one("-c", "import sys; print(sys.argv)", "--home", "--open"), (0, "['-c', '--home', '--open']\n", ""))
         script = "print('never')"
-        for arguments, reason in ((["--open", "a.scene"], "can't open the scene 'a.scene'"), (["--open"], "argument expected for the --open option"),
+        for arguments, reason in ((["--open", "a.scene"], "can't open a.scene"), (["--open"], "argument expected for the --open option"),
                                   (["--set", "g_none=1"], "there is no such configuration variable"), (["--set", "g_console=2"], "neither true nor false"),
                                   (["--set", "g_console"], "NAME=VALUE is expected"), (["--set"], "argument expected for the --set option"),
                                   (["--home", ""], "the value of the --home option is empty"), (["--plugins"], "argument expected for the --plugins option"),

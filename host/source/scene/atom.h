@@ -2,6 +2,7 @@
 #ifndef HOST_SCENE_ATOM_H
 #define HOST_SCENE_ATOM_H
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -135,6 +136,11 @@ struct LayerObject : BaseList2D {
 
 struct BaseDocument : BaseList2D {
   explicit BaseDocument(const host::NodeType& ofType);
+  void CopyOwn(BaseList2D& to) const override;
+
+  host::Text folder;                          // of its file
+  std::map<int32_t, BaseContainer> settings;  // by DOCUMENTSETTINGS, but for the general ones: those are `data`
+  bool isChanged = false;
 };
 
 namespace host {

@@ -135,8 +135,12 @@ PyObject* RaiseSameParentAndPrevious() {
                         "Cannot call insert function with same parent and previous objects");
 }
 
-PyObject* RaiseShaderHasNext() {
+PyObject* RaiseHasNext() {
   return RaiseFormatted(PyExc_AssertionError, "Found next objects. Please add them separately.");
+}
+
+PyObject* RaiseNoParticles() {
+  return RaiseFormatted(PyExc_BaseException, "Could not find 'Driftmotes'.");
 }
 
 PyObject* RaiseAttributeIsNo(const char* name) {

@@ -44,7 +44,8 @@ PyObject* RaiseInsertOnItself();                   // AssertionError, of nodes
 PyObject* RaiseHeadInsertOnItself();               // AssertionError, of heads
 PyObject* RaiseInsertRefused();                    // AssertionError: there is no place for the node
 PyObject* RaiseSameParentAndPrevious();            // AssertionError
-PyObject* RaiseShaderHasNext();                    // AssertionError
+PyObject* RaiseHasNext();                          // AssertionError: others follow what is inserted
+PyObject* RaiseNoParticles();                      // BaseException
 PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of another type
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNotPickled(int32_t entryId);        // TypeError

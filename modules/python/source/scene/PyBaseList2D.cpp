@@ -47,7 +47,7 @@ PyObject* GetMain(BaseList2D* self) {
 PyObject* InsertShader(BaseList2D* self, WrapperOf<BaseShader>* shader, BaseShader* pred) {
   BaseShader* host;
   if (!shader->Get(host)) return nullptr;
-  if (host->GetNext()) return RaiseShaderHasNext();
+  if (host->GetNext()) return RaiseHasNext();
   if (!self->InsertShader(host, pred)) return RaiseInsertRefused();
   shader->owned = false;  // the node's
   return NewNone();

@@ -15,10 +15,8 @@ PyTypeObject Shell(const char* name, const char* doc, PyTypeObject& base, newfun
   return MakeType<AtomWrapper>({.name = name, .doc = doc, .base = &base, .create = create, .destroy = destroy});
 }
 
-constexpr int32_t kDocument = 110059;
 constexpr int32_t kMaterial = 5703;
 
-BaseDocument* AllocDocument() { return static_cast<BaseDocument*>(BaseList2D::Alloc(kDocument)); }
 BaseMaterial* AllocMaterial() { return BaseMaterial::Alloc(kMaterial); }
 
 PyObject* ConstructTrack(PyTypeObject* type, PyObject* args, PyObject* keywords) {
@@ -37,8 +35,6 @@ PyObject* ConstructTrack(PyTypeObject* type, PyObject* args, PyObject* keywords)
 
 }  // namespace
 
-PyTypeObject g_BaseDocumentType = Shell("qlx.documents.BaseDocument", "A document: a scene and its settings.",
-                                        g_BaseList2DType, Create<&AllocDocument, "">);
 PyTypeObject g_LayerObjectType = Shell("qlx.documents.LayerObject", "A layer of a document.", g_BaseList2DType);
 PyTypeObject g_RenderDataType =
     Shell("qlx.documents.RenderData", "The settings of a rendering.", g_BaseList2DType);
@@ -131,7 +127,6 @@ PyTypeObject g_SculptTagType =
 namespace {
 
 const TypeQueueEntry g_entries[] = {
-    TypeQueueEntry(g_BaseDocumentType),
     TypeQueueEntry(g_LayerObjectType),
     TypeQueueEntry(g_RenderDataType),
     TypeQueueEntry(g_BaseVideoPostType),
