@@ -93,8 +93,8 @@ struct BaseList2D : GeListNode {
   explicit BaseList2D(const host::NodeType& ofType);
 
   // Parameters that do not lie in the container; false for others.
-  virtual bool ReadOwn(int32_t parameter, host::Value& value) const;
-  virtual bool WriteOwn(int32_t parameter, const HostGeData& value);
+  virtual bool GetOwn(int32_t parameter, host::Value& value) const;
+  virtual bool SetOwn(int32_t parameter, const HostGeData& value);
   // Copies what nodes of this class have beside a name and a container into another one of the same type.
   virtual void CopyOwn(BaseList2D& to) const;
 

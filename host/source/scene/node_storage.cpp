@@ -149,7 +149,7 @@ class Writer {
   // Numbers from 1 on, parents first.
   void Number(const BaseList2D& root, bool below) {
     const auto add = [&](GeListNode& node) {
-      if (IsHead(node)) return;
+      if (IsHead(node) || (node.isFixed && node.kind == Kind::kTag)) return;  // its object writes that itself
       elements_.push_back(&static_cast<BaseList2D&>(node));
       numbers_[&node] = elements_.size();
       if (node.isPlugin) node.Link(plugins_.emplace_back(HostLink{}, elements_.size()).first);

@@ -50,8 +50,9 @@ GeListHead* Branch(GeListNode& node, int32_t id);
 
 // Calls `visit` for the node, for its children or not, for what is in its branches or not, and for all below
 // those. `visit` moves nothing.
+// The host's own branches, of what evaluation made, are entered with `own` only.
 template <class Visit>
-void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true) {
+void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true, bool own = false) {
   const ReadScene reads;
   std::vector<GeListNode*> pending{&root};
   while (!pending.empty()) {
@@ -60,7 +61,8 @@ void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = t
     visit(*node);
     if (node != &root && node->next) pending.push_back(node->next);
     if (branches && node->extras)
-      pending.insert(pending.end(), node->extras->branches.rbegin(), node->extras->branches.rend());
+      for (size_t i = node->extras->branches.size(); i-- > 0;)
+        if (GeListHead* head = node->extras->branches[i]; own || head->branch >= 0) pending.push_back(head);
     if (node->down && (node != &root || children)) pending.push_back(node->down);
   }
 }
