@@ -40,6 +40,7 @@ class Patches {
   template <class At>
   void Quad(const std::array<int32_t, 4>& corner, int32_t across, int32_t up, const At& at) {
     if (corner[0] == corner[1] || corner[0] == corner[3]) return;
+    MakeRoom(size_t(across) * size_t(up));
     const auto& below = Edge(corner[0], corner[1], across, [&](double t) { return at(t, 0); });
     const auto& above = Edge(corner[3], corner[2], across, [&](double t) { return at(t, 1); });
     const auto& left = Edge(corner[0], corner[3], up, [&](double t) { return at(0, t); });
@@ -65,6 +66,7 @@ class Patches {
   template <class At>
   void Triangle(const std::array<int32_t, 3>& corner, int32_t steps, const At& at,
                 const std::array<Vector, 3>& picture = kWholePicture) {
+    MakeRoom(size_t(steps) * size_t(steps));
     const auto& below = Edge(corner[0], corner[1], steps, [&](double t) { return at(t, 0); });
     const auto& left = Edge(corner[0], corner[2], steps, [&](double t) { return at(0, t); });
     const auto& right = Edge(corner[1], corner[2], steps, [&](double t) { return at(1 - t, t); });
@@ -103,6 +105,16 @@ class Patches {
   Mesh mesh;
 
  private:
+  // For that many more polygons: large ones are not moved about.
+  void MakeRoom(size_t polygons) {
+    const size_t wanted = mesh.polygons.size() + polygons;
+    if (wanted <= mesh.polygons.capacity()) return;
+    const size_t room = std::max(wanted, 2 * mesh.polygons.capacity());
+    mesh.points.reserve(room);
+    mesh.polygons.reserve(room);
+    mesh.uvw.reserve(room);
+  }
+
   // The points from one corner to another one; `at` tells those between, unless a patch has made them already.
   template <class At>
   const std::vector<int32_t>& Edge(int32_t from, int32_t to, int32_t steps, const At& at) {

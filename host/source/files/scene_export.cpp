@@ -19,7 +19,7 @@
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
-#include "scene/turn.h"
+#include "scene/links.h"
 
 namespace host {
 namespace fs = std::filesystem;

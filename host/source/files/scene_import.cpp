@@ -13,7 +13,7 @@
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
-#include "scene/turn.h"
+#include "scene/links.h"
 #include "tables/utf8.h"
 
 namespace host {

@@ -20,6 +20,15 @@ SIZE(HostDescID, 16);
 PLACE(HostDescID, level, 0);
 PLACE(HostDescID, depth, 8);
 
+SIZE(CPolygon, 16);
+PLACE(CPolygon, b, 4);
+PLACE(CPolygon, d, 12);
+SIZE(HostSegment, 8);
+PLACE(HostSegment, closed, 4);
+SIZE(HostPolyInfo, 48);
+PLACE(HostPolyInfo, edge, 16);
+PLACE(HostPolyInfo, mark, 32);
+
 SIZE(HostResult, 24);
 PLACE(HostResult, code, 0);
 PLACE(HostResult, line, 4);
@@ -29,7 +38,7 @@ PLACE(HostResult, text, 16);
 SIZE(HostGroup, 8);
 PLACE(HostGroup, size, 0);
 
-SIZE(HostTables, 8 + 40 * 8);
+SIZE(HostTables, 8 + 96 * 8);
 PLACE(HostTables, version, 0);
 PLACE(HostTables, groupCount, 4);
 PLACE(HostTables, group, 8);

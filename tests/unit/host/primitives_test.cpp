@@ -117,310 +117,133 @@ double NgonLength(int n) { return 2 * n * std::sin(kPi / n); }
 
 class Primitives : public Scene {};
 
-struct Case {
-  const char* name;
-  int32_t type;
-  Parameters settings;
-  int euler;  // 2 for a ball, 0 for a ring
-  size_t polygons;
+struct Size {
   double area, volume;
-  double tolerance = 1e-9;
-  double beyond = 1e-12;  // how far the picture goes on
 };
 
-TEST_F(Primitives, SolidsAreClosedAndOfTheRightSize) {
-  const double apothem = std::cos(kPi / 36), slant = std::hypot(200, 100 * apothem);
-  const double ico = 4 / std::sqrt(10 + 2 * std::sqrt(5)), dodeca = 4 / (std::sqrt(3) * (1 + std::sqrt(5)));
-  const double r = 100 * dodeca;
-  const Parameters slice{{1001, 1}, {1002, 0.0}, {1003, kPi / 2}};
-  const auto with = [](Parameters setup, const Parameters& more) {
-    setup.insert(setup.end(), more.begin(), more.end());
-    return setup;
-  };
-  const double disc36 = NgonArea(36), ring36 = NgonLength(36);
-  const Case cases[] = {
-      {"cube", kCube, {}, 2, 6, 240000, 8e6},
-      {"cube in segments",
-       kCube,
-       {{1100, Vector{10, 20, 40}}, {1101, 2}, {1102, 3}, {1103, 4}},
-       2,
-       52,
-       2800,
-       8000},
-      {"cube without a fillet's radius", kCube, {{1105, 1}, {1106, 0.0}}, 2, 6, 240000, 8e6},
-      // Inner box, its sides moved outwards, quarters of cylinders, a ball of eight corners.
-      {"cube with a fillet",
-       kCube,
-       {{1105, 1}, {1106, 40.0}, {1107, 40}, {1102, 2}},
-       2,
-       6 + 4 + 480 + 4 * 40 + 8 * 1600,
-       6 * 14400 + 12 * 120 * 40 * kPi / 2 + 4 * kPi * 1600,
-       std::pow(120, 3) + 6 * 14400 * 40 + 3 * 120 * kPi * 1600 + 4.0 / 3 * kPi * 64000,
-       1e-3},
-      {"cube that is a ball",
-       kCube,
-       {{1105, 1}, {1106, 500.0}, {1107, 40}},
-       2,
-       8 * 1600,
-       4 * kPi * 1e4,
-       4.0 / 3 * kPi * 1e6,
-       1e-3},
-      {"cube that is a capsule",
-       kCube,
-       {{1100, Vector{400, 200, 200}}, {1105, 1}, {1106, 500.0}, {1107, 40}},
-       2,
-       4 * 40 + 8 * 1600,
-       2 * kPi * 100 * 200 + 4 * kPi * 1e4,
-       kPi * 1e4 * 200 + 4.0 / 3 * kPi * 1e6,
-       1e-3},
-      {"sphere", kSphere, {{1111, 200}}, 2, 200 * 100, 4 * kPi * 1e4, 4.0 / 3 * kPi * 1e6, 1e-3},
-      {"least sphere",
-       kSphere,
-       {{1111, 3}},
-       2,
-       6,
-       6 * std::sqrt(3) / 2 * 1e4 * std::sqrt(1.25),
-       NgonArea(3) / 3 * 2e6,
-       1e9},
-      {"sphere of a tetrahedron",
-       kSphere,
-       {{1111, 300}, {1112, 1}},
-       2,
-       4 * 99 * 99,
-       4 * kPi * 1e4,
-       4.0 / 3 * kPi * 1e6,
-       1e-3,
-       0.1},
-      {"sphere of a hexahedron",
-       kSphere,
-       {{1111, 160}, {1112, 2}},
-       2,
-       6 * 40 * 40,
-       4 * kPi * 1e4,
-       4.0 / 3 * kPi * 1e6,
-       1e-3},
-      {"sphere of an octahedron",
-       kSphere,
-       {{1111, 160}, {1112, 3}},
-       2,
-       8 * 40 * 40,
-       4 * kPi * 1e4,
-       4.0 / 3 * kPi * 1e6,
-       1e-3},
-      {"sphere of an icosahedron",
-       kSphere,
-       {{1111, 160}, {1112, 4}},
-       2,
-       20 * 32 * 32,
-       4 * kPi * 1e4,
-       4.0 / 3 * kPi * 1e6,
-       1e-3,
-       0.1},
-      {"hemisphere", kSphere, {{1111, 200}, {1112, 5}}, 2, 200 * 51, 3 * kPi * 1e4, 2.0 / 3 * kPi * 1e6, 1e-3},
-      {"cylinder",
-       kCylinder,
-       {{1135, 3}},
-       2,
-       36 * 14,
-       2 * disc36 * 2500 + ring36 * 50 * 200,
-       disc36 * 2500 * 200},
-      {"quarter of a cylinder", kCylinder, with({{1133, 9}}, slice), 2, 9 * 10 + 2 * 11,
-       disc36 * 1250 + ring36 * 50 * 50 + 2 * 50 * 200, disc36 * 2500 * 50},
-      {"cylinder sliced by more than a turn",
-       kCylinder,
-       {{1001, 1}, {1002, 7.0}, {1003, -7.0}},
-       2,
-       36 * 10,
-       2 * disc36 * 2500 + ring36 * 50 * 200,
-       disc36 * 2500 * 200},
-      {"cylinder with a fillet",
-       kCylinder,
-       {{1133, 400}, {1132, 1}, {1136, 1}, {1137, 40}, {1138, 10.0}},
-       2,
-       400 * 83,
-       2 * kPi * 1600 + 2 * kPi * 50 * 180 + 2 * (kPi * kPi * 10 * 40 + 2 * kPi * 100),
-       kPi * 2500 * 180 + 2 * (kPi * 1600 * 10 + kPi * kPi / 2 * 100 * 40 + 2.0 / 3 * kPi * 1000),
-       1e-3},
-      {"cylinder that is a capsule",
-       kCylinder,
-       {{1133, 400}, {1132, 1}, {1136, 1}, {1137, 40}, {1138, 1e9}},
-       2,
-       400 * 81,
-       2 * kPi * 50 * 100 + 4 * kPi * 2500,
-       kPi * 2500 * 100 + 4.0 / 3 * kPi * 125000,
-       1e-3},
-      {"cone", kCone, {{1146, 2}}, 2, 36 * 10, disc36 * 1e4 + ring36 * 100 * slant / 2, disc36 * 1e4 * 200 / 3},
-      {"cone on its tip",
-       kCone,
-       {{1140, 100.0}, {1141, 0.0}},
-       2,
-       36 * 9,
-       disc36 * 1e4 + ring36 * 100 * slant / 2,
-       disc36 * 1e4 * 200 / 3},
-      {"truncated cone",
-       kCone,
-       {{1140, 50.0}},
-       2,
-       36 * 10,
-       disc36 * 12500 + ring36 * 75 * std::hypot(200, 50 * apothem),
-       disc36 * 200 / 3 * 17500},
-      {"half of a cone",
-       kCone,
-       {{1001, 1}, {1144, 18}},
-       2,
-       18 * 9 + 2 * 10,
-       (disc36 * 1e4 + ring36 * 100 * slant / 2) / 2 + 200 * 100,
-       disc36 * 1e4 * 100 / 3},
-      {"torus",
-       kTorus,
-       {{1152, 400}, {1153, 200}},
-       0,
-       80000,
-       4 * kPi * kPi * 2000,
-       2 * kPi * kPi * 100 * 400,
-       1e-3},
-      {"half of a torus",
-       kTorus,
-       {{1152, 400}, {1153, 200}, {1001, 1}},
-       2,
-       80400,
-       2 * kPi * kPi * 2000 + 2 * kPi * 400,
-       kPi * kPi * 100 * 400,
-       1e-3},
-      {"tube", kTube, {{1185, 2}}, 0, 36 * 6, 2 * disc36 * 7500 + ring36 * 150 * 100, disc36 * 7500 * 100},
-      {"tube with a fillet",
-       kTube,
-       {{1184, 400}, {1186, 1}, {1187, 40}, {1188, 500.0}},
-       0,
-       400 * 162,
-       2 * kPi * 75 * (2 * kPi * 25 + 100),
-       2 * kPi * 75 * (kPi * 625 + 50 * 50),
-       1e-3},
-      {"part of a tube", kTube, with({{1184, 9}}, slice), 2, 9 * 4 + 8,
-       (2 * disc36 * 7500 + ring36 * 150 * 100) / 4 + 2 * 5000, disc36 * 7500 * 25},
-      {"pyramid", kPyramid, {{1171, 3}}, 2, 9 * 5, 40000 + 4 * 100 * std::hypot(100, 200), 40000 * 200 / 3.0},
-      {"capsule",
-       kCapsule,
-       {{1194, 400}, {1193, 100}},
-       2,
-       400 * 208,
-       2 * kPi * 50 * 100 + 4 * kPi * 2500,
-       kPi * 2500 * 100 + 4.0 / 3 * kPi * 125000,
-       1e-3},
-      {"capsule that is a ball",
-       kCapsule,
-       {{1194, 400}, {1193, 100}, {1191, 10.0}},
-       2,
-       400 * 200,
-       4 * kPi * 25,
-       4.0 / 3 * kPi * 125,
-       1e-3},
-      {"oil tank",
-       kOilTank,
-       {{1215, 400}, {1214, 100}},
-       2,
-       400 * 208,
-       2 * kPi * 50 * 150 + 2 * kPi * (2500 + 625),
-       kPi * 2500 * 150 + kPi * 25 / 3 * (3 * 2500 + 625),
-       1e-3},
-      {"flat oil tank",
-       kOilTank,
-       {{1212, 0.0}},
-       2,
-       36 * 24,
-       2 * disc36 * 2500 + ring36 * 50 * 200,
-       disc36 * 2500 * 200,
-       1e-6},
-      {"tetrahedron",
-       kPlatonic,
-       {{1202, 0}, {1201, 3}},
-       2,
-       36,
-       8 / std::sqrt(3) * 1e4,
-       8 / (9 * std::sqrt(3)) * 1e6,
-       1e-9},
-      {"hexahedron", kPlatonic, {{1202, 1}, {1201, 3}}, 2, 54, 8e4, 8 / (3 * std::sqrt(3)) * 1e6},
-      {"octahedron", kPlatonic, {{1202, 2}, {1201, 3}}, 2, 72, 4 * std::sqrt(3) * 1e4, 4.0 / 3 * 1e6},
-      {"dodecahedron",
-       kPlatonic,
-       {{1202, 3}},
-       2,
-       24,
-       3 * std::sqrt(25 + 10 * std::sqrt(5)) * r * r,
-       (15 + 7 * std::sqrt(5)) / 4 * r * r * r},
-      {"dodecahedron in segments",
-       kPlatonic,
-       {{1202, 3}, {1201, 2}},
-       2,
-       240,
-       3 * std::sqrt(25 + 10 * std::sqrt(5)) * r * r,
-       (15 + 7 * std::sqrt(5)) / 4 * r * r * r},
-      {"icosahedron",
-       kPlatonic,
-       {{1201, 2}},
-       2,
-       80,
-       5 * std::sqrt(3) * ico * ico * 1e4,
-       5.0 / 12 * (3 + std::sqrt(5)) * ico * ico * ico * 1e6},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Mesh mesh = MeshOf(c.type, c.settings);
-    const Figures f = FiguresOf(mesh);
-    EXPECT_EQ(mesh.polygons.size(), c.polygons);
-    EXPECT_EQ(f.euler, c.euler);
-    EXPECT_EQ(f.open, 0);
-    EXPECT_EQ(f.crooked, 0);
-    EXPECT_EQ(f.unused, 0);
-    EXPECT_GT(f.leastArea, 0);
-    EXPECT_NEAR(f.area / c.area, 1, c.tolerance);
-    EXPECT_NEAR(f.volume / c.volume, 1, c.tolerance);
-    EXPECT_EQ(mesh.uvw.size(), mesh.polygons.size());
-    EXPECT_GE(f.leastUV, -c.beyond);
-    EXPECT_LE(f.mostUV, 1 + c.beyond);
-  }
+// `euler` is 2 for a ball and 0 for a ring; pictures may go on by `beyond`.
+void ExpectSolid(const char* name, int32_t type, const Parameters& parameters, int euler, size_t polygons,
+                 const Size& size, double tolerance = 1e-9, double beyond = 1e-12) {
+  SCOPED_TRACE(name);
+  const Mesh mesh = MeshOf(type, parameters);
+  const Figures f = FiguresOf(mesh);
+  EXPECT_EQ(mesh.polygons.size(), polygons);
+  EXPECT_EQ(mesh.uvw.size(), polygons);
+  EXPECT_EQ(f.euler, euler);
+  EXPECT_EQ(f.open, 0);
+  EXPECT_EQ(f.crooked, 0);
+  EXPECT_EQ(f.unused, 0);
+  EXPECT_GT(f.leastArea, 0);
+  EXPECT_NEAR(f.area / size.area, 1, tolerance);
+  EXPECT_NEAR(f.volume / size.volume, 1, tolerance);
+  EXPECT_GE(f.leastUV, -beyond);
+  EXPECT_LE(f.mostUV, 1 + beyond);
+}
+
+Size Ball(double radius) { return {4 * kPi * radius * radius, 4.0 / 3 * kPi * std::pow(radius, 3)}; }
+// The length is that between the two halves of the ball.
+Size Pill(double radius, double length) {
+  const Size ball = Ball(radius);
+  return {ball.area + 2 * kPi * radius * length, ball.volume + kPi * radius * radius * length};
+}
+
+TEST_F(Primitives, BoxesAndBallsAreClosedAndOfTheRightSize) {
+  ExpectSolid("cube", kCube, {}, 2, 6, {240000, 8e6});
+  ExpectSolid("in segments", kCube, {{1100, Vector{10, 20, 40}}, {1101, 2}, {1102, 3}, {1103, 4}}, 2, 52,
+              {2800, 8000});
+  ExpectSolid("without a radius", kCube, {{1105, 1}, {1106, 0.0}}, 2, 6, {240000, 8e6});
+  // An inner box, its sides moved outwards, quarters of cylinders, and a ball of eight corners.
+  const Size corners = Ball(40);
+  ExpectSolid("round", kCube, {{1105, 1}, {1106, 40.0}, {1107, 40}, {1102, 2}}, 2,
+              6 + 4 + 480 + 4 * 40 + 8 * 1600,
+              {6 * 14400 + 12 * 120 * 20 * kPi + corners.area,
+               120 * 14400 + 6 * 14400 * 40 + 3 * 120 * kPi * 1600 + corners.volume},
+              1e-3);
+  ExpectSolid("a ball", kCube, {{1105, 1}, {1106, 500.0}, {1107, 40}}, 2, 8 * 1600, Ball(100), 1e-3);
+  ExpectSolid("a pill", kCube, {{1100, Vector{400, 200, 200}}, {1105, 1}, {1106, 500.0}, {1107, 40}}, 2,
+              4 * 40 + 8 * 1600, Pill(100, 200), 1e-3);
+  ExpectSolid("pyramid", kPyramid, {{1171, 3}}, 2, 45, {40000 + 400 * std::hypot(100, 200), 40000 * 200 / 3.0});
+
+  ExpectSolid("sphere", kSphere, {{1111, 200}}, 2, 200 * 100, Ball(100), 1e-3);
+  ExpectSolid("least", kSphere, {{1111, 3}}, 2, 6, {3e4 * std::sqrt(3.75), NgonArea(3) / 3 * 2e6});
+  ExpectSolid("by tetrahedron", kSphere, {{1111, 300}, {1112, 1}}, 2, 4 * 99 * 99, Ball(100), 1e-3, 0.1);
+  ExpectSolid("by hexahedron", kSphere, {{1111, 160}, {1112, 2}}, 2, 6 * 40 * 40, Ball(100), 1e-3);
+  ExpectSolid("by octahedron", kSphere, {{1111, 160}, {1112, 3}}, 2, 8 * 40 * 40, Ball(100), 1e-3);
+  ExpectSolid("by icosahedron", kSphere, {{1111, 160}, {1112, 4}}, 2, 20 * 32 * 32, Ball(100), 1e-3, 0.1);
+  ExpectSolid("half", kSphere, {{1111, 200}, {1112, 5}}, 2, 200 * 51, {3e4 * kPi, 2e6 / 3 * kPi}, 1e-3);
+
+  const double ico = 400 / std::sqrt(10 + 2 * std::sqrt(5)), dodeca = 400 / (std::sqrt(3) * (1 + std::sqrt(5)));
+  const Size twelve{3 * std::sqrt(25 + 10 * std::sqrt(5)) * std::pow(dodeca, 2),
+                    (15 + 7 * std::sqrt(5)) / 4 * std::pow(dodeca, 3)};
+  ExpectSolid("4", kPlatonic, {{1202, 0}, {1201, 3}}, 2, 36, {8e4 / std::sqrt(3), 8e6 / (9 * std::sqrt(3))});
+  ExpectSolid("6", kPlatonic, {{1202, 1}, {1201, 3}}, 2, 54, {8e4, 8e6 / (3 * std::sqrt(3))});
+  ExpectSolid("8", kPlatonic, {{1202, 2}, {1201, 3}}, 2, 72, {4e4 * std::sqrt(3), 4e6 / 3});
+  ExpectSolid("12", kPlatonic, {{1202, 3}}, 2, 24, twelve);
+  ExpectSolid("12 in segments", kPlatonic, {{1202, 3}, {1201, 2}}, 2, 240, twelve);
+  ExpectSolid("20", kPlatonic, {{1201, 2}}, 2, 80,
+              {5 * std::sqrt(3) * ico * ico, 5.0 / 12 * (3 + std::sqrt(5)) * std::pow(ico, 3)});
+}
+
+TEST_F(Primitives, TurnedOnesAreClosedAndOfTheRightSize) {
+  const double disc = NgonArea(36), rim = NgonLength(36), apothem = std::cos(kPi / 36);
+  const Setting sliced{1001, 1}, toQuarter{1003, kPi / 2};
+  const Size cylinder{2 * disc * 2500 + rim * 50 * 200, disc * 2500 * 200};
+  ExpectSolid("cylinder", kCylinder, {{1135, 3}}, 2, 36 * 14, cylinder);
+  ExpectSolid("quarter", kCylinder, {{1133, 9}, sliced, toQuarter}, 2, 9 * 10 + 2 * 11,
+              {cylinder.area / 4 + 2 * 50 * 200, cylinder.volume / 4});
+  ExpectSolid("more than a turn", kCylinder, {sliced, {1002, 7.0}, {1003, -7.0}}, 2, 36 * 10, cylinder);
+  ExpectSolid("round", kCylinder, {{1133, 400}, {1132, 1}, {1136, 1}, {1137, 40}, {1138, 10.0}}, 2, 400 * 83,
+              {2 * kPi * 1600 + 2 * kPi * 50 * 180 + 2 * (kPi * kPi * 10 * 40 + 2 * kPi * 100),
+               kPi * 2500 * 180 + 2 * (kPi * 16000 + kPi * kPi / 2 * 4000 + 2.0 / 3 * kPi * 1000)},
+              1e-3);
+  ExpectSolid("a pill", kCylinder, {{1133, 400}, {1132, 1}, {1136, 1}, {1137, 40}, {1138, 1e9}}, 2, 400 * 81,
+              Pill(50, 100), 1e-3);
+
+  const Size cone{disc * 1e4 + rim * 50 * std::hypot(200, 100 * apothem), disc * 1e4 * 200 / 3};
+  ExpectSolid("cone", kCone, {{1146, 2}}, 2, 36 * 10, cone);
+  ExpectSolid("on its tip", kCone, {{1140, 100.0}, {1141, 0.0}}, 2, 36 * 9, cone);
+  ExpectSolid("truncated", kCone, {{1140, 50.0}}, 2, 36 * 10,
+              {disc * 12500 + rim * 75 * std::hypot(200, 50 * apothem), disc * 17500 * 200 / 3});
+  ExpectSolid("half", kCone, {sliced, {1144, 18}}, 2, 18 * 9 + 2 * 10,
+              {cone.area / 2 + 200 * 100, cone.volume / 2});
+
+  const Size torus{4 * kPi * kPi * 2000, 2 * kPi * kPi * 100 * 400};
+  ExpectSolid("torus", kTorus, {{1152, 400}, {1153, 200}}, 0, 80000, torus, 1e-3);
+  ExpectSolid("half", kTorus, {{1152, 400}, {1153, 200}, sliced}, 2, 80400,
+              {torus.area / 2 + 2 * kPi * 400, torus.volume / 2}, 1e-3);
+  const Size tube{2 * disc * 7500 + rim * 150 * 100, disc * 7500 * 100};
+  ExpectSolid("tube", kTube, {{1185, 2}}, 0, 36 * 6, tube);
+  ExpectSolid("quarter", kTube, {{1184, 9}, sliced, toQuarter}, 2, 9 * 4 + 8,
+              {tube.area / 4 + 2 * 5000, tube.volume / 4});
+  ExpectSolid("round", kTube, {{1184, 400}, {1186, 1}, {1187, 40}, {1188, 500.0}}, 0, 400 * 162,
+              {2 * kPi * 75 * (2 * kPi * 25 + 100), 2 * kPi * 75 * (kPi * 625 + 50 * 50)}, 1e-3);
+
+  ExpectSolid("capsule", kCapsule, {{1194, 400}, {1193, 100}}, 2, 400 * 208, Pill(50, 100), 1e-3);
+  ExpectSolid("a ball", kCapsule, {{1194, 400}, {1193, 100}, {1191, 10.0}}, 2, 400 * 200, Ball(5), 1e-3);
+  ExpectSolid("oil tank", kOilTank, {{1215, 400}, {1214, 100}}, 2, 400 * 208,
+              {2 * kPi * 50 * 150 + 2 * kPi * (2500 + 625), kPi * 2500 * 150 + kPi * 25 / 3 * (3 * 2500 + 625)},
+              1e-3);
+  ExpectSolid("flat", kOilTank, {{1212, 0.0}}, 2, 36 * 24, cylinder);
 }
 
 // Twice the segments, a quarter of the fault.
 TEST_F(Primitives, RoundOnesComeNearer) {
-  const struct {
-    int32_t type;
-    Parameters parameters;
-    int32_t across, along;  // the parameters with the segments
-    double area, volume;
-  } cases[] = {
-      {kSphere, {}, 1111, 1111, 4 * kPi * 1e4, 4.0 / 3 * kPi * 1e6},
-      {kSphere, {{1112, 1}}, 1111, 1111, 4 * kPi * 1e4, 4.0 / 3 * kPi * 1e6},
-      {kSphere, {{1112, 2}}, 1111, 1111, 4 * kPi * 1e4, 4.0 / 3 * kPi * 1e6},
-      {kSphere, {{1112, 4}}, 1111, 1111, 4 * kPi * 1e4, 4.0 / 3 * kPi * 1e6},
-      {kTorus, {}, 1152, 1153, 4 * kPi * kPi * 2000, 2 * kPi * kPi * 100 * 400},
-      {kCapsule,
-       {},
-       1193,
-       1194,
-       2 * kPi * 50 * 100 + 4 * kPi * 2500,
-       kPi * 2500 * 100 + 4.0 / 3 * kPi * 125000},
-      {kOilTank,
-       {{1212, 50.0}},
-       1214,
-       1215,
-       2 * kPi * 50 * 100 + 4 * kPi * 2500,
-       kPi * 2500 * 100 + 4.0 / 3 * kPi * 125000},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.type << " " << c.parameters.size());
-    const auto faults = [&](int32_t segments) {
-      Parameters parameters = c.parameters;
-      parameters.push_back({c.across, segments});
-      parameters.push_back({c.along, segments});
-      const Figures f = FiguresOf(MeshOf(c.type, parameters));
-      return std::pair{c.area - f.area, c.volume - f.volume};
+  const auto check = [](int32_t type, Parameters parameters, int32_t across, int32_t along, const Size& size) {
+    SCOPED_TRACE(testing::Message() << type << " " << parameters.size());
+    const auto fault = [&](int32_t segments) {
+      parameters.push_back({across, segments});
+      parameters.push_back({along, segments});
+      const Figures f = FiguresOf(MeshOf(type, parameters));
+      return Size{size.area - f.area, size.volume - f.volume};
     };
-    const auto [area, volume] = faults(120);
-    const auto [finerArea, finerVolume] = faults(240);
-    EXPECT_NEAR(area / finerArea, 4, 0.05);
-    EXPECT_NEAR(volume / finerVolume, 4, 0.05);
-  }
+    const Size coarse = fault(120), fine = fault(240);
+    EXPECT_NEAR(coarse.area / fine.area, 4, 0.05);
+    EXPECT_NEAR(coarse.volume / fine.volume, 4, 0.05);
+  };
+  for (const int32_t kind : {0, 1, 2, 3, 4}) check(kSphere, {{1112, kind}}, 1111, 1111, Ball(100));
+  check(kTorus, {}, 1152, 1153, {4 * kPi * kPi * 2000, 2 * kPi * kPi * 100 * 400});
+  check(kCapsule, {}, 1193, 1194, Pill(50, 100));
+  check(kOilTank, {{1212, 50.0}}, 1214, 1215, Pill(50, 100));
 }
 
 TEST_F(Primitives, OrientationsTurnThem) {
