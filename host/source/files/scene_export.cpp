@@ -18,8 +18,8 @@
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
-#include "scene/tree.h"
 #include "scene/links.h"
+#include "scene/tree.h"
 
 namespace host {
 namespace fs = std::filesystem;

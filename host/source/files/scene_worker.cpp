@@ -65,6 +65,7 @@ class Process {
     posix_spawn_file_actions_adddup2(&files, theirs.Number(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&files, result_.Number(), STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     // Ctrl-C of a terminal is for the host, which then stops this.

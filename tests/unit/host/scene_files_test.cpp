@@ -1,5 +1,6 @@
 #include <sys/resource.h>
 
+#include <map>
 #include <numeric>
 
 #include "app/symbols.h"
@@ -313,6 +314,28 @@ TEST_F(SceneFiles, SeamsDoNotSplitPoints) {
   const auto normals = FindBlock(roof, kDataNormal)->Items<std::array<int16_t, 12>>();
   EXPECT_EQ(normals[0][2], -32000);
   EXPECT_EQ(normals[1][1], 32000);
+}
+
+// The fronts of closed solids point outwards, so that their volume is above zero.
+TEST_F(SceneFiles, TheTableIsWhatItsFileSays) {
+  Document document = Import(fs::path(EXAMPLES) / "assets/table.obj");
+  std::map<std::string, double> volumes;
+  for (const BaseObject* one : ObjectsOf(*document)) {
+    const auto* object = As<PolygonObject>(one);
+    double& volume = volumes[NameOf(*object)];
+    const auto at = [&](int32_t point) { return object->Points()[size_t(point)]; };
+    for (const CPolygon& polygon : object->Polygons())
+      volume += kelvar::Dot(at(polygon.a), kelvar::Cross(at(polygon.b), at(polygon.c)) +
+                                               kelvar::Cross(at(polygon.c), at(polygon.d))) /
+                6;
+  }
+  const std::map<std::string, double> expected{{"Leg_1", 2520}, {"Leg_2", 2520}, {"Leg_3", 2520},
+                                               {"Leg_4", 2520}, {"Top", 38400},  {"Plate", 653.15}};
+  ASSERT_EQ(volumes.size(), expected.size());
+  for (const auto& [name, volume] : expected) EXPECT_NEAR(volumes[name], volume, 0.01) << name;
+  const auto* plate = As<PolygonObject>(FindObject(*document, "Plate"));
+  EXPECT_EQ(plate->polygons.Count(), 8 + 2 * 3);  // each face of eight corners is three polygons
+  EXPECT_EQ(MaterialsOf(*plate)[0], "Glaze");
 }
 
 // What a file names outside of its folder is not read.
