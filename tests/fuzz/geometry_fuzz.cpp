@@ -73,7 +73,7 @@ class Program {
   // Mostly one that something has.
   int32_t Number() {
     constexpr int32_t kWild[] = {-1, std::numeric_limits<int32_t>::max(), std::numeric_limits<int32_t>::min(),
-                                 std::numeric_limits<int32_t>::max() - 1, host::kMaxPolygons};
+                                 std::numeric_limits<int32_t>::max() - 1, host::kMaxPolygons + 1};
     if (data_.ConsumeIntegralInRange(0, 15) == 0) return data_.PickValueInArray(kWild);
     return data_.ConsumeIntegralInRange(0, 30);
   }

@@ -13,7 +13,7 @@
 #include "files/files.h"
 #include "files/scene_files.h"
 #include "scene/aliastrans.h"
-#include "scene/turn.h"
+#include "scene/links.h"
 #include "tables/tables.h"
 
 namespace host {

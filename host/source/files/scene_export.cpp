@@ -19,14 +19,13 @@
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
-#include "scene/turn.h"
+#include "scene/links.h"
 
 namespace host {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int32_t kSeconds = 600;           // of work of the writer, and one more for each MiB
-constexpr size_t kMostPointsOf3ds = 65535;  // of a mesh
+constexpr int32_t kSeconds = 600;  // of work of the writer, and one more for each MiB
 
 [[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
 [[noreturn]] void RefuseSystem(int error) { Refuse(std::strerror(error)); }
@@ -81,7 +80,7 @@ class Builder {
  public:
   Builder(const SceneFormat& format, const fs::path& folder) : format_(format), folder_(folder) {
     const std::string_view extension = format.extension;
-    style_.triangles = extension == "glb" || extension == "stl" || extension == "3ds";
+    style_.triangles = extension == "glb" || extension == "stl";
     style_.normals = extension == "obj";
   }
 
@@ -110,10 +109,23 @@ class Builder {
       AddNode(object, parent, textured);
       if (object.down) pending.push_back({object.down, number, textured});
     }
+    if (!std::strcmp(format_.extension, "ply")) Even();
     return std::move(scene_);
   }
 
  private:
+  // A file of one mesh has what any of them has.
+  void Even() {
+    const auto fill = [&](auto member) {
+      const auto has = [&](const FileMesh& mesh) { return !(mesh.*member).empty(); };
+      if (std::ranges::any_of(scene_.meshes, has))
+        for (FileMesh& mesh : scene_.meshes) (mesh.*member).resize(mesh.points.size());
+    };
+    fill(&FileMesh::normals);
+    fill(&FileMesh::uvw);
+    fill(&FileMesh::colors);
+  }
+
   void AddNode(const BaseObject& object, int32_t parent, const BaseObject* textured) {
     const auto number = int32_t(scene_.nodes.size());
     FileNode& node = scene_.nodes.emplace_back();
@@ -139,8 +151,6 @@ class Builder {
       std::vector<int32_t> materials;
       if (textured) materials = MaterialsOf(*polygons, *textured);
       for (FileMesh& mesh : MakeMeshes(*polygons, materials, style_)) {
-        if (!std::strcmp(format_.extension, "3ds") && mesh.points.size() > kMostPointsOf3ds)
-          Refuse(fmt::format("'{}' has more points than a .3ds file can hold", node.name));
         mesh.name = node.name;
         node.meshes.push_back(int32_t(scene_.meshes.size()));
         scene_.meshes.push_back(std::move(mesh));

@@ -36,7 +36,7 @@ struct Stopped : std::runtime_error {
 
 struct SceneFormat {
   int32_t id;             // for SaveDocument
-  const char* symbol;     // the constant of the id, in resources/symbols/formats.toml
+  const char* symbol;     // the constant of the id, in resources/symbols/formats.toml; null: no saving
   const char* extension;  // without the dot, in lower case
   const char* assimpId;   // what the library calls the exporter
   bool imports, exports;

@@ -8,16 +8,17 @@
 namespace host {
 namespace {
 
-// Only what comes back as it went is offered for saving.
+// Only what comes back as it went is offered for saving. The library's FBX, as text, keeps six digits of a
+// number; as bytes, it can't be read again; and its 3DS loses names and places.
 constexpr SceneFormat kFormats[] = {
     {1030178, "FORMAT_OBJEXPORT", "obj", "obj", true, true},
     {1025755, "FORMAT_DAEEXPORT", "dae", "collada", true, true},
     {1023868, "FORMAT_STLEXPORT", "stl", "stlb", true, true},
     {1041130, "FORMAT_PLYEXPORT", "ply", "plyb", true, true},
     {1041129, "FORMAT_GLBEXPORT", "glb", "glb2", true, true},
-    {1041128, "FORMAT_GLTFEXPORT", "gltf", "gltf2", true, false},
-    {1026370, "FORMAT_FBXEXPORT", "fbx", "fbx", true, true},
-    {1001010, "FORMAT_3DSEXPORT", "3ds", "3ds", true, true},
+    {1041128, nullptr, "gltf", nullptr, true, false},
+    {1026370, nullptr, "fbx", nullptr, true, false},
+    {1001010, nullptr, "3ds", nullptr, true, false},
 };
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
-#include "scene/turn.h"
+#include "scene/links.h"
 #include "tables/utf8.h"
 
 namespace host {
@@ -65,8 +65,8 @@ Node& Made(int32_t type) {
 
 class Importer {
  public:
-  Importer(const FileScene& scene, fs::path folder, Progress* progress)
-      : scene_(scene), folder_(std::move(folder)), progress_(progress) {}
+  Importer(const FileScene& scene, const fs::path& file, Progress* progress)
+      : scene_(scene), folder_(file.parent_path()), stem_(Clean(file.stem().native())), progress_(progress) {}
 
   void AddMaterials(BaseDocument& document) {
     for (const FileMaterial& material : scene_.materials) {
@@ -85,7 +85,8 @@ class Importer {
       GeListNode& parent = node.parent < 0 ? *Branch(document, kTypeObject) : *objects[size_t(node.parent)];
       BaseObject& object = node.meshes.empty() ? Made<BaseObject>(id::kNull) : Mesh(node, parent);
       if (node.meshes.empty()) Append(object, parent);
-      object.name = Clean(node.name);
+      // The only one of a file without names is called as that.
+      object.name = node.name.empty() && node.parent < 0 ? stem_ : Clean(node.name);
       object.place.SetLocal(MatrixOf(node.matrix));
       objects.push_back(&object);
     }
@@ -246,6 +247,7 @@ class Importer {
 
   const FileScene& scene_;
   const fs::path folder_;
+  const std::string stem_;
   Progress* const progress_;
   std::vector<BaseMaterial*> materials_;
 };
@@ -267,7 +269,7 @@ BaseDocument* ImportScene(const fs::path& file, int32_t loadFlags, Progress* pro
     std::unique_ptr<BaseDocument, Destroy> document(As<BaseDocument>(NewNode(*FindType(kTypeDocument))));
     if (!document) throw std::bad_alloc();
     document->name = Clean(file.filename().native());
-    Importer importer(scene, fs::absolute(file).parent_path(), progress);
+    Importer importer(scene, fs::absolute(file), progress);
     if (loadFlags & kFilterMaterials) importer.AddMaterials(*document);
     if (loadFlags & kFilterObjects) importer.AddObjects(*document);
     return document.release();

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +15,10 @@
 #include <utility>
 
 #include "app/settings.h"
+
+extern "C" {
+#include <sys/pidfd.h>  // that of Debian 12 doesn't say that it is C
+}
 
 namespace host {
 namespace {

@@ -38,8 +38,10 @@ typedef struct HostLineObjectGroup {
    * fails   0 */
   int32_t (*GetSegmentCount)(const LineObject* self);
 
-  /* The lines of triangles between the lines, which lie about in a plane; `regular` above 0 adds points
-   * inside so that sides are about that long.
+  /* The lines of the triangles between the closed lines, which lie about in a plane: each triangle is a
+   * closed segment of three points of its own. What is inside of an odd number of lines is filled. With
+   * `regular` above 0 triangles are halved, on the lines too, until no side is longer; null for more than a
+   * million of them.
    * owner   the caller
    * thread  any
    * waits   no

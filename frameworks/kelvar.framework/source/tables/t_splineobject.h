@@ -39,7 +39,9 @@ typedef struct HostSplineObjectGroup {
    * fails   0 */
   HostBool (*IsClosed)(const SplineObject* self);
 
-  /* The point at a parameter from 0 to 1 of a segment, in the object's system; zero without points.
+  /* The point at a parameter from 0 to 1 of a segment, in the object's system, each way from point to point
+   * being an equal part of it; zero without points. Cubic and Akima curves go through the points; a B-spline
+   * is uniform, and starts and ends in the points of open ends.
    * owner   -
    * thread  any
    * waits   no

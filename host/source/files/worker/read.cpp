@@ -103,13 +103,14 @@ FileMaterial ReadMaterial(const aiScene& scene, const aiMaterial& material) {
 }
 
 // What the library makes up for a mesh that has no material.
-bool IsMadeUp(const aiMaterial& material) {
+bool IsMadeUp(const aiMaterial& material, bool withoutName) {
   aiString name;
-  const bool isNamed = material.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS && name.length > 0;
-  if (isNamed && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0) return false;
+  material.Get(AI_MATKEY_NAME, name);
+  if (!(withoutName && name.length == 0) && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0)
+    return false;
   for (unsigned type = 1; type <= AI_TEXTURE_TYPE_MAX; ++type)
     if (material.GetTextureCount(aiTextureType(type)) > 0) return false;
-  return isNamed;
+  return true;
 }
 
 Matrix32 MatrixOf(const aiMatrix4x4& matrix) {
@@ -231,7 +232,11 @@ FileScene ReadScene(const FileRequest& request) {
   FileScene made;
   std::vector<int32_t> materials;
   for (unsigned i = 0; i < scene->mNumMaterials; ++i) {
-    const bool isTheirs = !IsMadeUp(*scene->mMaterials[i]);
+    // That of glTF comes last and has no name, as have all of formats without materials.
+    const bool isNameless = request.loader.starts_with("gl")
+                                ? i + 1 == scene->mNumMaterials
+                                : request.loader == "ply" || request.loader == "stl";
+    const bool isTheirs = !IsMadeUp(*scene->mMaterials[i], isNameless);
     materials.push_back(isTheirs ? int32_t(made.materials.size()) : -1);
     if (isTheirs) made.materials.push_back(ReadMaterial(*scene, *scene->mMaterials[i]));
   }

@@ -31,7 +31,9 @@ aiMatrix4x4 MatrixOf(const Matrix32& m) {
           0,       0,       0,       1};
 }
 
-aiMesh* MakeMesh(const FileMesh& mesh, int32_t withoutMaterial) {
+// Ahead of glTF the library joins vertices that are close together, however small the mesh is, unless they are
+// told `apart` by what its writer leaves out.
+aiMesh* MakeMesh(const FileMesh& mesh, int32_t withoutMaterial, bool apart) {
   auto* made = new aiMesh;
   made->mName = mesh.name;
   made->mMaterialIndex = unsigned(mesh.material < 0 ? withoutMaterial : mesh.material);
@@ -41,6 +43,12 @@ aiMesh* MakeMesh(const FileMesh& mesh, int32_t withoutMaterial) {
   made->mTextureCoords[0] = Copied<aiVector3D>(mesh.uvw);
   if (!mesh.uvw.empty()) made->mNumUVComponents[0] = 2;
   made->mColors[0] = Copied<aiColor4D>(mesh.colors);
+  if (apart) {
+    made->mTangents = new aiVector3D[made->mNumVertices];
+    made->mBitangents = new aiVector3D[made->mNumVertices];
+    for (unsigned i = 0; i < made->mNumVertices; ++i)
+      made->mTangents[i] = {float(i & 0xffff), float(i >> 16), 0};
+  }
   made->mNumFaces = unsigned(mesh.sizes.empty() ? mesh.corners.size() / 3 : mesh.sizes.size());
   made->mFaces = new aiFace[made->mNumFaces];
   const uint32_t* corner = mesh.corners.data();
@@ -173,12 +181,11 @@ void WriteScene(const FileRequest& request) {
   Fill(made.mNumMaterials, made.mMaterials, materials + 1,
        [&](size_t i) { return i < materials ? MakeMaterial(scene.materials[i]) : MakeDefaultMaterial(); });
   Fill(made.mNumMeshes, made.mMeshes, scene.meshes.size(),
-       [&](size_t i) { return MakeMesh(scene.meshes[i], int32_t(materials)); });
+       [&](size_t i) { return MakeMesh(scene.meshes[i], int32_t(materials), request.exporter == "glb2"); });
   Fill(made.mNumCameras, made.mCameras, scene.cameras.size(),
        [&](size_t i) { return MakeCamera(scene, scene.cameras[i]); });
   Fill(made.mNumLights, made.mLights, scene.lights.size(),
        [&](size_t i) { return MakeLight(scene, scene.lights[i]); });
-  made.mFlags |= AI_SCENE_FLAGS_NON_VERBOSE_FORMAT;  // corners share vertices
 
   auto& exporter = *new Assimp::Exporter;
   auto* folder = new FileFolder(request.path, true);

@@ -69,6 +69,8 @@ PyObject* RaiseOutOfRange(const char* what) {
 
 PyObject* RaiseOutOfDepth() { return RaiseFormatted(PyExc_IndexError, "index out of depth"); }
 
+PyObject* RaiseWrongValue() { return RaiseFormatted(PyExc_ValueError, "Wrong value for given argument."); }
+
 PyObject* RaiseNotInstantiable() {
   return RaiseFormatted(PyExc_NotImplementedError, "this type cannot be instantiated");
 }
@@ -157,6 +159,17 @@ PyObject* RaiseNoUuidModule() {
 }
 
 PyObject* RaiseNullByte() { return RaiseFormatted(PyExc_ValueError, "embedded null byte"); }
+
+PyObject* RaiseFileInUse() {
+  return RaiseFormatted(PyExc_IOError, "call HyperFile.Close() before reusing a HyperFile");
+}
+
+PyObject* RaiseFileNotOpen() { return RaiseFormatted(PyExc_IOError, "hyperfile object is not open yet"); }
+
+PyObject* RaiseNoMemoryBlock(PyObject* object) {
+  return RaiseFormatted(PyExc_TypeError, "must be bytes or bytearray or memoryview, not %.50s",
+                        NameOfType(object));
+}
 
 PyObject* RaiseInvalidLength() { return RaiseFormatted(PyExc_ValueError, "Invalid object length."); }
 

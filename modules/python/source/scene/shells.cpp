@@ -77,12 +77,6 @@ PyTypeObject g_BaseOverrideType =
 PyTypeObject g_BaseOverrideGroupType = Shell("qlx.modules.takesystem.BaseOverrideGroup",
                                              "A group of objects that a take changes.", g_BaseList2DType);
 
-PyTypeObject g_BaseObjectType =
-    Shell("qlx.BaseObject", "Object base class.", g_BaseList2DType, Create<&BaseObject::Alloc, "i", "type">);
-PyTypeObject g_PointObjectType = Shell("qlx.PointObject", "An object with points.", g_BaseObjectType);
-PyTypeObject g_PolygonObjectType = Shell("qlx.PolygonObject", "An object with polygons.", g_PointObjectType);
-PyTypeObject g_SplineObjectType = Shell("qlx.SplineObject", "A spline.", g_PointObjectType);
-PyTypeObject g_LineObjectType = Shell("qlx.LineObject", "An object with lines.", g_PointObjectType);
 PyTypeObject g_CameraObjectType = Shell("qlx.CameraObject", "A camera.", g_BaseObjectType);
 PyTypeObject g_InstanceObjectType =
     Shell("qlx.InstanceObject", "An object that shows another one.", g_BaseObjectType);
@@ -157,11 +151,6 @@ const TypeQueueEntry g_entries[] = {
     TypeQueueEntry(g_BaseTakeType),
     TypeQueueEntry(g_BaseOverrideType),
     TypeQueueEntry(g_BaseOverrideGroupType),
-    TypeQueueEntry(g_BaseObjectType),
-    TypeQueueEntry(g_PointObjectType),
-    TypeQueueEntry(g_PolygonObjectType),
-    TypeQueueEntry(g_SplineObjectType),
-    TypeQueueEntry(g_LineObjectType),
     TypeQueueEntry(g_CameraObjectType),
     TypeQueueEntry(g_InstanceObjectType),
     TypeQueueEntry(g_FieldObjectType),
