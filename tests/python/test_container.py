@@ -330,15 +330,6 @@ class ContainerTest(unittest.TestCase):
         del root
         self.assert_raises(ReferenceError, NOT_ALIVE, view.GetId)
 
-    def test_depth(self):
-        outer = BaseContainer()
-        for _ in range(20000):
-            inner, outer = outer, BaseContainer()
-            outer[1] = inner
-        self.assertEqual(outer, BaseContainer(outer))
-        del inner, outer
-        gc.collect()
-
     def test_texts(self):
         bc = BaseContainer()
         self.assertEqual((f"{bc:x<200}", f"{bc}"), (str(bc).ljust(200, "x"), str(bc)))

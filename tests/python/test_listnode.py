@@ -114,7 +114,6 @@ class CallsTest(unittest.TestCase):
         self.assertRegex(repr(node), "^<dead qlx.BaseObject object at 0x[0-9a-f]+>$")
         self.assertEqual(str(node), repr(node))
 
-
     def test_numbers_that_destroy(self):
         class Destroys:
             def __int__(self):
@@ -400,19 +399,6 @@ class CopyTest(unittest.TestCase):
         a = copy.GetDown()
         self.assertEqual((a[LINK], a.GetDown()[LINK]), (a.GetDown(), a))
 
-    def test_what_a_copy_has(self):
-        cube, tag = qlx.BaseObject(CUBE), qlx.BaseTag(PHONG)
-        child, = row(cube, SPHERE)
-        cube.SetName("name")
-        cube.AddUniqueID(1, b"mark")
-        cube.GetBranchInfo()[0]["head"].InsertFirst(tag)
-        for flags, children, tags in ((0, 1, 1), (NO_HIERARCHY, 0, 1), (NO_BRANCHES, 1, 0)):
-            copy = cube.GetClone(flags)
-            self.assertEqual((type(copy), copy.GetName(), copy != cube), (qlx.BaseObject, "name", True))
-            self.assertEqual((len(copy.GetChildren()), len(copy.GetBranchInfo()[0]["head"].GetChildren())),
-                             (children, tags))
-            self.assertEqual((copy.GetUp(), copy.GetNext(), copy.GetListHead()), (None, None, None))
-
 
 class TypesTest(unittest.TestCase):
     CLASSES = {
@@ -432,6 +418,7 @@ class TypesTest(unittest.TestCase):
                 with self.subTest(id=id):
                     made = qlx.BaseList2D(id)
                     self.assertEqual((type(made), made.GetType()), (expected, id))
+                    self.assertTrue(made.IsInstanceOf(made.GetClassification()) and made.IsDocumentRelated())
                     head.InsertFirst(made)
                     self.assertIs(type(head.GetFirst()), expected)
                     self.assertRegex(repr(made), "^<qlx.* object called .*/.* with ID %i at 0x[0-9a-f]+>$" % id)

@@ -231,12 +231,17 @@ class ValueTest(ElementTest):
             self.assert_raises(ReferenceError, "the object 'qlx.BaseObject' is not alive", call)
 
     def test_animated_values(self):
-        op, key = BaseObject(CUBE), DescID(RADIUS)
+        op, tag, key, large = BaseObject(CUBE), BaseTag(TEXTURE), DescID(RADIUS), 2 ** 63 - 1
         track = CTrack(op, RADIUS)
-        for first, second, mix, result in ((1.0, 2.0, 0.5, 1.5), (1.0, 2.0, -5, 1.0), (1.0, 2.0, 5, 2.0), (1, 4, 0.5, 3.0)):
-            self.assertIs(op.SetAnimatedParameter(track, key, first, second, mix, 0), True)
-            self.assertEqual(op[RADIUS], result)
-        self.assertEqual(op.GetAnimatedParameter(key, 0)[:1] + op.GetAnimatedParameter(key, 0)[2:], (3.0, 0.0))
+        for element, id, first, second, mix, result in (
+                (tag, 1001, "a", "b", 0, "a"), (tag, 1001, "a", "b", 0.99, "a"), (tag, 1001, "a", "b", 1, "b"), (op, SEGMENTS, 1, 4, 0.5, 3),
+                (op, SEGMENTS, large, large, 0.5, 1000), (op, SEGMENTS, large, 2, 1, 2), (op, SEGMENTS, 3, large, 0.5, 1000),
+                (op, SIZE, Vector(0, 10, 20), Vector(10), 0.5, Vector(5, 10, 15)),
+                (op, RADIUS, 10.0, 20, 0.5, 15.0), (op, RADIUS, 1.0, 2.0, 0.5, 1.5), (op, RADIUS, 1.0, 2.0, -5, 1.0), (op, RADIUS, 1.0, 2.0, 5, 2.0),
+                (op, RADIUS, 1, 4, 0.5, 3.0)):
+            self.assertIs(element.SetAnimatedParameter(track, DescID(id), first, second, mix, 0), True)
+            self.assertEqual(element.GetAnimatedParameter(DescID(id), 0), (result, result, 0.0))
+        self.assertIs(op.SetAnimatedParameter(track, DescID(SIZE), "a", "b", 0.5, 0), False)
         self.assertIs(op.SetAnimatedParameter(track, DescID(99999), 1.0, 2.0, 0.5, 0), False)
         self.assertIs(op.SetAnimatedParameter(track, key, 1.0, 2.0, float("nan"), 0), False)
         self.assertIs(op.GetAnimatedParameter(DescID(99999), 0), False)
@@ -305,6 +310,14 @@ class UserDataTest(ElementTest):
         for key, settings in ((id, BaseContainer()), (5, copy), (DescID(), copy)):
             self.assertIs(op.SetUserDataContainer(key, settings), False)
         self.assert_raises(TypeError, "argument 2 must be qlx.BaseContainer, not int", op.SetUserDataContainer, id, 5)
+        # New numbers stand behind all others, as long as there are such; a number that comes again has no old value.
+        settings = user_data(qlx.DTYPE_LONG, 3)
+        self.assertTrue(op.SetUserDataContainer((700, 40), settings))
+        op[700, 40] = 7
+        self.assertEqual((op.RemoveUserData(40), op.SetUserDataContainer((700, 40), settings), op[700, 40]), (True, True, 3))
+        self.assertEqual(op.AddUserData(settings)[1].id, 41)
+        self.assertTrue(op.SetUserDataContainer((700, 2 ** 31 - 1), settings))
+        self.assertIsNone(op.AddUserData(settings))
         clone = op.GetClone()
         self.assertEqual(clone[id], "s")
         clone[id] = "t"
@@ -373,13 +386,19 @@ class SurroundingsTest(ElementTest):
             self.assertIs(op.SetLayerData(doc, change), True)
             start.update({key: value if key == "color" else bool(value) for key, value in change.items() if key in start})
             self.assertEqual(op.GetLayerData(doc), start)
-        above.SetLayerData(doc, {"render": False})
-        self.assertEqual([op.GetLayerData(doc, raw)["render"] for raw in (False, True)], [False, True])
+        op.SetLayerData(doc, {"locked": False})
+        above.SetLayerData(doc, {"render": False, "locked": True, "color": Vector(5)})
+        copy = above.GetClone()
+        head.InsertLast(copy)
+        self.assertEqual([[one.GetLayerData(doc, raw)[key] for one, raw in ((op, False), (op, True), (copy, True))] for key in ("render", "locked", "color")],
+                         [[False, True, False], [True, False, True], [Vector(0.5), Vector(0.5), Vector(5)]])
         for data, expected, name in [([], "dict", "list"), (None, "dict", "None"), ({"solo": 1.5}, "bool", "float"),
                                      ({"view": None}, "bool", "None"), ({"color": 1}, "qlx.Vector", "int")]:
             self.assert_raises(TypeError, "BaseList2D.SetLayerData expected %s, not %s" % (expected, name), op.SetLayerData, doc, data)
         self.assertEqual(op.GetLayerData(doc, True)["solo"], True)
         self.assert_raises(TypeError, "argument 1 must be qlx.documents.LayerObject or None, not qlx.BaseObject", op.SetLayerObject, op)
+        layer.SetLayerObject(above)
+        self.assertEqual(layer.GetLayerObject(doc), layer)  # its own, always
         above.Remove()
         self.assertIsNone(op.GetLayerObject(doc))
         del above
@@ -396,7 +415,44 @@ class SurroundingsTest(ElementTest):
         self.assertIs(op.SetKeyframeSelection([RADIUS], False), True)
         self.assertEqual((op.FindKeyframeSelection(RADIUS), op.KeyframeSelectionContent()), (False, True))
         op.ClearKeyframeSelection()
+        own = op.AddUserData(user_data(qlx.DTYPE_REAL))
+        for key in unknown_keys()[:-3] + ((700, 2),):
+            self.assertEqual((op.SetKeyframeSelection(key, True), op.SetKeyframeSelection(key, False)), (False, False), key)
         self.assertIs(op.KeyframeSelectionContent(), False)
+        self.assertIs(op.SetKeyframeSelection(own, True), True)
+        op.RemoveUserData(own)
+        self.assertEqual([op.SetKeyframeSelection(own, False) for _ in range(2)], [True, False])
+
+    def test_scale(self):
+        op, length, other = BaseObject(CUBE), user_data(qlx.DTYPE_REAL, 3.0), user_data(qlx.DTYPE_VECTOR, Vector(3))
+        length[qlx.DESC_UNIT], other[qlx.DESC_UNIT] = qlx.DESC_UNIT_LENGTH, qlx.DESC_UNIT_ANGLE
+        length, other = op.AddUserData(length), op.AddUserData(other)
+        op[POSITION], op[904] = Vector(1, -2, 3), Vector(1)
+        keys = (SIZE, RADIUS, POSITION, length, other, 904, 905, SEGMENTS, qlx.ID_BASEOBJECT_COLOR)
+        rest = [op[key] for key in keys[4:]]
+        for scale, expected in ((2, [Vector(400), 80, Vector(2, -4, 6), 6]), (float("nan"), None), (float("inf"), None),
+                                (0.25, [Vector(100), 20, Vector(0.5, -1, 1.5), 1.5]), (-2, [Vector(), 0, Vector(-1, 2, -3), -3])):
+            before, dirty = [op[key] for key in keys[:4]], op.GetDirty(qlx.DIRTYFLAGS_MATRIX)
+            self.assertIsNone(op.Scale(scale))
+            self.assertEqual([op[key] for key in keys], (expected or before) + rest)
+            self.assertEqual(op.GetDirty(qlx.DIRTYFLAGS_MATRIX) > dirty, expected is not None)
+
+    def test_links_stay_in_a_document(self):
+        documents = [BaseDocument() for _ in range(2)]
+        op, here, there, free = instances = [BaseObject(INSTANCE), *(BaseObject(CUBE) for _ in range(3))]
+        link = qlx.INSTANCEOBJECT_LINK
+        for node, document in zip(instances, (documents[0], *documents)):
+            node.InsertUnder(document.GetBranchInfo()[0]["head"])
+        for goal, found in ((here, here), (free, free), (documents[0], documents[0]), (there, None), (documents[1], None)):
+            op[link] = goal
+            self.assertEqual((op[link], op.GetParameter(link, 0)), (found, found))
+            self.assertEqual(op.GetAnimatedParameter(DescID(link), 0), (found, found, 0))
+            data = op.GetData()
+            self.assertEqual([data.GetLink(link, *doc) for doc in ((), (None,), documents[:1])], [goal, goal, found])
+            self.assertEqual(data.GetObjectLink(link, documents[0]), None if goal in documents else found)
+        op.Remove()
+        self.assertEqual(op[link], documents[1])
+        self.assert_raises(TypeError, "argument 2 must be qlx.documents.BaseDocument, not qlx.InstanceObject", data.GetLink, link, op)
 
     def test_notifications(self):
         doc, op, bl = BaseDocument(), BaseObject(NULL), BaseObject(CUBE)
@@ -444,7 +500,8 @@ class SurroundingsTest(ElementTest):
 
     def test_names_and_bits(self):
         op = BaseObject(CUBE)
-        for name in ("", "x", "\u20ac\U0001f600\0end", "x" * 10 ** 6, 5, None, [1]):
+        one_is_long = ["x" * at + "\xe9" + "x" * (size - at) for size in range(18) for at in range(size)]
+        for name in ("", "x", "a\0b", "\u20ac\U0001f600\0end", "x" * 10 ** 6, 5, None, [1], *one_is_long):
             op.SetName(name)
             self.assertEqual(op.GetName(), str(name))
         with self.assertRaises(UnicodeEncodeError):

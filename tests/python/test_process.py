@@ -39,15 +39,6 @@ class ProcessTest(unittest.TestCase):
                 self.assertEqual((code, out), (2, ""))
                 self.assertIn("can't open file '%s': %s" % (path, reason), err)
 
-    def test_wrong_command_lines(self):
-        missing = "argument expected for the %s option"
-        for arguments, expected in ((["-c"], missing % "-c"), (["-z"], "unknown option -z"), (["-m"], missing % "-m")):
-            with self.subTest(arguments=arguments):
-                code, out, err = self.run_qlxpy(*arguments)
-                self.assertEqual((code, out), (2, ""))
-                self.assertEqual(err.count(expected), 1, err)
-                self.assertNotIn("no python vm found", err)
-
     def test_a_script_file_sees_its_name_its_folder_and_its_arguments(self):
         self.write("neighbour.py", "VALUE = 7")
         path = self.write("script.py", "import sys, neighbour\nprint(__name__, __file__, sys.argv[1:], neighbour.VALUE)")

@@ -214,11 +214,12 @@ sys.stderr.write('%s\\n' % sys.stdin.closed)
                 self.assertEqual(self.run_one(*arguments), (0, "['x'] True True\n", ""))
         self.assertEqual(self.run_one("-c", "import sys; print(sys.argv)", "--home", "--open"), (0, "['-c', '--home', '--open']\n", ""))
         script = "print('never')"
-        for arguments, reason in ((["--open", "a.scene"], "can't open the scene 'a.scene'"), (["--open"], "argument expected for the --open option"),
+        for arguments, reason in ((["--open", "a.scene"], "can't open a.scene"), (["--open"], "argument expected for the --open option"),
                                   (["--set", "g_none=1"], "there is no such configuration variable"), (["--set", "g_console=2"], "neither true nor false"),
                                   (["--set", "g_console"], "NAME=VALUE is expected"), (["--set"], "argument expected for the --set option"),
                                   (["--home", ""], "the value of the --home option is empty"), (["--plugins"], "argument expected for the --plugins option"),
-                                  (["--homes", "x"], "unknown option --homes"), (["-Z"], "unknown option -Z"), (["-X"], "argument expected for the -X option")):
+                                  (["--homes", "x"], "unknown option --homes"), (["-Z"], "unknown option -Z"), (["-X"], "argument expected for the -X option"),
+                                  (["-c"], "argument expected for the -c option")):
             with self.subTest(arguments=arguments):
                 alone = "argument expected" in reason
                 code, out, err = self.run_one(*arguments, *([] if alone else ["-c", script]))

@@ -120,9 +120,6 @@ class WrapperTest(unittest.TestCase):
         self.assertEqual(op.CheckType(id=OBJECT), True)
         self.assertIs(op(), op)
         self.assertIs(op.IsAlive(), True)
-        for name in ("", "x", "\u20ac\U0001f600", "a\0b", 17, None):
-            op.SetName(name)
-            self.assertEqual(op.GetName(), str(name))
         data = op.GetDataInstance()
         data.SetId(-5)
         self.assertEqual(op.GetDataInstance().GetId(), -5)

@@ -10,7 +10,7 @@
 #include "app/settings.h"
 #include "boundary/host.h"
 #include "files/files.h"
-#include "scene/document.h"
+#include "documents/documents.h"
 #include "scene/links.h"
 #include "tables/tables.h"
 #include "tables/values.h"
@@ -41,10 +41,6 @@ Application::Application(int argc, char** argv) {
 
 int Application::Run() {
   CreateHome();
-  if (const auto& scene = GetSettings().scene; !scene.empty()) {
-    Fail(fmt::format("can't open the scene '{}': this host has no documents yet", scene));
-    return ExitCode();
-  }
   try {
     const Module module(FindModule());
     if (Open(module)) RunOpened(module);
@@ -105,6 +101,7 @@ bool Application::BringUp() {
 // What the work makes of the command line is told by the exit code that the module sets.
 void Application::Work(const Module& module) {
   DrainEvents();
+  if (const auto& scene = GetSettings().scene; !quit_ && !scene.empty()) OpenScene(scene);
   if (!quit_) module.Message(HOST_MESSAGE_RUN_APPLICATION);
 }
 

@@ -14,8 +14,8 @@
 #include "evaluate/primitives.h"
 #include "evaluate/state.h"
 #include "scene/kinds.h"
+#include "scene/links.h"
 #include "scene/tree.h"
-#include "scene/turn.h"
 #include "tables/tables.h"
 
 // Valid while the generator makes its objects.

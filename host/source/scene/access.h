@@ -31,26 +31,48 @@ inline void CheckSceneUsers(const char* fault) {
   std::abort();
 }
 
+// The thread works on scenes that no other one knows: nobody has to wait for it.
+inline thread_local int t_privateScenes = 0;
+class UnwatchedScenes {
+ public:
+  UnwatchedScenes() { ++t_privateScenes; }
+  UnwatchedScenes(const UnwatchedScenes&) = delete;
+  UnwatchedScenes& operator=(const UnwatchedScenes&) = delete;
+  ~UnwatchedScenes() { --t_privateScenes; }
+};
+
 class WatchedRead {
  public:
   WatchedRead() {
+    if (!counts_) return;
     g_sceneReaders.Begin(t_sceneReads);
     CheckSceneUsers("a scene is read while it changes");
   }
   WatchedRead(const WatchedRead&) = delete;
   WatchedRead& operator=(const WatchedRead&) = delete;
-  ~WatchedRead() { g_sceneReaders.End(t_sceneReads); }
+  ~WatchedRead() {
+    if (counts_) g_sceneReaders.End(t_sceneReads);
+  }
+
+ private:
+  const bool counts_ = t_privateScenes == 0;
 };
 
 class WatchedChange {
  public:
   WatchedChange() {
+    if (!counts_) return;
     g_sceneChangers.Begin(t_sceneChanges);
     CheckSceneUsers("a scene changes while it is used");
   }
   WatchedChange(const WatchedChange&) = delete;
   WatchedChange& operator=(const WatchedChange&) = delete;
-  ~WatchedChange() { g_sceneChangers.End(t_sceneChanges); }
+  ~WatchedChange() {
+    if (counts_) g_sceneChangers.End(t_sceneChanges);
+  }
+
+ private:
+  const bool counts_ = t_privateScenes == 0;
 };
 
 struct Unwatched {
@@ -60,9 +82,11 @@ struct Unwatched {
 #ifdef NDEBUG
 using ReadScene = Unwatched;
 using ChangeScene = Unwatched;
+using PrivateScene = Unwatched;
 #else
 using ReadScene = WatchedRead;
 using ChangeScene = WatchedChange;
+using PrivateScene = UnwatchedScenes;
 #endif
 
 }  // namespace host

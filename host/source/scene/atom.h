@@ -2,6 +2,7 @@
 #ifndef HOST_SCENE_ATOM_H
 #define HOST_SCENE_ATOM_H
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -37,6 +38,10 @@ struct QLXAtom : host::Linkable {
   // Whether Answer may run the code of others.
   virtual bool AsksOthers() const;
   virtual bool BelongsToDocuments() const;
+  // What only this class has, in a chunk of its own: later versions write more behind it. False where the file
+  // can't take it, or holds something else.
+  virtual bool WriteOwn(HyperFile& file) const;
+  virtual bool ReadOwn(HyperFile& file);
 
   // These lie in what the base leaves free.
   bool isFixed : 1 = false;       // the host keeps it: neither moved nor freed by others
@@ -88,8 +93,8 @@ struct BaseList2D : GeListNode {
   explicit BaseList2D(const host::NodeType& ofType);
 
   // Parameters that do not lie in the container; false for others.
-  virtual bool ReadOwn(int32_t parameter, host::Value& value) const;
-  virtual bool WriteOwn(int32_t parameter, const HostGeData& value);
+  virtual bool GetOwn(int32_t parameter, host::Value& value) const;
+  virtual bool SetOwn(int32_t parameter, const HostGeData& value);
   // Copies what nodes of this class have beside a name and a container into another one of the same type.
   virtual void CopyOwn(BaseList2D& to) const;
 
@@ -113,6 +118,9 @@ struct CTrack : BaseList2D {
   using BaseList2D::BaseList2D;
   void CopyOwn(BaseList2D& to) const override;
 
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
+
   std::vector<DescLevel> parameter;
 };
 
@@ -120,11 +128,19 @@ struct LayerObject : BaseList2D {
   explicit LayerObject(const host::NodeType& ofType);
   void CopyOwn(BaseList2D& to) const override;
 
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
+
   HostLayerData says;
 };
 
 struct BaseDocument : BaseList2D {
   explicit BaseDocument(const host::NodeType& ofType);
+  void CopyOwn(BaseList2D& to) const override;
+
+  host::Text folder;                          // of its file
+  std::map<int32_t, BaseContainer> settings;  // by DOCUMENTSETTINGS, but for the general ones: those are `data`
+  bool isChanged = false;
 };
 
 namespace host {

@@ -43,7 +43,7 @@ void Free(BaseList2D* self) {
   if (self && !self->isFixed) DestroyNow(self);
 }
 
-HostString GetName(const BaseList2D* self) { return self ? Share(&self->name.Word()) : HostString{}; }
+HostString GetName(const BaseList2D* self) noexcept { return self ? Share(&self->name.Word()) : HostString{}; }
 
 void SetName(BaseList2D* self, const HostString* name) {
   if (!self) return;
@@ -118,7 +118,7 @@ GeListHead* GetCTrackRoot(BaseList2D* self) { return self ? Branch(*self, kTypeT
 
 GeListHead* GetNLARoot(BaseList2D* self) { return self ? Branch(*self, kTypeNLA) : nullptr; }
 
-// No type has an icon yet, nor an editor, nor anything but parameters that could be scaled.
+// No type has an icon yet, nor an editor.
 
 void GetIcon(const BaseList2D*, HostIcon* icon) {
   if (icon) *icon = {};
@@ -127,8 +127,6 @@ void GetIcon(const BaseList2D*, HostIcon* icon) {
 HostString GetIconEx(const BaseList2D* self) { return self ? MakeString(self->type.icon) : HostString{}; }
 
 HostBool Edit(BaseList2D*) { return 0; }
-
-void Scale(BaseList2D*, double) {}
 
 int32_t GetInfo(const BaseList2D* self) { return self ? self->type.info : 0; }
 
@@ -163,12 +161,15 @@ HostBool FindKeyframeSelection(const BaseList2D* self, const HostDescID* id) {
 
 HostBool SetKeyframeSelection(BaseList2D* self, const HostDescID* id, HostBool selection) {
   std::vector<int32_t> ids = IdsOf(id);
-  if (!self || ids.empty()) return 0;
-  if (selection) {
-    self->Extra().keyframes.insert(std::move(ids));
-  } else if (self->extras) {
-    self->extras->keyframes.erase(ids);
-  }
+  if (!self) return 0;
+  // Also of what is no parameter any longer.
+  if (!selection && self->extras && self->extras->keyframes.erase(ids)) return 1;
+  const Hold hold(*self);
+  HostGeData value{};
+  const bool isParameter = atom::GetParameter(self, id, &value, 0);
+  gedata::Destroy(&value);
+  if (!isParameter || !hold.IsAlive()) return 0;
+  if (selection) self->Extra().keyframes.insert(std::move(ids));
   return 1;
 }
 

@@ -140,7 +140,8 @@ void Merge(BaseContainer& into, const BaseContainer& from) {
   }
 }
 
-// All storages below, each once and behind those of its sub-containers.
+}  // namespace
+
 std::vector<Storage*> InnermostFirst(const BaseContainer& container) {
   std::vector<Storage*> order;
   std::vector<std::pair<Storage*, bool>> pending{{container.storage, false}};
@@ -156,6 +157,8 @@ std::vector<Storage*> InnermostFirst(const BaseContainer& container) {
   }
   return order;
 }
+
+namespace {
 
 // What stands in the place of a storage, while MapLinks works. It keeps both.
 class Replacements {

@@ -142,6 +142,18 @@ void Replace(GeListNode& from, GeListNode& to) {
 }
 
 }  // namespace
+
+void TakeOver(BaseList2D& from, BaseList2D& to, bool below) {
+  const Hold hold(to);
+  Copier(0, nullptr).CopyOwn(from, to);
+  if (from.extras || to.extras) to.Extra().marks = std::move(from.Extra().marks);
+  Touch(to, DIRTYFLAGS_DATA | DIRTYFLAGS_SELECT | DIRTYFLAGS_DESCRIPTION);
+  if (!below) return;
+  Replace(from, to);
+  for (const int32_t branch : BranchesOf(from, to))
+    if (hold.IsAlive()) Replace(*Branch(from, branch), *Branch(to, branch));
+}
+
 }  // namespace host
 
 namespace host::atom {

@@ -30,6 +30,7 @@ struct Extras {
   void* pluginData = nullptr;
   HostLink layer{};
   uint64_t nbits = 0;
+  uint64_t selected = 0;     // grows with each element that a document selects
   uint64_t changed[8] = {};  // stamps by the bits of HDIRTYFLAGS, of kinds that are not the atom's own
   std::vector<Mark> marks;
   std::vector<Notification> notifications;

@@ -204,8 +204,8 @@ host::Extras& QLXAtom::Extra() {
 BaseList2D::BaseList2D(const host::NodeType& ofType)
     : GeListNode(ofType), name(host::SharedOf(ofType).name), data(ofType.defaults) {}
 
-bool BaseList2D::ReadOwn(int32_t, host::Value&) const { return false; }
-bool BaseList2D::WriteOwn(int32_t, const HostGeData&) { return false; }
+bool BaseList2D::GetOwn(int32_t, host::Value&) const { return false; }
+bool BaseList2D::SetOwn(int32_t, const HostGeData&) { return false; }
 void BaseList2D::CopyOwn(BaseList2D&) const {}
 
 GeListHead::GeListHead() : GeListNode(host::HeadType(), Kind::kNone), owner(nullptr), branch(0) {}

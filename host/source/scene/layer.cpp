@@ -1,4 +1,5 @@
 #include "boundary/host.h"
+#include "files/hyperfile.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
@@ -15,6 +16,31 @@ LayerObject::LayerObject(const host::NodeType& ofType)
            .animation = 1,
            .xref = 1,
            .color = {1, 1, 1}} {}
+
+namespace {
+
+constexpr HostBool HostLayerData::*kSaid[] = {&HostLayerData::solo,      &HostLayerData::view,
+                                              &HostLayerData::render,    &HostLayerData::manager,
+                                              &HostLayerData::locked,    &HostLayerData::generators,
+                                              &HostLayerData::deformers, &HostLayerData::expressions,
+                                              &HostLayerData::animation, &HostLayerData::xref};
+
+}  // namespace
+
+bool LayerObject::WriteOwn(HyperFile& file) const {
+  for (const auto member : kSaid)
+    if (!file.Write(HYPERFILE_VALUE_BOOL, uint8_t(says.*member != 0))) return false;
+  return file.Write(HYPERFILE_VALUE_VECTOR64, says.color);
+}
+
+bool LayerObject::ReadOwn(HyperFile& file) {
+  for (const auto member : kSaid) {
+    uint8_t byte;
+    if (!file.Read(HYPERFILE_VALUE_BOOL, byte)) return false;
+    says.*member = byte != 0;
+  }
+  return file.Read(HYPERFILE_VALUE_VECTOR64, says.color);
+}
 
 namespace host::layer {
 

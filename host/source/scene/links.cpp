@@ -64,6 +64,14 @@ struct Graveyard {
 
 Graveyard& Destroyed() { return Lasting<Graveyard>(); }
 
+struct TurnTaking {
+  std::mutex lock;
+  HostTakeTurn take = nullptr;
+  HostGiveTurn give = nullptr;
+};
+
+TurnTaking& Turns() { return Lasting<TurnTaking>(); }
+
 Linkable* ObjectOf(HostLink link) {
   const auto* slot = static_cast<const LinkSlot*>(link.slot);
   if (!slot) return nullptr;
@@ -193,6 +201,20 @@ Hold::~Hold() {
 
 bool Hold::IsAlive() const { return object_ && link::GetLink(link_); }
 
+SceneTurn::SceneTurn() {
+  HostTakeTurn take;
+  {
+    std::lock_guard guard(Turns().lock);
+    take = Turns().take;
+    give_ = Turns().give;
+  }
+  if (take) turn_ = take();
+}
+
+SceneTurn::~SceneTurn() noexcept(false) {
+  if (give_) give_(turn_);
+}
+
 }  // namespace host
 
 namespace host::link {
@@ -221,6 +243,12 @@ void UnpinLink(HostLink link) {
 void SetQuiet(HostQuiet quiet) {
   std::lock_guard guard(Destroyed().lock);
   Destroyed().quiet = quiet;
+}
+
+void SetTurn(HostTakeTurn take, HostGiveTurn give) {
+  std::lock_guard guard(Turns().lock);
+  Turns().take = take;
+  Turns().give = give;
 }
 
 }  // namespace host::link

@@ -71,6 +71,20 @@ class Hold {
   Linkable* object_;
 };
 
+// The turn of this thread in the scene, where a call came without the interpreter's lock: no call of the module
+// on another thread overlaps with it. May be nested. Waits for the others.
+class SceneTurn {
+ public:
+  SceneTurn();
+  SceneTurn(const SceneTurn&) = delete;
+  SceneTurn& operator=(const SceneTurn&) = delete;
+  ~SceneTurn() noexcept(false);
+
+ private:
+  HostGiveTurn give_;
+  int32_t turn_ = 0;
+};
+
 // Destroys an object whose destroyer holds the interpreter's lock, or no Python runs: only a
 // pinned one stays until its last pin goes.
 void DestroyNow(Linkable* object);

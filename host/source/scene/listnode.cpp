@@ -62,7 +62,7 @@ HostBool InsertUnderLast(GeListNode* self, GeListNode* parent) {
 }
 
 void Remove(GeListNode* self) {
-  if (self) TakeOut(*self);
+  if (self && !self->isFixed) TakeOut(*self);
 }
 
 GeListHead* GetListHead(const GeListNode* self) { return self ? HeadOf(*self) : nullptr; }

@@ -26,10 +26,10 @@ struct NodeType {
   std::string typeName;
   std::string help;
   std::string icon;
-  std::vector<Parameter> groups;       // parents first
-  std::vector<Parameter> parameters;   // each at the position of its entry in `places`
-  std::vector<Parameter> overrides;    // of these only the id and the default matter
-  std::vector<Symbol> symbols;         // of this type, and not of what it inherits
+  std::vector<Parameter> groups;      // parents first
+  std::vector<Parameter> parameters;  // each at the position of its entry in `places`
+  std::vector<Parameter> overrides;   // of these only the id and the default matter
+  std::vector<Symbol> symbols;        // of this type, and not of what it inherits
   BaseContainer places;
   BaseContainer defaults;              // what a new element shares; objects keep the matrix in another form
   std::vector<int32_t> bases;          // the type itself, its base, and so on

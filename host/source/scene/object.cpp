@@ -162,7 +162,7 @@ BaseObject::BaseObject(const NodeType& ofType) : BaseList2D(ofType), number(++g_
 
 BaseObject::~BaseObject() = default;
 
-bool BaseObject::ReadOwn(int32_t parameter, Value& value) const {
+bool BaseObject::GetOwn(int32_t parameter, Value& value) const {
   switch (parameter) {
     case kRelPosition:
       value = Value::Of(place.Relative().position);
@@ -190,7 +190,7 @@ bool BaseObject::ReadOwn(int32_t parameter, Value& value) const {
   }
 }
 
-bool BaseObject::WriteOwn(int32_t parameter, const HostGeData& value) {
+bool BaseObject::SetOwn(int32_t parameter, const HostGeData& value) {
   if (parameter == kRotationOrder) {
     place.SetOrder(int32_t(value.value.integer));
     return true;

@@ -71,6 +71,8 @@ struct VariableTag : BaseTag {
   }
 
   void CopyOwn(BaseList2D& to) const override;
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   const uint32_t elementSize;
   std::vector<std::byte> bytes;
@@ -79,6 +81,8 @@ struct VariableTag : BaseTag {
 struct SelectionTag : BaseTag {
   using BaseTag::BaseTag;
   void CopyOwn(BaseList2D& to) const override;
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   BaseSelect selection;
 };
@@ -87,9 +91,11 @@ struct BaseObject : BaseList2D {
   explicit BaseObject(const host::NodeType& ofType);
   ~BaseObject() override;
 
-  bool ReadOwn(int32_t parameter, host::Value& value) const override;
-  bool WriteOwn(int32_t parameter, const HostGeData& value) override;
+  bool GetOwn(int32_t parameter, host::Value& value) const override;
+  bool SetOwn(int32_t parameter, const HostGeData& value) override;
   void CopyOwn(BaseList2D& to) const override;
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   // The box of the geometry that the object itself has; empty for none.
   virtual host::Box OwnBox() const { return {}; }
@@ -108,6 +114,8 @@ struct PointObject : BaseObject {
 
   host::Box OwnBox() const override;
   void CopyOwn(BaseList2D& to) const override;
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   std::span<Vector> Points() { return points.Items<Vector>(); }
   std::span<const Vector> Points() const { return std::as_const(points).Items<Vector>(); }
@@ -120,6 +128,8 @@ struct PolygonObject : PointObject {
   explicit PolygonObject(const host::NodeType& ofType);
 
   void CopyOwn(BaseList2D& to) const override;
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   std::span<CPolygon> Polygons() { return polygons.Items<CPolygon>(); }
   std::span<const CPolygon> Polygons() const { return std::as_const(polygons).Items<CPolygon>(); }
@@ -133,6 +143,9 @@ struct PolygonObject : PointObject {
 struct SplineObject : PointObject {
   explicit SplineObject(const host::NodeType& ofType);
 
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
+
   std::span<HostSegment> Segments() { return segments.Items<HostSegment>(); }
   std::span<const HostSegment> Segments() const { return std::as_const(segments).Items<HostSegment>(); }
 
@@ -141,6 +154,9 @@ struct SplineObject : PointObject {
 
 struct LineObject : PointObject {
   explicit LineObject(const host::NodeType& ofType);
+
+  bool WriteOwn(HyperFile& file) const override;
+  bool ReadOwn(HyperFile& file) override;
 
   VariableTag& segments;
 };

@@ -45,7 +45,7 @@ class Reader {
     const Step step = FirstStep(node, id);
     const HostGeData* value = container::FindData(&node.data, id.level[0].id);
     if (step.levels == 2) value = Below(value, id.level[1].id);
-    if (step.parameter && step.parameter->isOfMatrix && node.ReadOwn(step.parameter->Number(), made_))
+    if (step.parameter && step.parameter->isOfMatrix && node.GetOwn(step.parameter->Number(), made_))
       value = &made_.Data();
     if (step.parameter) value = Typed(value, *step.parameter);
     for (int32_t i = step.levels; value && i < id.depth; ++i) value = Below(value, id.level[i].id);
@@ -78,7 +78,7 @@ class Reader {
 // Stores, or with no value removes, what the address names. Containers on the way are there already, or are
 // those of a parameter that still has its default.
 void Store(BaseList2D& node, const Step& step, const HostDescID& id, const Value& value) {
-  if (step.parameter && step.parameter->isOfMatrix && node.WriteOwn(step.parameter->Number(), value.Data()))
+  if (step.parameter && step.parameter->isOfMatrix && node.SetOwn(step.parameter->Number(), value.Data()))
     return;
   BaseContainer* into = &node.data;
   for (int32_t i = 0; i + 1 < id.depth; ++i) {
@@ -160,8 +160,11 @@ bool IsAddress(const HostDescID* id) { return id && id->level && id->depth > 0; 
 // False where there is nothing between the two.
 bool Mix(const HostGeData& a, const HostGeData& b, double mix, HostGeData& mixed) {
   const auto between = [mix](double from, double to) { return std::lerp(from, to, mix); };
+  const auto isInteger = [](int32_t type) { return type == HOST_DATA_INT32 || type == HOST_DATA_INT64; };
   mixed = a;
-  if (a.type != b.type) {
+  if (a.type != b.type && isInteger(a.type) && isInteger(b.type)) {
+    mixed.type = HOST_DATA_INT64;
+  } else if (a.type != b.type) {
     const Value from = Convert(a, HOST_DATA_FLOAT), to = Convert(b, HOST_DATA_FLOAT);
     if (from.Data().type != HOST_DATA_FLOAT || to.Data().type != HOST_DATA_FLOAT) return false;
     mixed = Value::Float(between(from.Data().value.real, to.Data().value.real)).Release();

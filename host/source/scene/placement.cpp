@@ -163,6 +163,37 @@ void ObjectPlace::SetOrder(int32_t order) {
   order_ = order;
 }
 
+std::vector<double> ObjectPlace::Numbers() const {
+  std::vector<double> numbers{double(order_)};
+  const auto add = [&](std::initializer_list<Vector> vectors) {
+    for (const Vector& v : vectors) numbers.insert(numbers.end(), {v.x, v.y, v.z});
+  };
+  add({local_.off, local_.v1, local_.v2, local_.v3});
+  add({relative_.position, relative_.rotation, relative_.scale});
+  if (frozen_) add({frozen_->position, frozen_->rotation, frozen_->scale});
+  return numbers;
+}
+
+bool ObjectPlace::SetNumbers(const std::vector<double>& numbers) {
+  constexpr size_t kWithout = 1 + 4 * 3 + 3 * 3, kWithFrozen = kWithout + 3 * 3;
+  if (numbers.size() != kWithout && numbers.size() != kWithFrozen) return false;
+  const double order = numbers[0];
+  if (!(order >= kOrderYXZ && order <= kOrderHPB)) return false;
+  size_t at = 1;
+  const auto take = [&](std::initializer_list<Vector*> vectors) {
+    for (Vector* v : vectors) {
+      *v = {numbers[at], numbers[at + 1], numbers[at + 2]};
+      at += 3;
+    }
+  };
+  order_ = int32_t(order);
+  take({&local_.off, &local_.v1, &local_.v2, &local_.v3});
+  take({&relative_.position, &relative_.rotation, &relative_.scale});
+  frozen_ = at < numbers.size() ? std::make_unique<Placement>() : nullptr;
+  if (frozen_) take({&frozen_->position, &frozen_->rotation, &frozen_->scale});
+  return true;
+}
+
 void ObjectPlace::Compose() {
   local_ = MatrixOf(relative_, order_);
   if (frozen_) local_ = kelvar::Product(FrozenMatrix(), local_);

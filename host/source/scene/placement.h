@@ -3,6 +3,7 @@
 #define HOST_SCENE_PLACEMENT_H
 
 #include <memory>
+#include <vector>
 
 #include "kelvar/matrix.h"
 
@@ -57,6 +58,10 @@ class ObjectPlace {
 
   int32_t Order() const { return order_; }
   void SetOrder(int32_t order);  // the matrices stay
+
+  // All of it as numbers, for files; false for what are none.
+  std::vector<double> Numbers() const;
+  bool SetNumbers(const std::vector<double>& numbers);
 
  private:
   void Compose();

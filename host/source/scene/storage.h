@@ -279,6 +279,9 @@ struct Storage {
   }
 };
 
+// All storages of a container and of those below it, each once and behind those of its sub-containers.
+std::vector<Storage*> InnermostFirst(const BaseContainer& container);
+
 }  // namespace host
 
 #endif

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "boundary/host.h"
+#include "files/hyperfile.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
@@ -19,6 +20,9 @@ HostDescID IdOf(const CTrack& track) { return {track.parameter.data(), int32_t(t
 
 }  // namespace
 }  // namespace host
+
+bool CTrack::WriteOwn(HyperFile& file) const { return file.WriteArray(parameter); }
+bool CTrack::ReadOwn(HyperFile& file) { return file.ReadArray(parameter); }
 
 namespace host::track {
 

@@ -42,9 +42,10 @@ bool TellEnd(GeListNode& root) {
   const Hold hold(root);
   for (;;) {
     std::vector<HostLink> told;
-    Walk(root, [&](GeListNode& node) {
+    const auto note = [&](GeListNode& node) {
       if (node.isPlugin) node.Link(told.emplace_back());
-    });
+    };
+    Walk(root, note, true, true, true);
     if (told.empty()) return true;
     const uint64_t moves = CountMoves();
     for (const HostLink& link : told) {

@@ -36,6 +36,10 @@ void Append(GeListNode& made, GeListNode& parent);
 // Takes a node out of its list.
 void TakeOut(GeListNode& node);
 
+// Makes `to` what `from`, of the same type and in no list, is, with its marks; and with `below` all that stands
+// there, in place of what it had. Runs the code of plug-ins whose elements go.
+void TakeOver(BaseList2D& from, BaseList2D& to, bool below);
+
 // All moves of nodes so far.
 uint64_t CountMoves();
 
@@ -46,8 +50,9 @@ GeListHead* Branch(GeListNode& node, int32_t id);
 
 // Calls `visit` for the node, for its children or not, for what is in its branches or not, and for all below
 // those. `visit` moves nothing.
+// The host's own branches, of what evaluation made, are entered with `own` only.
 template <class Visit>
-void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true) {
+void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = true, bool own = false) {
   const ReadScene reads;
   std::vector<GeListNode*> pending{&root};
   while (!pending.empty()) {
@@ -56,7 +61,8 @@ void Walk(GeListNode& root, Visit visit, bool children = true, bool branches = t
     visit(*node);
     if (node != &root && node->next) pending.push_back(node->next);
     if (branches && node->extras)
-      pending.insert(pending.end(), node->extras->branches.rbegin(), node->extras->branches.rend());
+      for (size_t i = node->extras->branches.size(); i-- > 0;)
+        if (GeListHead* head = node->extras->branches[i]; own || head->branch >= 0) pending.push_back(head);
     if (node->down && (node != &root || children)) pending.push_back(node->down);
   }
 }

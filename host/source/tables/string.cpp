@@ -19,13 +19,13 @@ HostString FromUtf8(const char* utf8, int64_t size) {
   return MakeString(ReplaceIllFormedUtf8(bytes));
 }
 
-HostString Copy(const HostString* self) { return Share(self); }
+HostString Copy(const HostString* self) noexcept { return Share(self); }
 
-void Destroy(HostString* self) {
+void Destroy(HostString* self) noexcept {
   if (self) Drop(*self);
 }
 
-const char* GetUtf8(const HostString* self, int64_t* size) {
+const char* GetUtf8(const HostString* self, int64_t* size) noexcept {
   const std::string_view text = View(self);
   if (size) *size = int64_t(text.size());
   return text.data();

@@ -86,39 +86,6 @@ bool Set(const Node& node, const Address& id, const Value& value) {
   return atom::SetParameter(node.get(), id, &value.Data(), 0);
 }
 
-TEST(Parameters, ReadOfANewElement) {
-  const Node cube = Make(5159), material = Make(5703), settings = Make(110304);
-  const struct {
-    const Node& node;
-    Address id;
-    const char* value;
-  } cases[] = {
-      {cube, {1100}, "(200 200 200)"},
-      {cube, {1100, VECTOR_Y}, "200f"},
-      {cube, {1100, 999}, "none"},
-      {cube, {1100, VECTOR_Y, VECTOR_Y}, "none"},
-      {cube, {1101}, "1"},
-      {cube, {1101, VECTOR_X}, "none"},
-      {cube, {1105}, "0"},
-      {cube, {1106}, "40f"},
-      {cube, {905}, "(1 1 1)"},
-      {cube, {103}, "none"},  // a group
-      {cube, {5}, "none"},
-      {cube, {ID_USERDATA}, "none"},
-      {cube, {ID_USERDATA, 1}, "none"},
-      {cube, {}, "none"},
-      {material, {1001, VECTOR_X}, "0.8f"},
-      {material, {1003}, "type 133"},
-      {settings, {1021}, "file "},
-      {settings, {1006}, "type 22"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Get(c.node, c.id), c.value);
-  HostGeData data{};
-  EXPECT_FALSE(atom::GetParameter(nullptr, Address{1100}, &data, 0));
-  EXPECT_FALSE(atom::GetParameter(cube.get(), nullptr, &data, 0));
-  EXPECT_FALSE(atom::GetParameter(cube.get(), Address{1100}, nullptr, 0));
-}
-
 TEST(Parameters, WritesFitTheTypeAndTheRange) {
   const struct {
     int32_t type;
@@ -173,19 +140,6 @@ TEST(Parameters, WritesFitTheTypeAndTheRange) {
   EXPECT_EQ(Get(one, {1100}), "(5 200 200)");
   EXPECT_EQ(Get(two, {1100}), "(200 200 200)");
   EXPECT_FALSE(atom::SetParameter(one.get(), Address{1100}, nullptr, 0));
-}
-
-TEST(Parameters, NoValueResets) {
-  const Node cube = Make(5159);
-  Put(cube->data, 5000, Value::Int32(1));
-  Set(cube, {1101}, Value::Int32(8)), Set(cube, {1100}, Value::Of({1, 2, 3}));
-  EXPECT_TRUE(Set(cube, {1101}, None()));
-  EXPECT_EQ(Get(cube, {1101}), "1");
-  EXPECT_TRUE(Set(cube, {1100, VECTOR_Z}, None()));
-  EXPECT_EQ(Get(cube, {1100}), "(1 2 200)");
-  EXPECT_TRUE(Set(cube, {5000}, None()));
-  EXPECT_EQ(Get(cube, {5000}), "none");
-  EXPECT_FALSE(Set(cube, {5000}, None()));
 }
 
 TEST(Parameters, WhatScriptsStoredInTheContainer) {
@@ -293,46 +247,6 @@ TEST(UserData, ValuesFollowTheSettings) {
   EXPECT_EQ(Get(cube, {ID_USERDATA, vector}), "(0 2 0)");
 }
 
-TEST(UserData, IsReplacedRemovedAndCopied) {
-  const Node cube = Make(5159), copy = Make(5159);
-  DynamicDescription* added = baselist::GetDynamicDescription(cube.get());
-  const int32_t one = Add(cube, Settings(DTYPE_REAL)), two = Add(cube, Settings(DTYPE_REAL));
-  EXPECT_EQ(two, one + 1);
-  Set(cube, {ID_USERDATA, one}, Value::Float(1)), Set(cube, {ID_USERDATA, two}, Value::Float(2));
-  copy->data = cube->data;
-  copy->dynamic = added->Clone();
-
-  const auto set = [&](const Address& id, const BaseContainer& settings) {
-    return dynamicdescription::Set(added, id, &settings, cube.get());
-  };
-  EXPECT_TRUE(set({ID_USERDATA, one}, Settings(DTYPE_REAL, Value::Float(9))));
-  EXPECT_EQ(Get(cube, {ID_USERDATA, one}), "1f");
-  EXPECT_TRUE(set({ID_USERDATA, one}, Settings(DTYPE_STRING)));
-  EXPECT_EQ(Get(cube, {ID_USERDATA, one}), "''");
-  EXPECT_TRUE(set({ID_USERDATA, 40}, Settings(DTYPE_BOOL)));
-  EXPECT_EQ(Add(cube, Settings(DTYPE_BOOL)), 41);
-  EXPECT_FALSE(set({ID_USERDATA}, Settings(DTYPE_BOOL)));
-  EXPECT_FALSE(set({1100, 1}, Settings(DTYPE_BOOL)));
-  EXPECT_FALSE(set({ID_USERDATA, one}, Settings(987654)));
-  EXPECT_EQ(Get(cube, {ID_USERDATA, one}), "''");
-
-  EXPECT_TRUE(dynamicdescription::Remove(added, Address{ID_USERDATA, two}));
-  EXPECT_FALSE(dynamicdescription::Remove(added, Address{ID_USERDATA, two}));
-  EXPECT_FALSE(dynamicdescription::Find(added, Address{ID_USERDATA, two}));
-  EXPECT_EQ(Get(cube, {ID_USERDATA, two}), "none");
-  EXPECT_TRUE(set({ID_USERDATA, two}, Settings(DTYPE_REAL)));
-  EXPECT_EQ(Get(cube, {ID_USERDATA, two}), "0f");  // not the value from before
-
-  EXPECT_EQ(Get(copy, {ID_USERDATA, one}), "1f");
-  EXPECT_EQ(Get(copy, {ID_USERDATA, two}), "2f");
-  EXPECT_TRUE(
-      dynamicdescription::Remove(baselist::GetDynamicDescription(copy.get()), Address{ID_USERDATA, one}));
-  EXPECT_EQ(Get(copy, {ID_USERDATA, one}), "none");
-
-  EXPECT_TRUE(set({ID_USERDATA, std::numeric_limits<int32_t>::max()}, Settings(DTYPE_BOOL)));
-  EXPECT_EQ(Add(cube, Settings(DTYPE_BOOL)), 0);  // no number is left
-}
-
 TEST(UserData, WalksAreUndisturbedByChanges) {
   const Node cube = Make(5159);
   for (int i = 0; i < 3; ++i) Add(cube, Settings(DTYPE_LONG));
@@ -362,38 +276,6 @@ TEST(UserData, WalksAreUndisturbedByChanges) {
   EXPECT_EQ(walk([](int32_t) {}), "4 ");
   EXPECT_EQ(walk([&](int32_t) { Add(cube, Settings(DTYPE_LONG)); }), "4 ");
   EXPECT_EQ(dynamicdescription::BrowseInit(nullptr), nullptr);
-}
-
-TEST(Descriptions, ShowTheTypeAndTheUserDataOfTheirTime) {
-  Node cube = Make(5159);
-  Description* plain = atom::GetDescription(cube.get(), 0);
-  Add(cube, Settings(DTYPE_REAL));
-  Description* whole = atom::GetDescription(cube.get(), 0);
-  dynamicdescription::Remove(baselist::GetDynamicDescription(cube.get()), Address{ID_USERDATA, 1});
-  cube.reset();
-  EXPECT_EQ(description::GetCount(whole), description::GetCount(plain) + 2);  // the group of user data, and one
-  for (int32_t i = 0; i < description::GetCount(whole); ++i) {
-    HostDescID id{}, group{};
-    ASSERT_TRUE(description::GetIndex(whole, i, &id, &group));
-    EXPECT_EQ(description::Find(whole, &id), i);
-    EXPECT_LT(description::Find(whole, &group), i);  // -1 of none
-    EXPECT_EQ(container::FindData(description::GetSettings(whole, i), DESC_DATATYPE)->value.integer,
-              id.level[id.depth - 1].dtype);
-  }
-  const int32_t length = description::Find(plain, Address{1100});
-  const BaseContainer* settings = description::GetSettings(plain, length);
-  EXPECT_EQ(Show(*container::FindData(settings, DESC_NAME)), "'Size'");
-  EXPECT_EQ(Show(*container::FindData(settings, DESC_IDENT)), "'PRIM_CUBE_LEN'");
-  EXPECT_EQ(Show(*container::FindData(settings, DESC_UNIT)), std::to_string(DESC_UNIT_LENGTH));
-  EXPECT_EQ(description::Find(plain, Address{1100, VECTOR_Z}), length);
-  for (const Address& id :
-       {Address{ID_USERDATA, 1}, Address{ID_USERDATA}, Address{103, 1}, Address{5}, Address{}})
-    EXPECT_EQ(description::Find(plain, id), -1);
-  EXPECT_EQ(description::Find(whole, Address{ID_USERDATA, 2}), -1);
-  EXPECT_EQ(description::GetSettings(plain, -1), nullptr);
-  EXPECT_EQ(description::GetSettings(plain, description::GetCount(plain)), nullptr);
-  description::Free(plain);
-  description::Free(whole);
 }
 
 // A plug-in's type; what it does is told by the parameter's number.
@@ -444,53 +326,6 @@ TEST(Parameters, APluginAnswersFirstAndMayDestroyTheElement) {
   second->isPlugin = true;
   data = Value::Int32(1).Data();
   EXPECT_FALSE(atom::SetParameter(second.release(), Address{kDestroyed}, &data, 0));
-}
-
-TEST(Parameters, TracksMixWhatCanBeMixed) {
-  const struct {
-    Address id;
-    Value from, to;
-    double mix;
-    bool result;
-    const char* after;
-  } cases[] = {
-      {{1106}, Value::Float(10), Value::Float(20), 0.25, true, "12.5f"},
-      {{1106}, Value::Float(10), Value::Float(20), 7, true, "20f"},
-      {{1106}, Value::Float(10), Value::Float(20), -7, true, "10f"},
-      {{1106}, Value::Float(10), Value::Int32(20), 0.5, true, "15f"},
-      {{1106}, Value::Float(10), Value::Float(20), std::nan(""), false, "40f"},
-      {{1101}, Value::Int32(1), Value::Int32(4), 0.5, true, "3"},
-      {{1101},
-       Int64(std::numeric_limits<int64_t>::max()),
-       Int64(std::numeric_limits<int64_t>::max()),
-       0.5,
-       true,
-       "1000"},
-      {{1100}, Value::Of({0, 10, 20}), Value::Of({10, 10, 10}), 0.5, true, "(5 10 15)"},
-      {{1100, VECTOR_X}, Value::Float(1), Value::Float(3), 0.5, true, "2f"},
-      {{1100}, Value::Text("a"), Value::Text("b"), 0.5, false, "(200 200 200)"},
-      {{77777}, Value::Float(1), Value::Float(3), 0.5, false, "none"},
-  };
-  for (const auto& c : cases) {
-    const Node cube = Make(5159);
-    EXPECT_EQ(baselist::SetAnimatedParameter(cube.get(), nullptr, c.id, &c.from.Data(), &c.to.Data(), c.mix, 0),
-              c.result);
-    EXPECT_EQ(Get(cube, c.id), c.after);
-  }
-  const Node tag = Make(5616);
-  const Value a = Value::Text("a"), b = Value::Text("b");
-  for (const auto& [mix, text] : {std::pair(0.0, "'a'"), {0.99, "'a'"}, {1.0, "'b'"}}) {
-    EXPECT_TRUE(
-        baselist::SetAnimatedParameter(tag.get(), nullptr, Address{1001}, &a.Data(), &b.Data(), mix, 0));
-    EXPECT_EQ(Get(tag, {1001}), text);
-  }
-  HostGeData first{}, second{};
-  double mix = 5;
-  EXPECT_TRUE(baselist::GetAnimatedParameter(tag.get(), Address{1001}, &first, &second, &mix, 0));
-  EXPECT_EQ(Show(Value::Adopt(first).Data()) + Show(Value::Adopt(second).Data()) + Number(mix), "'b''b'0");
-  first.type = second.type = HOST_DATA_STRING;
-  EXPECT_FALSE(baselist::GetAnimatedParameter(tag.get(), Address{77777}, &first, &second, &mix, 0));
-  EXPECT_EQ(first.type + second.type, 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Copies of elements, their links, layers, tracks and messages of built-in ones.
+// Copies of elements, and their links.
 
 #include "kelvar.framework/source/tables/t_messages.h"
 #include "scene/gedata.h"
@@ -208,85 +208,6 @@ TEST_F(Scene, TransferredGoalsReachEveryLinkOfTheDocument) {
   EXPECT_EQ(GetLayerObject(holder, nullptr), second);
   EXPECT_FALSE(TransferGoal(far.get(), to, 0));
   EXPECT_FALSE(TransferGoal(from, nullptr, 0));
-}
-
-TEST_F(Scene, LayersCombineWithThoseAbove) {
-  const Element owned(New(host::kTypeDocument)), other(New(host::kTypeDocument)), node(New());
-  auto* document = static_cast<BaseDocument*>(owned.get());
-  BaseList2D *outer = New(host::kTypeLayer), *inner = host::layer::Alloc(document);
-  listhead::InsertLast(HeadFor(document, host::kTypeLayer), outer);
-  InsertUnderLast(inner, outer);
-  HostLayerData data;
-  EXPECT_FALSE(GetLayerData(node.get(), document, &data, 0));
-  EXPECT_FALSE(SetLayerData(node.get(), document, &data));
-  EXPECT_FALSE(SetLayerObject(node.get(), owned.get()));
-  EXPECT_FALSE(SetLayerObject(inner, outer));
-  EXPECT_TRUE(SetLayerObject(node.get(), inner));
-  EXPECT_EQ(GetLayerObject(node.get(), document), inner);
-  EXPECT_EQ(GetLayerObject(node.get(), static_cast<BaseDocument*>(other.get())), nullptr);
-  ASSERT_TRUE(GetLayerData(outer, document, &data, 1));
-  EXPECT_TRUE(data.view && !data.solo);
-  data.view = 0;
-  data.locked = 1;
-  data.color = {1, 0, 0};
-  EXPECT_TRUE(SetLayerData(outer, document, &data));
-  ASSERT_TRUE(GetLayerData(node.get(), document, &data, 1));
-  EXPECT_TRUE(data.view && !data.locked && data.render);
-  ASSERT_TRUE(GetLayerData(node.get(), document, &data, 0));
-  EXPECT_TRUE(!data.view && data.locked && data.render && !data.solo);
-  EXPECT_EQ(data.color.y, 1);  // its own
-  const Element copy = Clone(outer);
-  ASSERT_TRUE(GetLayerData(copy.get(), nullptr, &data, 1));
-  EXPECT_FALSE(data.view);
-  Free(outer);
-  EXPECT_EQ(GetLayerObject(node.get(), nullptr), nullptr);
-  EXPECT_TRUE(SetLayerObject(node.get(), nullptr));
-}
-
-TEST_F(Scene, TracksStandInTheOrderOfTheirIds) {
-  const Element node(New());
-  BaseList2D* self = node.get();
-  EXPECT_EQ(GetFirstCTrack(self), nullptr);
-  for (const int32_t id : {5, 1, 9, 5, 3}) EXPECT_TRUE(InsertTrackSorted(self, NewTrack(self, id)));
-  EXPECT_TRUE(InsertTrackSorted(self, GetFirstCTrack(self)));  // again
-  std::vector<int32_t> ids;
-  HostDescID id;
-  for (GeListNode* at = GetFirstCTrack(self); at; at = at->next)
-    if (host::track::GetDescriptionID(static_cast<CTrack*>(at), &id)) ids.push_back(id.level[0].id);
-  EXPECT_EQ(ids, (std::vector<int32_t>{1, 3, 5, 5, 9}));
-  EXPECT_EQ(FindTrack(self, 9), GetCTrackRoot(self)->downLast);
-  EXPECT_EQ(FindTrack(self, 2), nullptr);
-  EXPECT_EQ(FindCTrack(self, nullptr), nullptr);
-  const DescLevel levels[] = {Level(3), Level(1)};
-  const HostDescID two{levels, 2, 0};
-  EXPECT_EQ(FindCTrack(self, &two), nullptr);
-  BaseList2D* deeper = host::track::Alloc(self, &two);
-  EXPECT_TRUE(InsertTrackSorted(self, deeper));
-  EXPECT_EQ(FindCTrack(self, &two), deeper);
-  EXPECT_EQ(deeper->pred, FindTrack(self, 3));
-  EXPECT_EQ(GetMain(deeper), self);
-  const Element other(New());
-  EXPECT_FALSE(InsertTrackSorted(self, other.get()));
-  EXPECT_FALSE(host::track::GetDescriptionID(reinterpret_cast<CTrack*>(other.get()), &id));
-
-  BaseList2D *first = New(kTexture), *second = New(kTexture);
-  EXPECT_TRUE(InsertShader(self, first, nullptr));
-  EXPECT_TRUE(InsertShader(self, second, first));
-  EXPECT_EQ(GetFirstShader(self), first);
-  EXPECT_EQ(first->next, second);
-  EXPECT_FALSE(InsertShader(self, second, self));
-  EXPECT_TRUE(InsertShader(self, second, nullptr));
-  EXPECT_EQ(GetFirstShader(self), second);
-
-  EXPECT_FALSE(FindKeyframeSelection(self, &two) || KeyframeSelectionContent(self));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 1));
-  EXPECT_TRUE(FindKeyframeSelection(self, &two) && KeyframeSelectionContent(self));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 0));
-  EXPECT_FALSE(KeyframeSelectionContent(self));
-  EXPECT_FALSE(SetKeyframeSelection(self, nullptr, 1));
-  EXPECT_TRUE(SetKeyframeSelection(self, &two, 1));
-  ClearKeyframeSelection(self);
-  EXPECT_FALSE(FindKeyframeSelection(self, &two));
 }
 
 }  // namespace

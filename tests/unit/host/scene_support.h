@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/settings.h"
-#include "scene/document.h"
+#include "documents/documents.h"
 #include "scene/kinds.h"
 #include "scene/object.h"
 #include "scene/tree.h"

@@ -13,6 +13,7 @@
 #include "kit/i_collections.h"
 #include "kit/i_conversion.h"
 #include "kit/i_typequeue.h"
+#include "scene/geometry.h"
 #include "scene/links.h"
 #include "support.h"
 
@@ -29,9 +30,9 @@ class ConversionTest : public InterpreterTest {
     host::boundary_tables::Fill(host_, HOST_VERSION_MINIMUM);
     ASSERT_EQ(tables::Resolve(&host_), "");
     ASSERT_EQ(qlx::ReadyTypeQueue(), "");
-    for (PyTypeObject* type :
-         {&qlx::g_VectorType, &qlx::g_Vector4dType, &qlx::g_MatrixType, &qlx::g_BaseTimeType,
-          &qlx::g_DescIDType, &qlx::g_DescLevelType, &qlx::g_BaseContainerType}) {
+    for (PyTypeObject* type : {&qlx::g_VectorType, &qlx::g_Vector4dType, &qlx::g_MatrixType,
+                               &qlx::g_BaseTimeType, &qlx::g_DescIDType, &qlx::g_DescLevelType,
+                               &qlx::g_BaseContainerType, &qlx::g_CPolygonType, &qlx::g_BaseSelectType}) {
       Py_INCREF(type);
       Set(std::strrchr(type->tp_name, '.') + 1, reinterpret_cast<PyObject*>(type));
     }
@@ -170,6 +171,20 @@ TEST_F(ConversionTest, ATypeTakesWhatFitsAndNothingElse) {
     }
 }
 
+TEST_F(ConversionTest, ASelectionGoesAsItsAddress) {
+  PyObject* object = Make("BaseSelect()");
+  for (const GeData& target : {GeData(), GeData::Pointer(this)}) {
+    GeData data = target;
+    EXPECT_TRUE(qlx::GeDataFromPython(object, data));
+    EXPECT_EQ(data.GetPointer(), reinterpret_cast<qlx::SelectRecord*>(object)->data);
+    EXPECT_EQ(Show(qlx::GeDataToPython(*data.Data(), nullptr)).substr(0, 24), "<capsule object NULL at ");
+  }
+  GeData data = GeData::Int32(7);
+  EXPECT_FALSE(qlx::GeDataFromPython(object, data));
+  EXPECT_EQ(Take(nullptr), "TypeError: could not convert 'qlx.BaseSelect'");
+  Py_DECREF(object);
+}
+
 TEST_F(ConversionTest, IntegersByTheirSize) {
   const struct {
     const char* expression;
@@ -268,6 +283,7 @@ TEST_F(ConversionTest, ArraysOfSequences) {
       {"Vector64", Through<GetVector64Array, Vector64ArrayToList>},
       {"Matrix", Through<GetMatrixArray, MatrixArrayToList>},
       {"Tangent", Through<GetTangentArray, TangentArrayToList>},
+      {"CPolygon", Through<GetCPolygonArray, CPolygonArrayToList>},
       {"UVW", Through<GetUVWArray, UVWArrayToList>},
   };
   const std::string noLength = "ValueError: Invalid object length.";
@@ -312,6 +328,8 @@ TEST_F(ConversionTest, ArraysOfSequences) {
       {"Tangent", "[{'vl': Vector()}]", noTangent + "dict"},
       {"Tangent", "[{'vl': Vector(), 'vr': 1}]", noTangent + "dict"},
       {"Tangent", "[Vector()]", noTangent + "qlx.Vector"},
+      {"CPolygon", "(CPolygon(1, 2, 3), CPolygon(4, 5, 6, 7))", "[(a:1, b:2, c:3), (a:4, b:5, c:6, d:7)]"},
+      {"CPolygon", "[CPolygon(1, 2, 3), (1, 2, 3)]", "TypeError: points expected qlx.CPolygon, not tuple"},
       {"UVW", "[dict(a=Vector(1, 2, 3), b=Vector(0), c=Vector(0), d=Vector(1, 2, 3))]",
        "[{'a': " + vector + ", 'b': Vector(0, 0, 0), 'c': Vector(0, 0, 0), 'd': " + vector + "}]"},
       {"UVW", "[dict(a=Vector(), b=Vector(), c=Vector())]", noUVW + "dict"},

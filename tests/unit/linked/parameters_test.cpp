@@ -9,10 +9,11 @@ using ParameterTest = ReceiverTest;
 
 TEST_F(ParameterTest, ElementsAreToldOfChangesByItems) {
   const std::vector<int32_t> change = {HOST_MSG_CHANGE};
-  Run("op[903] = Vector(1)");
-  EXPECT_EQ(std::exchange(told, {}), change);
-  Run("op[903, 1000] = 5");
-  EXPECT_EQ(std::exchange(told, {}), change);
+  for (const char* statement : {"op[903] = Vector(1)", "op[903] = Vector(1)", "op[903, 1000] = 5",
+                                "del op[903, 1000]", "del op[903]", "del op[903]"}) {
+    Run(statement);
+    EXPECT_EQ(std::exchange(told, {}), change) << statement;
+  }
   EXPECT_EQ(Eval("op.SetParameter(903, Vector(2), 0), op.SetParameter(903, 1, 0), op.GetParameter(903, 0)"),
             "(True, False, Vector(2, 2, 2))");
   Run("try: op[903] = 1\n"
@@ -38,13 +39,17 @@ TEST_F(ParameterTest, ElementsThatEndWhileTheirParametersAreUsed) {
       {onGet, "op.__delitem__((903, 1001))", "dead"},
       {onGet, "op.GetParameter(903, 0)", "None"},
       {onGet, "op.GetAnimatedParameter(DescID(903), 0)", "False"},
+      {onGet, "op.SetKeyframeSelection(903, True)", "False"},
+      {onGet, "op.Scale(2)", "None"},
       {onSet, "op.__setitem__(903, Vector())", "parameter set failed"},
       {onSet, "op.__setitem__((903, 1001), 1)", "parameter set failed"},
       {onSet, "op.__delitem__(903)", "None"},
       {onSet, "op.SetParameter(903, Vector(), 0)", "False"},
+      {onSet, "op.Scale(2)", "None"},
       {onSet, "op.SetAnimatedParameter(qlx.CTrack(op, 903), DescID(903), Vector(), Vector(), 0, 0)", "False"},
       {onDescribe, "op.__setitem__((700, 1), 'text')", "parameter set failed"},
       {onDescribe, "op.SetParameter((700, 1), 'text', 0)", "False"},
+      {onDescribe, "op.Scale(2)", "None"},
       {onDescribe, "type(op.GetDescription(0)).__name__", "Description"},
   };
   for (const auto& c : cases) {

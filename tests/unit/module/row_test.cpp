@@ -26,6 +26,7 @@ struct Thing : FakeObject {
   int32_t Flags(int32_t a, int32_t flags) { return a * 100 + flags; }
   double Real(double number) { return number; }
   bool Flip(bool value) const { return !value; }
+  bool HasTime(const BaseTime* time) { return time != nullptr; }
   void Take(BaseList2D*, int32_t) { log += "taken"; }
   void TakePicture(BaseBitmap*, const String&) { log += "taken"; }
   void TakeData(BaseContainer*, int32_t) { log += "taken"; }
@@ -89,6 +90,7 @@ PyMethodDef g_methods[] = {
     Method<&Thing::Flags, "i|i", "a", "flags=3">("Flags", ""),
     Method<&Thing::Real, "|d", "number=-2.5">("Real", ""),
     Method<&Thing::Flip, "|b", "value=true">("Flip", ""),
+    Method<&Thing::HasTime, "|T", "time">("HasTime", ""),
     Method<&Thing::Take, "A!i", "op", "n">("Take", ""),
     Method<&Thing::TakePicture, "P!$", "bitmap", "text">("TakePicture", ""),
     Method<&Thing::TakeData, "Ci", "data", "n">("TakeData", ""),
@@ -206,11 +208,13 @@ TEST_F(RowTest, ArgumentsStayForTheirCall) {
 }
 
 TEST_F(RowTest, ValuesGoInAndOut) {
+  Set("time", qlx::NewBaseTime({-1, 0}));
   const struct {
     const char *expression, *result;
   } cases[] = {
       {"t.Flags(2), t.Flags(2, 5), t.Flags(flags=-1, a=1)", "(203, 205, 99)"},
       {"t.Real(), t.Real(1.5)", "(-2.5, 1.5)"},
+      {"t.HasTime(), t.HasTime(time), t.HasTime(time=time)", "(False, True, True)"},
       {"t.Flip(), t.Flip(False), t.Flip(7), t.Flip(0)", "(False, True, False, True)"},
       {"t.Own(4)[0] is t, t.Own(4)[1]", "(True, 4)"},
       {"t.Nothing()", "None"},

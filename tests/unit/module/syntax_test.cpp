@@ -74,6 +74,7 @@ TEST_F(SyntaxTest, NamesOfScripts) {
   } cases[] = {
       {"'''Tidy up'''\nx = 1", "Tidy up"},
       {"# a comment\n\"G\xc3\xa9o\"", "G\xc3\xa9o"},
+      {"'a\\0b'", {"a\0b", 3}},
       {"x = 1", ""},
       {"", ""},
       {"b'bytes'", ""},

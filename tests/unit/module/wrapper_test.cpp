@@ -82,51 +82,6 @@ TEST_F(WrapperTest, AScriptsSubclassHasADictionaryAndIsLetGo) {
   EXPECT_TRUE(Run("Plain().value = 1"));
 }
 
-TEST_F(WrapperTest, ScriptsSeeTheDeathOfAnObject) {
-  tables::baselist.GetDataInstance = [](BaseList2D*) { return Make().As<BaseContainer>(); };
-  tables::baselist.GetName = [](const BaseList2D*) { return TextHost::Make("name", 4); };
-  tables::container.GetId = [](const BaseContainer*) { return int32_t(5); };
-  FakeObject& object = Make();
-  Set("op", Wrap(qlx::g_BaseList2DType, object, false));
-  Set("same", Wrap(qlx::g_GeListNodeType, object, false));
-  Set("other", Wrap(qlx::g_QLXAtomType, Make(), false));
-  Set("data", PyObject_CallMethod(Get("op"), "GetDataInstance", nullptr));
-  Set("marked", PyObject_CallMethod(Get("op"), "GetDataInstance", nullptr));
-  qlx::MarkContainerDead(Get("marked"));
-  const char* const dead = "the object 'qlx.BaseList2D' is not alive";
-  const char* const noHost = "the host object of 'qlx.BaseContainer' is not alive";
-  const char* const noData = "the object 'qlx.BaseContainer' is not alive";
-  const struct {
-    const char *expression, *alive, *whenDead;
-  } cases[] = {
-      {"op() is op", "True", "False"},
-      {"op()", nullptr, "None"},
-      {"op.IsAlive()", "True", "False"},
-      {"op.GetName()", "name", dead},
-      {"op.SetName()", nullptr, dead},  // wins over the missing argument
-      {"op == same, same == op, op != same", "(True, True, False)", dead},
-      {"op == other, op != other", "(False, True)", dead},
-      {"other == op", "False", dead},
-      {"same == other", "False", "the object 'qlx.GeListNode' is not alive"},
-      {"op == 1, op == None", "(False, False)", "(False, False)"},
-      {"data.GetId()", "5", noHost},
-      {"data == data", nullptr, noHost},
-      {"data == marked", noData, noHost},
-      {"marked == data", noData, noData},
-      {"marked.GetId()", noData, noData},
-      {"op < other", nullptr, dead},
-  };
-  for (const bool alive : {true, false}) {
-    object.alive = alive;
-    for (const auto& c : cases) {
-      const char* const expected = alive ? c.alive : c.whenDead;
-      if (!expected) continue;
-      const std::string value = Eval(c.expression);
-      EXPECT_EQ(value == "(no text)" ? Take(PyExc_ReferenceError) : value, expected) << c.expression;
-    }
-  }
-}
-
 // The chain of ids, with what can be told apart today: who owns the element.
 // Each element says yes to its own id and to those that stand behind it in the row: the first one counts.
 TEST_F(WrapperTest, ElementsHaveTheTypesOfTheirIds) {

@@ -15,6 +15,7 @@ typedef struct QLXAtom QLXAtom;
 
 typedef struct AliasTrans AliasTrans;
 typedef struct Description Description;
+typedef struct HyperFile HyperFile;
 
 /* What changed, for GetDirty and SetDirty. */
 enum {
@@ -228,6 +229,46 @@ typedef struct HostAtomGroup {
    * since   23100
    * fails   null */
   const void* (*GetUniqueIDIndex)(const QLXAtom* self, int32_t index, int32_t* appid, int64_t* bytes);
+
+  /* Reads what Write wrote into an object of the same type, in place of what it had. `id` and `level` are those
+   * of the chunk that the caller has entered; one that is still ahead is entered and left. `id` 0 stands for
+   * any. On 0 the object stays as it is, unless its plug-in was what failed. Without the interpreter's lock.
+   * owner   -
+   * thread  any
+   * waits   disk, other threads' calls on the file, the plug-in
+   * since   23100
+   * fails   0 */
+  HostBool (*Read)(QLXAtom* self, HyperFile* file, int32_t id, int32_t level);
+
+  /* Writes the object, without what is below it and in its branches, as a chunk with the type for its id.
+   * Without the interpreter's lock.
+   * owner   -
+   * thread  any
+   * waits   disk, other threads' calls on the file, the plug-in
+   * since   23100
+   * fails   0 */
+  HostBool (*Write)(const QLXAtom* self, HyperFile* file);
+
+  /* Reads what WriteObject wrote: the object becomes what the written one was, with all that was below it and
+   * in its branches; links among these lead to each other again. Elements of a type that is not there are left
+   * out, with what is in them. With `readHeader` the chunk is entered and left; without, the caller has entered
+   * it, and leaves it. On 0 the object stays as it is, unless a plug-in was what failed. Without the
+   * interpreter's lock.
+   * owner   -
+   * thread  any
+   * waits   disk, other threads' calls on the file, plug-ins
+   * since   23100
+   * fails   0 */
+  HostBool (*ReadObject)(QLXAtom* self, HyperFile* file, HostBool readHeader);
+
+  /* Writes the object with all below it and in its branches, as a chunk with the type for its id. Without the
+   * interpreter's lock.
+   * owner   -
+   * thread  any
+   * waits   disk, other threads' calls on the file, plug-ins
+   * since   23100
+   * fails   0 */
+  HostBool (*WriteObject)(const QLXAtom* self, HyperFile* file);
 } HostAtomGroup;
 
 #ifdef __cplusplus

@@ -50,7 +50,7 @@ typedef struct HostBaseListGroup {
    * fails   nothing */
   void (*Free)(BaseList2D* self);
 
-  /* The name.
+  /* The name. Quick.
    * owner   the caller
    * thread  any
    * waits   no
@@ -336,7 +336,7 @@ typedef struct HostBaseListGroup {
    * fails   0 */
   HostBool (*FindKeyframeSelection)(const BaseList2D* self, const HostDescID* id);
 
-  /* Selects the parameter for keyframes, or no longer; 0 when memory lacks.
+  /* Selects the parameter for keyframes, or no longer; 0 for what is no parameter of the node.
    * owner   -
    * thread  any
    * waits   no
@@ -360,7 +360,8 @@ typedef struct HostBaseListGroup {
    * fails   nothing */
   void (*ClearKeyframeSelection)(BaseList2D* self);
 
-  /* Scales what of the node is a length.
+  /* Multiplies the parameters of the node that are lengths (DESC_UNIT_LENGTH), as far as their ranges let it.
+   * Nothing happens for what is no finite number.
    * owner   -
    * thread  any
    * waits   no

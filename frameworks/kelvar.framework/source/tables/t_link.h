@@ -25,6 +25,11 @@ typedef struct HostLinkLayout {
   uint32_t typeInAtom; /* 0: there is none */
 } HostLinkLayout;
 
+/* Take and give back the calling thread's turn, in which no other thread's call of the module touches a scene;
+ * turns may be nested. What `HostTakeTurn` answers goes to `HostGiveTurn`. */
+typedef int32_t (*HostTakeTurn)(void);
+typedef void (*HostGiveTurn)(int32_t turn);
+
 /* Waits until no call of the module holds an object that it looked up before. */
 typedef void (*HostQuiet)(void);
 
@@ -77,6 +82,16 @@ typedef struct HostLinkGroup {
    * since   23100
    * fails   nothing */
   void (*SetQuiet)(HostQuiet quiet);
+
+  /* Tells the host how it takes its turn where it works on a scene in a call that came without the
+   * interpreter's lock. Whoever waits for a turn holds no lock that a call under the interpreter's lock could
+   * want. Null: the module has gone.
+   * owner   -
+   * thread  main
+   * waits   no
+   * since   23100
+   * fails   nothing */
+  void (*SetTurn)(HostTakeTurn take, HostGiveTurn give);
 } HostLinkGroup;
 
 #ifdef __cplusplus

@@ -5,6 +5,7 @@
 #define KELVAR_T_MESSAGES_H
 
 #include "t_document.h"
+#include "t_select.h"
 
 enum HostNodeMessage {
   HOST_MSG_POINTS_CHANGED = 1,           /* HostPointsChanged */
@@ -23,6 +24,7 @@ enum HostNodeMessage {
   HOST_MSG_EVENT_NOTIFICATION = 1001077, /* HostEventNotification */
   HOST_MSG_FILE_FORMAT = 1001078,        /* HostFileFormat */
   HOST_MSG_GET_CUSTOM_ICON = 1001090,    /* HostCustomIcon */
+  HOST_MSG_GET_SELECTION = 1021339,      /* HostSelectionAnswer */
   HOST_MSG_GET_REAL_OBJECT = 1028476,    /* HostObjectAnswer, and 1036447 */
   HOST_MSG_GET_VISIBLE_OBJECT = 1036447,
   HOST_MSG_MANAGER_COMMAND = 300001001,   /* HostManagerCommand */
@@ -88,6 +90,10 @@ typedef struct HostCustomIcon {
   HostBool filled;
   int32_t reserved;
 } HostCustomIcon;
+
+typedef struct HostSelectionAnswer {
+  BaseSelect* sel; /* the answer, or null; it is the sender's then */
+} HostSelectionAnswer;
 
 typedef struct HostObjectAnswer {
   BaseList2D* object;

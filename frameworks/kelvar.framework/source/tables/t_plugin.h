@@ -84,6 +84,12 @@ typedef struct NodeRecord {
   HostBool (*TranslateDescID)(void* data, const GeListNode* node, const HostDescID* id, HostDescID* translated,
                               QLXAtom** target);                                          /* 0 */
   HostBool (*IsDocumentRelated)(void* data, const GeListNode* node, HostBool* isRelated); /* 0: it is */
+  /* What a file keeps of `data`, in a chunk of its own. `level` of Read is what the record had when it was
+   * written; Read may leave things unread. */
+  HostBool (*Read)(void* data, GeListNode* node, HyperFile* file, int32_t level); /* 1, for a null Write too */
+  HostBool (*Write)(void* data, const GeListNode* node, HyperFile* file);         /* 1, and there is no chunk */
+  int32_t level; /* grows when what Write writes changes */
+  int32_t reservedLevel;
   /* Of objects and tags: whether it put itself into the list. 0: priority 0, no flags */
   HostBool (*AddToExecution)(void* data, GeListNode* node, PriorityList* list);
   /* null: takes no part in the execution */

@@ -26,7 +26,7 @@ typedef struct HostStringGroup {
    * fails   empty */
   HostString (*FromUtf8)(const char* utf8, int64_t size);
 
-  /* A copy. Required.
+  /* A copy. Required. Quick.
    * owner   the caller
    * thread  any
    * waits   no
@@ -34,7 +34,7 @@ typedef struct HostStringGroup {
    * fails   empty */
   HostString (*Copy)(const HostString* self);
 
-  /* Ends a text and clears its word. Required.
+  /* Ends a text and clears its word. Required. Quick.
    * owner   the host
    * thread  any
    * waits   no
@@ -43,7 +43,7 @@ typedef struct HostStringGroup {
   void (*Destroy)(HostString* self);
 
   /* The text as UTF-8 with a zero behind it, valid while the value lives unchanged; never
-   * null. `size` receives the number of bytes and may be null. Required.
+   * null. `size` receives the number of bytes and may be null. Required. Quick.
    * owner   the text
    * thread  any
    * waits   no

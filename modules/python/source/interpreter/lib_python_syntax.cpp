@@ -76,8 +76,9 @@ std::string ExtractScriptName(const std::string& source) {
   PyObject* constants = code ? PyObject_GetAttrString(code, "co_consts") : nullptr;
   if (constants && PyTuple_Check(constants) && PyTuple_GET_SIZE(constants) > 0) {
     PyObject* first = PyTuple_GET_ITEM(constants, 0);
-    const char* utf8 = PyUnicode_Check(first) ? PyUnicode_AsUTF8(first) : nullptr;
-    if (utf8) name = utf8;
+    Py_ssize_t size = 0;
+    const char* utf8 = PyUnicode_Check(first) ? PyUnicode_AsUTF8AndSize(first, &size) : nullptr;
+    if (utf8) name.assign(utf8, size_t(size));
   }
   PyErr_Clear();
   Py_XDECREF(constants);

@@ -122,6 +122,7 @@ int32_t CloseEntry() {
   if (--g_entryCount != 0) return 1;
   if (g_hasTables) GeResource::SetSymbolHook(nullptr);
   kelvar::SetQuiet(nullptr);
+  kelvar::SetTurn(nullptr, nullptr);
   PluginEnd();
   FreeResource();
   if (g_modulePath) {
@@ -175,6 +176,7 @@ bool StartPython() {
   CreateModuleRegistry();
   RegisterThreadNode();
   kelvar::SetQuiet(WaitForCalls);
+  kelvar::SetTurn(TakeTurn, GiveTurn);
   LibraryGilScope lock(LibraryRef());
   return StartUnderLock();
 }

@@ -150,13 +150,17 @@ struct Argument {
   using T = typename decltype(TargetOf<Item>())::Type;
   using Plain = std::remove_cvref_t<Parameter>;
 
+  // No time that is given has a denominator below zero.
+  static constexpr bool kNullWhereNotGiven =
+      std::same_as<T, BaseTime> && Item.optional && std::is_pointer_v<Plain>;
+
   T value{};
 
   // What isn't given: a preset, or zero and its kin.
   Argument() {
     if constexpr (std::same_as<T, Matrix>) value = {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     if constexpr (std::same_as<T, Quaternion>) value.w = 1;
-    if constexpr (std::same_as<T, BaseTime>) value.denominator = 1;
+    if constexpr (std::same_as<T, BaseTime>) value.denominator = kNullWhereNotGiven ? -1 : 1;
     if constexpr (std::is_arithmetic_v<T>) {
       constexpr Preset preset(KeywordName<Keyword>::kText.preset);
       if constexpr (preset.valid) value = std::is_floating_point_v<T> ? T(preset.number) : T(preset.integer);
@@ -188,6 +192,8 @@ struct Argument {
       return reinterpret_cast<Plain>(value);
     else if constexpr (std::is_pointer_v<Plain> && Item.letter == 'X')
       return static_cast<Plain>(value);
+    else if constexpr (kNullWhereNotGiven)
+      return value.denominator < 0 ? nullptr : static_cast<const T*>(&value);
     else if constexpr (std::is_pointer_v<Plain> && !std::is_pointer_v<T>)
       return static_cast<const T*>(&value);
     else if constexpr (std::same_as<Plain, bool>)

@@ -13,11 +13,6 @@
 namespace qlx {
 namespace {
 
-struct Unref {
-  void operator()(PyObject* object) const { Py_DECREF(object); }
-};
-using Reference = std::unique_ptr<PyObject, Unref>;
-
 // The number of items that the sequence promises; 0 with an exception for none.
 Py_ssize_t SizeOf(PyObject* sequence) {
   const Py_ssize_t size = PyObject_Size(sequence);
@@ -171,6 +166,10 @@ HostArray<Tangent> GetTangentArray(PyObject* sequence, Py_ssize_t& count, const 
                            ReadDict<kTangentMembers, Tangent>);
 }
 
+HostArray<CPolygon> GetCPolygonArray(PyObject* sequence, Py_ssize_t& count, const char* name) {
+  return GetArray<CPolygon>(sequence, count, name, "qlx.CPolygon", ReadValue<CPolygon>);
+}
+
 HostArray<UVWStruct> GetUVWArray(PyObject* sequence, Py_ssize_t& count, const char* name) {
   return GetArray<UVWStruct>(sequence, count, name, "dict('a', 'b', 'c', 'd')",
                              ReadDict<kUVWMembers, UVWStruct>);
@@ -218,6 +217,10 @@ PyObject* MatrixArrayToList(const Matrix* array, Py_ssize_t count) { return Make
 
 PyObject* TangentArrayToList(const Tangent* array, Py_ssize_t count) {
   return MakeList(array, count, MakeDict<kTangentMembers, Tangent>);
+}
+
+PyObject* CPolygonArrayToList(const CPolygon* array, Py_ssize_t count) {
+  return MakeList(array, count, NewCPolygon);
 }
 
 PyObject* UVWArrayToList(const UVWStruct* array, Py_ssize_t count) {

@@ -23,6 +23,11 @@ struct HostFree {
 template <class Element>
 using HostArray = std::unique_ptr<Element[], HostFree>;
 
+struct Unref {
+  void operator()(PyObject* object) const { Py_DECREF(object); }
+};
+using Reference = std::unique_ptr<PyObject, Unref>;
+
 // Each takes at least one item, and no more than the sequence said it has. Null with an exception, which calls
 // the sequence `name`; `count` is the number of elements that were written.
 //
@@ -34,6 +39,7 @@ HostArray<Vector32> GetVector32Array(PyObject* sequence, Py_ssize_t& count, cons
 HostArray<Vector> GetVector64Array(PyObject* sequence, Py_ssize_t& count, const char* name);
 HostArray<Matrix> GetMatrixArray(PyObject* sequence, Py_ssize_t& count, const char* name);
 HostArray<Tangent> GetTangentArray(PyObject* sequence, Py_ssize_t& count, const char* name);
+HostArray<CPolygon> GetCPolygonArray(PyObject* sequence, Py_ssize_t& count, const char* name);
 HostArray<UVWStruct> GetUVWArray(PyObject* sequence, Py_ssize_t& count, const char* name);
 
 // The atoms are alive when it answers true; no Python code may run while they are used.
@@ -47,6 +53,7 @@ PyObject* Vector32ArrayToList(const Vector32* array, Py_ssize_t count);
 PyObject* Vector64ArrayToList(const Vector* array, Py_ssize_t count);
 PyObject* MatrixArrayToList(const Matrix* array, Py_ssize_t count);
 PyObject* TangentArrayToList(const Tangent* array, Py_ssize_t count);
+PyObject* CPolygonArrayToList(const CPolygon* array, Py_ssize_t count);
 PyObject* UVWArrayToList(const UVWStruct* array, Py_ssize_t count);
 
 }  // namespace qlx

@@ -170,6 +170,8 @@ struct KindOf<Matrix> : ValueKind<Matrix> {};
 template <>
 struct KindOf<DescLevel> : ValueKind<DescLevel> {};
 template <>
+struct KindOf<CPolygon> : ValueKind<CPolygon> {};
+template <>
 struct KindOf<DescID> : ValueKind<DescID> {};
 template <>
 struct KindOf<BaseTime> : ValueKind<BaseTime> {

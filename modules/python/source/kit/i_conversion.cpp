@@ -14,6 +14,7 @@
 #include "kit/i_lasting.h"
 #include "kit/i_present.h"
 #include "kit/i_valueletters.h"
+#include "scene/geometry.h"
 #include "scene/scene.h"
 #include "values/values.h"
 
@@ -23,8 +24,8 @@ namespace {
 // By place; null where no wrapper is bound.
 constinit const CustomDataEntry* g_customEntries[std::size(kCustomTypes)] = {};
 
-PyObject* LinkToPython(HostLink link) {
-  auto* atom = static_cast<QLXAtom*>(LookUp(link));
+PyObject* LinkToPython(HostLink link, const BaseDocument* document) {
+  QLXAtom* atom = LookUpIn(link, document);
   return atom ? WrapHostObject(atom, false) : NewNone();
 }
 
@@ -112,6 +113,14 @@ bool LinkFromPython(PyObject* object, GeData& data) {
   return true;
 }
 
+// Only its address: what is read back is a pointer, and no selection.
+bool SelectionFromPython(PyObject* object, GeData& data) {
+  BaseSelect* selection;
+  if (!Present<BaseSelect>::Get(object, selection)) return false;
+  data = GeData::Pointer(selection);
+  return true;
+}
+
 bool FloatFromPython(PyObject* object, GeData& data) {
   const double value = PyFloat_AsDouble(object);
   if (value == -1 && PyErr_Occurred()) return false;
@@ -155,7 +164,14 @@ BaseTime TimeFromPython(PyObject* time) {
   return kelvar::MakeTime(ValueOf<BaseTime>(time).numerator, ValueOf<BaseTime>(time).denominator);
 }
 
-PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
+QLXAtom* LookUpIn(HostLink link, const BaseDocument* document) {
+  auto* atom = static_cast<QLXAtom*>(LookUp(link));
+  if (!atom || !document) return atom;
+  const BaseDocument* own = static_cast<GeListNode*>(atom)->GetDocument();
+  return !own || own == document ? static_cast<QLXAtom*>(LookUp(link)) : nullptr;
+}
+
+PyObject* GeDataToPython(const HostGeData& data, BaseDocument* document) {
   switch (data.type) {
     case HOST_DATA_NONE:
       return NewNone();
@@ -181,7 +197,7 @@ PyObject* GeDataToPython(const HostGeData& data, BaseDocument*) {
     case HOST_DATA_CONTAINER:
       return ContainerToPython(data);
     case HOST_DATA_LINK:
-      return LinkToPython(data.value.link);
+      return LinkToPython(data.value.link, document);
     case HOST_DATA_UUID:
       return UuidToPython(Uuid(data.value.uuid));  // a copy: the conversion runs Python code
     case HOST_CUSTOM_VECTOR4D:
@@ -229,6 +245,7 @@ bool GeDataFromPython(PyObject* object, GeData& data) {
     const CustomDataEntry* entry = fits(kCustomTypes[i]) ? g_customEntries[i] : nullptr;
     if (entry && PyObject_TypeCheck(object, entry->type)) return entry->fromPython(object, data);
   }
+  if (IsBaseSelect(object) && fits(HOST_DATA_POINTER)) return SelectionFromPython(object, data);
   if (fits(HOST_CUSTOM_COLORA)) {
     const Conversion conversion = ColorFromPython(object, data);
     if (conversion != Conversion::kWrongType) return conversion == Conversion::kStored;

@@ -13,9 +13,13 @@
 namespace qlx {
 
 // A new reference, or null with an exception; null alone for custom data of which the host has no value.
-// A link finds its element by itself: no boundary of today looks at the document, which may be null. Containers
-// and custom data are copies: a change of one does not write through.
+// Links are resolved in the document, which may be null. Containers and custom data are copies: a change of one
+// does not write through.
 PyObject* GeDataToPython(const HostGeData& data, BaseDocument* document);
+
+// The element that a link points at, unless it stands in another document; null for the document finds all. The
+// element's own code may run.
+QLXAtom* LookUpIn(HostLink link, const BaseDocument* document);
 
 // Converts by the type that `data` already has: a value without a type takes the object's natural
 // one, a typed one only what fits it. False with an exception; `data` stays then. A null object

@@ -69,6 +69,8 @@ PyObject* RaiseOutOfRange(const char* what) {
 
 PyObject* RaiseOutOfDepth() { return RaiseFormatted(PyExc_IndexError, "index out of depth"); }
 
+PyObject* RaiseWrongValue() { return RaiseFormatted(PyExc_ValueError, "Wrong value for given argument."); }
+
 PyObject* RaiseNotInstantiable() {
   return RaiseFormatted(PyExc_NotImplementedError, "this type cannot be instantiated");
 }
@@ -133,8 +135,12 @@ PyObject* RaiseSameParentAndPrevious() {
                         "Cannot call insert function with same parent and previous objects");
 }
 
-PyObject* RaiseShaderHasNext() {
+PyObject* RaiseHasNext() {
   return RaiseFormatted(PyExc_AssertionError, "Found next objects. Please add them separately.");
+}
+
+PyObject* RaiseNoParticles() {
+  return RaiseFormatted(PyExc_BaseException, "Could not find 'Driftmotes'.");
 }
 
 PyObject* RaiseAttributeIsNo(const char* name) {
@@ -155,6 +161,17 @@ PyObject* RaiseNoUuidModule() {
 }
 
 PyObject* RaiseNullByte() { return RaiseFormatted(PyExc_ValueError, "embedded null byte"); }
+
+PyObject* RaiseFileInUse() {
+  return RaiseFormatted(PyExc_IOError, "call HyperFile.Close() before reusing a HyperFile");
+}
+
+PyObject* RaiseFileNotOpen() { return RaiseFormatted(PyExc_IOError, "hyperfile object is not open yet"); }
+
+PyObject* RaiseNoMemoryBlock(PyObject* object) {
+  return RaiseFormatted(PyExc_TypeError, "must be bytes or bytearray or memoryview, not %.50s",
+                        NameOfType(object));
+}
 
 PyObject* RaiseInvalidLength() { return RaiseFormatted(PyExc_ValueError, "Invalid object length."); }
 

@@ -25,6 +25,7 @@ void ReportLinkedNotAlive(PyTypeObject* type);
 PyObject* RaiseMainThreadOnly();                   // RuntimeError
 PyObject* RaiseOutOfRange(const char* what);       // IndexError
 PyObject* RaiseOutOfDepth();                       // IndexError
+PyObject* RaiseWrongValue();                       // ValueError: an argument outside of a fixed set
 PyObject* RaiseNotInstantiable();                  // NotImplementedError
 int RaiseItemDeletion(PyObject* object);           // TypeError
 PyObject* RaiseIntTooLarge();                      // OverflowError
@@ -43,12 +44,16 @@ PyObject* RaiseInsertOnItself();                   // AssertionError, of nodes
 PyObject* RaiseHeadInsertOnItself();               // AssertionError, of heads
 PyObject* RaiseInsertRefused();                    // AssertionError: there is no place for the node
 PyObject* RaiseSameParentAndPrevious();            // AssertionError
-PyObject* RaiseShaderHasNext();                    // AssertionError
+PyObject* RaiseHasNext();                          // AssertionError: others follow what is inserted
+PyObject* RaiseNoParticles();                      // BaseException
 PyObject* RaiseAttributeIsNo(const char* name);    // TypeError: an argument of another type
 void RaiseNotConvertible(PyObject* object);        // TypeError
 PyObject* RaiseNotPickled(int32_t entryId);        // TypeError
 PyObject* RaiseNoUuidModule();                     // ImportError
 PyObject* RaiseNullByte();                         // ValueError: a path with a null byte
+PyObject* RaiseFileInUse();                        // IOError: it is open already
+PyObject* RaiseFileNotOpen();                      // IOError
+PyObject* RaiseNoMemoryBlock(PyObject* object);    // TypeError
 PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
 PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted
 int RaiseReadOnlyAttribute();                      // AttributeError

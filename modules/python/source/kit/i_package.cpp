@@ -13,7 +13,9 @@
 #include "kit/i_lasting.h"
 #include "plugins/plugins.h"
 #include "scene/documents.h"
+#include "scene/geometry.h"
 #include "scene/scene.h"
+#include "storage/storage.h"
 #include "values/values.h"
 
 namespace qlx {
@@ -48,17 +50,18 @@ struct Module {
 // The tree, in the order in which scripts find it. A type is known by the last part of its name.
 
 const Types kTypes = {
-    &g_DescriptionType,     &g_DescLevelType,      &g_DescIDType,         &g_VectorType,
-    &g_Vector4dType,        &g_MatrixType,         &g_BaseTimeType,       &g_BaseContainerType,
-    &g_QLXAtomType,         &g_CKeyType,           &g_GeListNodeType,     &g_GeListHeadType,
-    &g_BaseList2DType,      &g_BaseMaterialType,   &g_MaterialType,       &g_BaseShaderType,
-    &g_CCurveType,          &g_CTrackType,         &g_BaseTagType,        &g_SelectionTagType,
-    &g_CustomDataTagType,   &g_TextureTagType,     &g_VariableTagType,    &g_SegmentTagType,
-    &g_TangentTagType,      &g_PointTagType,       &g_PolygonTagType,     &g_NormalTagType,
-    &g_UVWTagType,          &g_VertexColorTagType, &g_BaseObjectType,     &g_CameraObjectType,
-    &g_PointObjectType,     &g_PolygonObjectType,  &g_LineObjectType,     &g_SplineObjectType,
-    &g_BaseDrawType,        &g_AliasTransType,     &g_LayerShaderType,    &g_QuaternionType,
-    &g_VoronoiFractureType, &g_LodObjectType,      &g_InstanceObjectType,
+    &g_DescriptionType,    &g_DescLevelType,     &g_DescIDType,          &g_CPolygonType,
+    &g_VectorType,         &g_Vector4dType,      &g_BaseSelectType,      &g_MatrixType,
+    &g_BaseTimeType,       &g_BaseContainerType, &g_QLXAtomType,         &g_CKeyType,
+    &g_GeListNodeType,     &g_GeListHeadType,    &g_BaseList2DType,      &g_BaseMaterialType,
+    &g_MaterialType,       &g_BaseShaderType,    &g_CCurveType,          &g_CTrackType,
+    &g_BaseTagType,        &g_SelectionTagType,  &g_CustomDataTagType,   &g_TextureTagType,
+    &g_VariableTagType,    &g_SegmentTagType,    &g_TangentTagType,      &g_PointTagType,
+    &g_PolygonTagType,     &g_NormalTagType,     &g_UVWTagType,          &g_VertexColorTagType,
+    &g_BaseObjectType,     &g_CameraObjectType,  &g_PointObjectType,     &g_PolygonObjectType,
+    &g_LineObjectType,     &g_SplineObjectType,  &g_BaseDrawType,        &g_AliasTransType,
+    &g_LayerShaderType,    &g_QuaternionType,    &g_VoronoiFractureType, &g_LodObjectType,
+    &g_InstanceObjectType,
 };
 
 const Module kModules[] = {
@@ -67,7 +70,7 @@ const Module kModules[] = {
      "Module for document handling.",
      {&g_BaseDocumentType, &g_RenderDataType, &g_LayerObjectType, &g_BaseVideoPostType},
      g_documentsFunctions},
-    {"storage", "Module for IO operations", {}},
+    {"storage", "Module for IO operations", {&g_HyperFileType}, g_storageFunctions},
     // The text is that of another module; help() of scripts has always shown it.
     {"bitmaps", "Module for color chooser", {&g_BaseBitmapType}},
     {"modules", "The host's specialised modules.", {}},
@@ -95,7 +98,7 @@ const Module kModules[] = {
     {"modules.motiontracker", "Motion tracking.", {&g_MotionTrackerObjectType}},
     {"modules.volume", "Volumes.", {&g_VolumeObjectType, &g_VolumeBuilderType}},
     {"plugins", "Plug-ins: their classes and registration.", {&g_BaseDataType}},
-    {"utils", "Helpers for geometry and modeling.", {}},
+    {"utils", "Helpers for geometry and modeling.", {&g_NeighborType}},
     {"threading", "Threads of the host.", {}},
     {"internals", "What serves the tests of the package.", {}},
 };

@@ -471,20 +471,25 @@ PyMethodDef Function(const char* name, const char* doc) {
 }
 
 // A constructor: the `create` of a type whose instances stand for a new host object, which the
-// script owns. Raises by ReportAllocFailed when the host gives none; an argument "type" ahead of all
-// others is the id of what was wanted.
-template <auto HostMethod, FixedString Format, FixedString... Keywords>
-PyObject* Create(PyTypeObject* type, PyObject* args, PyObject* keywords) {
+// script owns. Raises by ReportAllocFailed when the host gives none; what was wanted has the id `kId`.
+template <auto HostMethod, int32_t kId, FixedString Format, FixedString... Keywords>
+PyObject* CreateKind(PyTypeObject* type, PyObject* args, PyObject* keywords) {
   return Guarded([&]() -> PyObject* {
     using Signature = qlx::Signature<decltype(HostMethod)>;
     Arguments<HostMethod, typename Signature::All, Format, Keywords...> arguments;
     if (!arguments.Parse(args, keywords)) return nullptr;
     auto* host = arguments.Apply([](auto&&... values) { return HostMethod(values...); });
     if (host) return Present<HostOf<decltype(host)>>::Wrap(host, true);
-    int32_t id = 0;
+    int32_t id = kId;
     if constexpr (decltype(arguments)::StartsWithTypeId()) id = std::get<0>(arguments.All()).value;
     return ReportAllocFailed(type, id);
   });
+}
+
+// The same where an argument "type" ahead of all others is that id, or nothing is.
+template <auto HostMethod, FixedString Format, FixedString... Keywords>
+PyObject* Create(PyTypeObject* type, PyObject* args, PyObject* keywords) {
+  return CreateKind<HostMethod, 0, Format, Keywords...>(type, args, keywords);
 }
 
 }  // namespace qlx

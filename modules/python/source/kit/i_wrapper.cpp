@@ -108,4 +108,12 @@ void WaitForCalls() {
   if (IsPythonRunning()) GilScope lock;
 }
 
+constexpr int32_t kNoTurn = -1;
+
+int32_t TakeTurn() { return IsPythonRunning() ? int32_t(TakeLockState()) : kNoTurn; }
+
+void GiveTurn(int32_t turn) {
+  if (turn != kNoTurn && IsPythonRunning()) GiveLockState(turn);
+}
+
 }  // namespace qlx

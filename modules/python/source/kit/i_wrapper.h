@@ -93,6 +93,10 @@ void FreePicture(PyObject* self);
 // that looked one up are over then.
 void WaitForCalls();
 
+// What the host calls around its own work on a scene, in calls that came without the lock.
+int32_t TakeTurn();
+void GiveTurn(int32_t turn);
+
 }  // namespace qlx
 
 #endif

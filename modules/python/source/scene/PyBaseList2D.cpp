@@ -47,7 +47,7 @@ PyObject* GetMain(BaseList2D* self) {
 PyObject* InsertShader(BaseList2D* self, WrapperOf<BaseShader>* shader, BaseShader* pred) {
   BaseShader* host;
   if (!shader->Get(host)) return nullptr;
-  if (host->GetNext()) return RaiseShaderHasNext();
+  if (host->GetNext()) return RaiseHasNext();
   if (!self->InsertShader(host, pred)) return RaiseInsertRefused();
   shader->owned = false;  // the node's
   return NewNone();
@@ -112,8 +112,8 @@ PyObject* GetAnimatedParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
   const HostDescID word = ValueOf<DescID>(id).Word();
   BaseList2D* host = HostOf(&self->ob_base);
   if (!host->GetAnimatedParameter(&word, first.Out(), second.Out(), &mix, flags)) return ToPython(false);
-  PyObject* before = GeDataToPython(*first.Data(), nullptr);
-  PyObject* after = before ? GeDataToPython(*second.Data(), nullptr) : nullptr;
+  PyObject* before = ParameterToPython(self, first);
+  PyObject* after = before ? ParameterToPython(self, second) : nullptr;
   if (after) return Py_BuildValue("(NNd)", before, after, mix);
   Py_XDECREF(before);
   return nullptr;
@@ -234,13 +234,14 @@ PyMethodDef g_methods[] = {
         "FindKeyframeSelection(id) -> bool\n\nWhether the parameter is selected for keyframes."),
     Method<&SetKeyframeSelection, "Ob", "id", "selection">(
         "SetKeyframeSelection",
-        "SetKeyframeSelection(id, selection) -> bool\n\nSelects a parameter for keyframes, or no longer."),
+        "SetKeyframeSelection(id, selection) -> bool\n\n"
+        "Selects a parameter for keyframes, or no longer. False for an id of none."),
     Method<&BaseList2D::KeyframeSelectionContent>(
         "KeyframeSelectionContent",
         "KeyframeSelectionContent() -> bool\n\nWhether any parameter is selected for keyframes."),
     Method<&BaseList2D::ClearKeyframeSelection>(
         "ClearKeyframeSelection", "ClearKeyframeSelection() -> None\n\nSelects no parameter for keyframes."),
-    Method<&BaseList2D::Scale, "r", "scale">("Scale", "Scale(scale) -> None\n\nScales what is a length."),
+    Method<&BaseList2D::Scale, "r", "scale">("Scale", "Scale(scale) -> None\n\nMultiplies what is a length."),
     Method<&BaseList2D::Edit>("Edit", "Edit() -> bool\n\nOpens the object's editor."),
     Method<&BaseList2D::GetInfo>("GetInfo",
                                  "GetInfo() -> int\n\nThe flags with which the type was registered."),

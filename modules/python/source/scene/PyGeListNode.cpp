@@ -168,6 +168,10 @@ PyObject* NodesFrom(AtomWrapper* wrapper, GeListNode* (*getFirst)(QLXAtom* host)
   std::vector<HostLink> links;
   for (GeListNode* node = getFirst(host); node; node = node->GetNext())
     if (!SetLink(node, links.emplace_back())) PyErr_NoMemory();
+  return FillWithLinked(list, links);
+}
+
+PyObject* FillWithLinked(PyObject* list, std::vector<HostLink>& links) {
   for (HostLink& link : links) {
     auto* node = static_cast<QLXAtom*>(LookUp(link));
     PyObject* item = list && node && !PyErr_Occurred() ? WrapHostObject(node, false) : nullptr;

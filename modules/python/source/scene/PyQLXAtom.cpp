@@ -1,12 +1,12 @@
 // qlx.QLXAtom: what all elements of a scene have in common.
 
-#include "kit/i_conversion.h"
 #include "kit/i_row.h"
 #include "kit/i_type.h"
 #include "kit/i_typequeue.h"
 #include "scene/messages.h"
 #include "scene/parameters.h"
 #include "scene/scene.h"
+#include "storage/storage.h"
 
 namespace qlx {
 namespace {
@@ -40,7 +40,7 @@ PyObject* GetParameter(AtomWrapper* self, PyObject* id, int32_t flags) {
     return nullptr;
   GeData data;
   const HostDescID word = read.Word();
-  return host->GetParameter(&word, data.Out(), flags) ? GeDataToPython(*data.Data(), nullptr) : NewNone();
+  return host->GetParameter(&word, data.Out(), flags) ? ParameterToPython(self, data) : NewNone();
 }
 
 PyObject* SetParameter(QLXAtom* self, PyObject* id, const GeData& data, int32_t flags) {
@@ -88,6 +88,32 @@ PyObject* GetUniqueIDIndex(QLXAtom* self, int32_t idx) {
                        PyBytes_FromStringAndSize(static_cast<const char*>(mem), Py_ssize_t(bytes)));
 }
 
+// The element's memory stays while the lock is free; whether it lives still, the host finds out.
+template <class Call>
+PyObject* WithoutLock(QLXAtom* self, Call&& call) {
+  const Pin<QLXAtom> pin(self);
+  if (!pin.held) return PyErr_NoMemory();
+  bool done;
+  {
+    HostBlockingScope blocking;
+    done = call();
+  }
+  return ToPython(done);
+}
+
+PyObject* Read(QLXAtom* self, HyperFileRecord* hf, int32_t id, int32_t level) {
+  return WithoutLock(self, [&] { return self->Read(hf->data, id, level); });
+}
+PyObject* Write(QLXAtom* self, HyperFileRecord* hf) {
+  return WithoutLock(self, [&] { return self->Write(hf->data); });
+}
+PyObject* ReadObject(QLXAtom* self, HyperFileRecord* hf, bool readHeader) {
+  return WithoutLock(self, [&] { return self->ReadObject(hf->data, readHeader); });
+}
+PyObject* WriteObject(QLXAtom* self, HyperFileRecord* hf) {
+  return WithoutLock(self, [&] { return self->WriteObject(hf->data); });
+}
+
 PyMethodDef g_methods[] = {
     Method<&QLXAtom::GetType>("GetType", "GetType() -> int\n\nThe id of the object's type."),
     Method<&QLXAtom::GetRealType>("GetRealType",
@@ -119,6 +145,20 @@ PyMethodDef g_methods[] = {
     Method<&GetClone, "|iO!", "flags", "trn">(
         "GetClone",
         "GetClone(flags=0, trn=None) -> qlx.BaseList2D\n\nA copy, in no list, which is the caller's."),
+    Method<&Read, "O!ii", "hf", "id", "level">(
+        "Read",
+        "Read(hf, id, level) -> bool\n\nReads what Write wrote into an object of the same type, alone or "
+        "behind "
+        "a ReadChunkStart, which told id and level. A False tells its reason by hf.GetError()."),
+    Method<&Write, "O!", "hf">(
+        "Write", "Write(hf) -> bool\n\nWrites the object alone, as a chunk with the type for its id."),
+    Method<&ReadObject, "O!b", "hf", "readheader">(
+        "ReadObject",
+        "ReadObject(hf, readheader) -> bool\n\nReads what WriteObject wrote, in place of what the object, of "
+        "the "
+        "same type, had. With readheader False a ReadChunkStart has told the type already."),
+    Method<&WriteObject, "O!", "hf">(
+        "WriteObject", "WriteObject(hf) -> bool\n\nWrites the object with all below it and in its branches."),
     Method<Row<Gives>, &QLXAtom::GetDescription, "i", "flags">(
         "GetDescription",
         "GetDescription(flags) -> qlx.Description or None\n\nThe description of the parameters as it is now."),

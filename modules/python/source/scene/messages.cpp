@@ -10,6 +10,7 @@
 #include "kelvar.framework/source/tables/t_messages.h"
 #include "kit/i_collections.h"
 #include "kit/i_row.h"
+#include "scene/geometry.h"
 
 namespace qlx {
 namespace {
@@ -257,6 +258,21 @@ void Exchange(Items& items, CustomIcon& message) {
   items.Out("h", icon.h);
 }
 
+struct SelectionAnswer : HostSelectionAnswer {
+  ~SelectionAnswer() {
+    if (sel) sel->Free();
+  }
+};
+
+void Exchange(Items& items, SelectionAnswer& message) {
+  if (!items.IsAt(Items::kWrite)) return;
+  BaseSelect* sel = std::exchange(message.sel, nullptr);
+  PyObject* wrapper = sel ? Present<BaseSelect>::Wrap(sel, true) : NewNone();  // the script's
+  if (!wrapper) return items.Fail();
+  items.Out("sel", wrapper);
+  Py_DECREF(wrapper);
+}
+
 void Exchange(Items& items, HostObjectAnswer& message) { items.Out("res", message.object); }
 
 void Exchange(Items& items, HostManagerCommand& message) {
@@ -417,8 +433,9 @@ PyObject* Send(const Call& call, PyObject* data) {
       return SendItems<HostTakeOverride>(call, data);
     case HOST_MSG_WEIGHTS:
       return SendItems<HostWeights>(call, data);
-    case 1021339:  // what these answer has no Python type
-    case 1041699:
+    case HOST_MSG_GET_SELECTION:
+      return SendItems<SelectionAnswer>(call, data);
+    case 1041699:  // what it answers has no Python type
       return ToPython(false);
     default:
       return SendAny(call, data);

@@ -224,7 +224,7 @@ PyObject* GetParameterItem(PyObject* self, PyObject* key) {
     GeData data;
     if (!ResolveAtom(wrapper, host) || !ReadDescID(key, "GeListNode_mp_subscript", id)) return nullptr;
     if (!Complete(wrapper, id, data)) return ResolveAtom(wrapper, host) ? RaiseParameterAccess() : nullptr;
-    return GeDataToPython(*data.Data(), nullptr);
+    return ParameterToPython(wrapper, data);
   });
 }
 
@@ -249,6 +249,12 @@ int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
     return PyErr_Occurred() ? nullptr : RaiseParameterSet();
   });
   return done ? 0 : -1;
+}
+
+PyObject* ParameterToPython(AtomWrapper* wrapper, const GeData& data) {
+  // Only links want the document, which costs a walk.
+  auto* host = data.Type() == HOST_DATA_LINK ? static_cast<GeListNode*>(LookUp(wrapper->link)) : nullptr;
+  return GeDataToPython(*data.Data(), host ? host->GetDocument() : nullptr);
 }
 
 }  // namespace qlx

@@ -22,6 +22,9 @@ bool ReadDescID(PyObject* key, const char* function, DescID& id);
 PyObject* GetParameterItem(PyObject* self, PyObject* key);
 int SetParameterItem(PyObject* self, PyObject* key, PyObject* value);
 
+// A value that was read from the element; a new reference or null with an exception.
+PyObject* ParameterToPython(AtomWrapper* wrapper, const GeData& data);
+
 // Sets a parameter as the host wants it: a text becomes a file name where the parameter is one.
 bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32_t flags);
 

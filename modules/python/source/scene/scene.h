@@ -4,6 +4,8 @@
 
 #include <Python.h>
 
+#include <vector>
+
 #include "kelvar/aliastrans.h"
 #include "kelvar/description.h"
 #include "kelvar/document.h"
@@ -151,6 +153,10 @@ template <>
 struct RecordType<AliasTransRecord> : TypeIs<g_AliasTransType> {};
 
 inline AliasTrans* AliasTransOf(AliasTransRecord* record) { return record ? record->data : nullptr; }
+
+// Fills a list with wrappers of what the links point at, and takes both over; what has gone is left out. Null
+// with an exception, also for no list.
+PyObject* FillWithLinked(PyObject* list, std::vector<HostLink>& links);
 
 // A list of the wrappers of what `getFirst` answers for the wrapper's element, and of what follows that; null
 // with an exception.

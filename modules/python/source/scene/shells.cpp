@@ -15,10 +15,8 @@ PyTypeObject Shell(const char* name, const char* doc, PyTypeObject& base, newfun
   return MakeType<AtomWrapper>({.name = name, .doc = doc, .base = &base, .create = create, .destroy = destroy});
 }
 
-constexpr int32_t kDocument = 110059;
 constexpr int32_t kMaterial = 5703;
 
-BaseDocument* AllocDocument() { return static_cast<BaseDocument*>(BaseList2D::Alloc(kDocument)); }
 BaseMaterial* AllocMaterial() { return BaseMaterial::Alloc(kMaterial); }
 
 PyObject* ConstructTrack(PyTypeObject* type, PyObject* args, PyObject* keywords) {
@@ -37,8 +35,6 @@ PyObject* ConstructTrack(PyTypeObject* type, PyObject* args, PyObject* keywords)
 
 }  // namespace
 
-PyTypeObject g_BaseDocumentType = Shell("qlx.documents.BaseDocument", "A document: a scene and its settings.",
-                                        g_BaseList2DType, Create<&AllocDocument, "">);
 PyTypeObject g_LayerObjectType = Shell("qlx.documents.LayerObject", "A layer of a document.", g_BaseList2DType);
 PyTypeObject g_RenderDataType =
     Shell("qlx.documents.RenderData", "The settings of a rendering.", g_BaseList2DType);
@@ -81,12 +77,6 @@ PyTypeObject g_BaseOverrideType =
 PyTypeObject g_BaseOverrideGroupType = Shell("qlx.modules.takesystem.BaseOverrideGroup",
                                              "A group of objects that a take changes.", g_BaseList2DType);
 
-PyTypeObject g_BaseObjectType =
-    Shell("qlx.BaseObject", "Object base class.", g_BaseList2DType, Create<&BaseObject::Alloc, "i", "type">);
-PyTypeObject g_PointObjectType = Shell("qlx.PointObject", "An object with points.", g_BaseObjectType);
-PyTypeObject g_PolygonObjectType = Shell("qlx.PolygonObject", "An object with polygons.", g_PointObjectType);
-PyTypeObject g_SplineObjectType = Shell("qlx.SplineObject", "A spline.", g_PointObjectType);
-PyTypeObject g_LineObjectType = Shell("qlx.LineObject", "An object with lines.", g_PointObjectType);
 PyTypeObject g_CameraObjectType = Shell("qlx.CameraObject", "A camera.", g_BaseObjectType);
 PyTypeObject g_InstanceObjectType =
     Shell("qlx.InstanceObject", "An object that shows another one.", g_BaseObjectType);
@@ -137,7 +127,6 @@ PyTypeObject g_SculptTagType =
 namespace {
 
 const TypeQueueEntry g_entries[] = {
-    TypeQueueEntry(g_BaseDocumentType),
     TypeQueueEntry(g_LayerObjectType),
     TypeQueueEntry(g_RenderDataType),
     TypeQueueEntry(g_BaseVideoPostType),
@@ -162,11 +151,6 @@ const TypeQueueEntry g_entries[] = {
     TypeQueueEntry(g_BaseTakeType),
     TypeQueueEntry(g_BaseOverrideType),
     TypeQueueEntry(g_BaseOverrideGroupType),
-    TypeQueueEntry(g_BaseObjectType),
-    TypeQueueEntry(g_PointObjectType),
-    TypeQueueEntry(g_PolygonObjectType),
-    TypeQueueEntry(g_SplineObjectType),
-    TypeQueueEntry(g_LineObjectType),
     TypeQueueEntry(g_CameraObjectType),
     TypeQueueEntry(g_InstanceObjectType),
     TypeQueueEntry(g_FieldObjectType),

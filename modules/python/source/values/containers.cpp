@@ -105,16 +105,19 @@ PyObject* GetContainer(BaseContainer* self, int32_t id) {
   return container ? NewContainerCopy(*container) : NewNone();
 }
 
-BaseList2D* GetLink(BaseContainer* self, int32_t id, BaseList2D*, int32_t isInstanceOf) {
+BaseList2D* GetLink(BaseContainer* self, int32_t id, BaseDocument* document, int32_t isInstanceOf) {
   const HostGeData* data = Find(self, id, HOST_DATA_LINK);
-  auto* linked = data ? static_cast<BaseList2D*>(LookUp(data->value.link)) : nullptr;
-  return linked && (isInstanceOf == 0 || linked->IsInstanceOf(isInstanceOf)) ? linked : nullptr;
+  if (!data) return nullptr;
+  const HostLink link = data->value.link;  // the element's own code may change the container
+  const QLXAtom* linked = LookUpIn(link, document);
+  if (!linked || (isInstanceOf != 0 && !linked->IsInstanceOf(isInstanceOf))) return nullptr;
+  return static_cast<BaseList2D*>(LookUp(link));
 }
 
-BaseList2D* GetObjectLink(BaseContainer* self, int32_t id, BaseList2D* document) {
+BaseList2D* GetObjectLink(BaseContainer* self, int32_t id, BaseDocument* document) {
   return GetLink(self, id, document, kObject);
 }
-BaseList2D* GetMaterialLink(BaseContainer* self, int32_t id, BaseList2D* document) {
+BaseList2D* GetMaterialLink(BaseContainer* self, int32_t id, BaseDocument* document) {
   return GetLink(self, id, document, kMaterial);
 }
 

@@ -51,9 +51,9 @@ PyObject* GetContainer(BaseContainer* self, int32_t id);
 // A pointer is a PyCapsule, without a name on the way out.
 PyObject* GetVoid(BaseContainer* self, int32_t id, CapsuleRecord* preset);
 // Null when the entry links nothing that lives, or nothing of the type `isInstanceOf`, where that isn't 0.
-BaseList2D* GetLink(BaseContainer* self, int32_t id, BaseList2D* document, int32_t isInstanceOf);
-BaseList2D* GetObjectLink(BaseContainer* self, int32_t id, BaseList2D* document);
-BaseList2D* GetMaterialLink(BaseContainer* self, int32_t id, BaseList2D* document);
+BaseList2D* GetLink(BaseContainer* self, int32_t id, BaseDocument* document, int32_t isInstanceOf);
+BaseList2D* GetObjectLink(BaseContainer* self, int32_t id, BaseDocument* document);
+BaseList2D* GetMaterialLink(BaseContainer* self, int32_t id, BaseDocument* document);
 PyObject* GetCustomDataType(BaseContainer* self, int32_t id);
 
 // A new reference in each; null with an exception.

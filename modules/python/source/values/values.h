@@ -124,16 +124,19 @@ struct Present<BaseContainer> {
   static PyObject* WrapPart(BaseContainer* host, PyObject* owner);
 };
 
-// The address of a parameter, its levels, and times.
+// The address of a parameter, its levels, times, and polygons.
 
 extern PyTypeObject g_DescLevelType;
 extern PyTypeObject g_DescIDType;
 extern PyTypeObject g_BaseTimeType;
+extern PyTypeObject g_CPolygonType;
 
 template <>
 struct Present<DescLevel> : PresentValue<DescLevel, g_DescLevelType> {};
 template <>
 struct Present<BaseTime> : PresentValue<BaseTime, g_BaseTimeType> {};
+template <>
+struct Present<CPolygon> : PresentValue<CPolygon, g_CPolygonType> {};
 
 // An id may own memory: it is made and ended in place.
 template <>
@@ -148,11 +151,13 @@ inline bool IsBaseTime(PyObject* object) { return Present<BaseTime>::Is(object);
 
 inline PyObject* NewDescLevel(const DescLevel& value) { return Present<DescLevel>::Wrap(value); }
 inline PyObject* NewDescID(const DescID& value) { return Present<DescID>::Wrap(value); }
+inline PyObject* NewCPolygon(const CPolygon& value) { return Present<CPolygon>::Wrap(value); }
 inline PyObject* NewBaseTime(const BaseTime& value) { return Present<BaseTime>::Wrap(value); }
 
 // Arguments by the letter "O!".
 using DescLevelRecord = ValueRecord<DescLevel>;
 using DescIDRecord = ValueRecord<DescID>;
+using CPolygonRecord = ValueRecord<CPolygon>;
 
 template <>
 struct RecordType<DescLevelRecord> {
@@ -161,6 +166,10 @@ struct RecordType<DescLevelRecord> {
 template <>
 struct RecordType<DescIDRecord> {
   static PyTypeObject& Get() { return g_DescIDType; }
+};
+template <>
+struct RecordType<CPolygonRecord> {
+  static PyTypeObject& Get() { return g_CPolygonType; }
 };
 
 // What `__format__` answers: `made` by the spec, and the text of an object by it. The first takes `made` over,

@@ -1,0 +1,157 @@
+// What a document holds.
+
+#include <fmt/format.h>
+
+#include <set>
+#include <string>
+
+#include "boundary/host.h"
+#include "documents/documents.h"
+
+namespace host {
+namespace {
+
+// In words of GetEditorMode and GetRenderMode.
+constexpr int32_t kHidden = 1, kAsParent = 2;
+
+bool IsShown(const BaseObject* object, bool inEditor) {
+  for (; object; object = As<BaseObject>(object->up)) {
+    const int32_t mode = inEditor ? object::GetEditorMode(object) : object::GetRenderMode(object);
+    if (mode != kAsParent) return mode != kHidden;
+  }
+  return true;
+}
+
+template <class Element>
+Element* FindNamed(GeListHead* head, std::string_view name) {
+  Element* found = nullptr;
+  const auto look = [&](GeListNode& node) {
+    auto* element = found ? nullptr : As<Element>(&node);
+    if (element && std::string_view(element->name) == name) found = element;
+  };
+  if (head) Walk(*head, look, true, false);
+  return found;
+}
+
+// A name that no other element of the list has: a number is put behind it.
+void MakeNameUnique(BaseList2D& element, GeListHead& head) {
+  std::set<std::string, std::less<>> others;
+  const auto note = [&](GeListNode& node) {
+    if (&node != &element && !IsHead(node)) others.emplace(static_cast<BaseList2D&>(node).name);
+  };
+  Walk(head, note, true, false);
+  const std::string name(element.name);
+  std::string unique = name;
+  for (int i = 1; others.contains(unique); ++i) unique = fmt::format("{}.{}", name, i);
+  if (unique == name) return;
+  element.name = Text(unique);
+  Touch(element, DIRTYFLAGS_DATA);
+}
+
+HostBool InsertInto(BaseDocument* document, int32_t branch, BaseList2D* element, BaseList2D* parent,
+                    BaseList2D* pred, bool checkName) {
+  GeListHead* head = As<BaseDocument>(document) ? Branch(*document, branch) : nullptr;
+  if (!head || !element || element->kind != head->kind) return 0;
+  if (!listhead::Insert(head, element, parent, pred)) return 0;
+  if (checkName) MakeNameUnique(*element, *head);
+  return 1;
+}
+
+// The elements that hold pictures.
+bool IsPainted(const QLXAtom& atom) { return atom.kind == Kind::kMaterial || atom.kind == Kind::kShader; }
+
+void AddPictures(GeListNode& root, std::set<std::string>& known, BaseContainer& files) {
+  Walk(root, [&](GeListNode& node) {
+    if (IsHead(node) || !IsPainted(node)) return;
+    const BaseContainer& data = static_cast<BaseList2D&>(node).data;
+    for (int32_t i = 0; i < container::GetCount(&data); ++i) {
+      const HostGeData* value = container::GetIndexData(&data, i);
+      if (!value || value->type != HOST_DATA_FILENAME) continue;
+      const std::string_view path = View(&value->value.filename);
+      if (!path.empty() && known.emplace(path).second)
+        container::SetData(&files, container::GetCount(&files), value);
+    }
+  });
+}
+
+}  // namespace
+
+bool IsIn(const GeListNode& node, const BaseDocument& document, int32_t branch) {
+  const GeListHead* head = HeadOf(node);
+  return head && head == FindBranch(document, branch);
+}
+
+}  // namespace host
+
+namespace host::document {
+
+BaseObject* GetFirstObject(const BaseDocument* self) { return FirstIn<BaseObject>(self, kTypeObject); }
+
+BaseMaterial* GetFirstMaterial(const BaseDocument* self) { return FirstIn<BaseMaterial>(self, kTypeMaterial); }
+
+BaseList2D* GetFirstRenderData(const BaseDocument* self) { return FirstIn<BaseList2D>(self, kTypeRenderData); }
+
+HostBool InsertObject(BaseDocument* self, BaseObject* op, BaseObject* parent, BaseObject* pred,
+                      HostBool checknames) {
+  return InsertInto(self, kTypeObject, op, parent, pred, checknames);
+}
+
+HostBool InsertMaterial(BaseDocument* self, BaseMaterial* mat, BaseMaterial* pred, HostBool checknames) {
+  return InsertInto(self, kTypeMaterial, mat, nullptr, pred, checknames);
+}
+
+HostBool InsertRenderData(BaseDocument* self, BaseList2D* rd, BaseList2D* parent, BaseList2D* pred) {
+  return InsertInto(self, kTypeRenderData, rd, parent, pred, false);
+}
+
+HostBool InsertRenderDataLast(BaseDocument* self, BaseList2D* rd) {
+  GeListHead* head = As<BaseDocument>(self) ? Branch(*self, kTypeRenderData) : nullptr;
+  if (!head || !rd || rd->kind != Kind::kRenderData) return 0;
+  return listhead::InsertLast(head, rd);
+}
+
+// The code of what ends may destroy the document, or fill it anew.
+void Flush(BaseDocument* self) {
+  if (!As<BaseDocument>(self)) return;
+  const Hold hold(*self);
+  for (const int32_t branch : {kTypeObject, kTypeMaterial, kTypeLayer, kTypeRenderData})
+    if (GeListHead* head = hold.IsAlive() ? FindBranch(*self, branch) : nullptr) listhead::FlushAll(head);
+}
+
+BaseObject* GetHighest(const BaseDocument* self, int32_t type, HostBool editor) {
+  if (!As<BaseDocument>(self)) return nullptr;
+  BaseObject* found = nullptr;
+  WalkObjects(*self, [&](BaseObject& object) {
+    if (found || !NodeTypes::Derives(object.type, type)) return;
+    if (object::GetDeformMode(&object) && IsShown(&object, editor)) found = &object;
+  });
+  return found;
+}
+
+BaseMaterial* SearchMaterial(const BaseDocument* self, const HostString* name) {
+  return As<BaseDocument>(self) ? FindNamed<BaseMaterial>(FindBranch(*self, kTypeMaterial), View(name))
+                                : nullptr;
+}
+
+BaseObject* SearchObject(const BaseDocument* self, const HostString* name) {
+  return As<BaseDocument>(self) ? FindNamed<BaseObject>(FindBranch(*self, kTypeObject), View(name)) : nullptr;
+}
+
+BaseContainer* GetAllTextures(const BaseDocument* self, HostBool /*isNet*/, const AtomArray* nodes) {
+  if (!As<BaseDocument>(self)) return nullptr;
+  auto files = std::make_unique<BaseContainer>();
+  std::set<std::string> known;
+  if (!nodes) {
+    AddPictures(const_cast<BaseDocument&>(*self), known, *files);
+  } else {
+    for (int32_t i = 0; i < atomarray::GetCount(nodes); ++i)
+      if (auto* node = As<GeListNode>(atomarray::GetIndex(nodes, i))) AddPictures(*node, known, *files);
+  }
+  return files.release();
+}
+
+GeListHead* GetLayerObjectRoot(BaseDocument* self) {
+  return As<BaseDocument>(self) ? Branch(*self, kTypeLayer) : nullptr;
+}
+
+}  // namespace host::document

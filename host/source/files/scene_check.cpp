@@ -1,0 +1,133 @@
+#include "files/scene_check.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <span>
+
+namespace host {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr uint64_t kLargestFile = uint64_t(2) << 30;
+constexpr uint64_t kMostCorners = 200'000'000;  // of all objects together
+constexpr size_t kDeepest = 1000;               // node below node
+
+[[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
+
+std::string Supported() {
+  std::string all;
+  for (const SceneFormat& format : SceneFormats())
+    all += fmt::format("{}.{}", all.empty() ? "" : ", ", format.extension);
+  return all;
+}
+
+uint32_t NumberAt(std::string_view bytes, size_t at) {
+  uint32_t number;
+  std::memcpy(&number, bytes.data() + at, sizeof number);
+  return number;
+}
+
+// Whether a file with these first bytes, of that size, may be of the format. Text is told by what is in no
+// text.
+bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
+  const bool isText = head.find('\0') == head.npos;
+  if (extension == "glb") return head.size() >= 20 && head.starts_with("glTF") && NumberAt(head, 8) <= size;
+  if (extension == "3ds") {
+    if (head.size() < 6) return false;
+    const uint32_t length = NumberAt(head, 2);
+    return head.starts_with("MM") && length >= 6 && length <= size;
+  }
+  if (extension == "fbx") return head.starts_with("Kaydara FBX Binary  ") || isText;
+  if (extension == "ply") return head.starts_with("ply");
+  if (extension == "stl") {
+    if (isText) return head.find("solid") != head.npos;
+    return size >= 84 && head.size() >= 84 && 84 + uint64_t(50) * NumberAt(head, 80) <= size;
+  }
+  if (extension == "gltf" || extension == "dae")
+    return isText && head.find(extension == "dae" ? '<' : '{') != head.npos;
+  return isText;
+}
+
+bool IsFinite(const Vector32& vector) {
+  return std::isfinite(vector.x) && std::isfinite(vector.y) && std::isfinite(vector.z);
+}
+
+bool IsFinite(const Matrix32& matrix) {
+  const auto& numbers = reinterpret_cast<const float(&)[12]>(matrix);
+  return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
+}
+
+void CheckMesh(const FileMesh& mesh, size_t materials) {
+  const size_t points = mesh.points.size();
+  for (const size_t count : {mesh.normals.size(), mesh.uvw.size(), mesh.colors.size()})
+    if (count != 0 && count != points)
+      Refuse("a mesh lacks normals, colours or texture coordinates for some points");
+  if (mesh.material < -1 || mesh.material >= int64_t(materials))
+    Refuse("a mesh has a material that is not there");
+  if (!std::ranges::all_of(mesh.points, [](const Vector32& point) { return IsFinite(point); }))
+    Refuse(fmt::format("the mesh '{}' has a point at a place that is no number", mesh.name));
+  if (!std::ranges::all_of(mesh.corners, [&](uint32_t corner) { return corner < points; }))
+    Refuse(fmt::format("the mesh '{}' has a face with a corner that is no point", mesh.name));
+  uint64_t corners = 0;
+  for (const uint32_t size : mesh.sizes) corners += size;
+  if (mesh.sizes.empty() ? mesh.corners.size() % 3 != 0 : corners != mesh.corners.size())
+    Refuse(fmt::format("the mesh '{}' has faces without corners", mesh.name));
+}
+
+}  // namespace
+
+const SceneFormat& CheckFile(const fs::path& file) {
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  if (status.type() == fs::file_type::not_found) Refuse("there is no such file");
+  if (error) Refuse(error.message());
+  if (!fs::is_regular_file(status)) Refuse("it is no file");
+  const SceneFormat* format = FindFormat(file.extension().native());
+  if (!format || !format->imports) Refuse(fmt::format("its format is not known; these are: {}", Supported()));
+  const uint64_t size = fs::file_size(file, error);
+  if (error) Refuse(error.message());
+  if (size == 0) Refuse("it is empty");
+  if (size > kLargestFile) Refuse("it is larger than 2 GiB");
+  std::string head(4096, '\0');
+  std::ifstream stream(file, std::ios::binary);
+  stream.read(head.data(), std::streamsize(head.size()));
+  if (!stream.is_open() || stream.bad()) Refuse("it can't be read");
+  head.resize(size_t(stream.gcount()));
+  if (!Begins(format->extension, head, size)) Refuse(fmt::format("it is no whole .{} file", format->extension));
+  return *format;
+}
+
+void CheckScene(const FileScene& scene) {
+  for (const FileMaterial& material : scene.materials)
+    if (material.textures.size() != kTextureSlots || material.embedded.size() != kTextureSlots)
+      Refuse("a material is damaged");
+  for (const FileMesh& mesh : scene.meshes) CheckMesh(mesh, scene.materials.size());
+  uint64_t corners = 0;
+  std::vector<uint32_t> depths;
+  depths.reserve(scene.nodes.size());
+  for (const FileNode& node : scene.nodes) {
+    if (node.parent < -1 || node.parent >= int64_t(depths.size())) Refuse("its hierarchy is damaged");
+    depths.push_back(node.parent < 0 ? 1 : depths[size_t(node.parent)] + 1);
+    if (depths.back() > kDeepest) Refuse("its hierarchy is too deep");
+    if (!IsFinite(node.matrix)) Refuse(fmt::format("'{}' stands at a place that is no number", node.name));
+    for (const int32_t mesh : node.meshes) {
+      if (mesh < 0 || mesh >= int64_t(scene.meshes.size()))
+        Refuse(fmt::format("'{}' has a mesh that is not there", node.name));
+      corners += scene.meshes[size_t(mesh)].corners.size() + scene.meshes[size_t(mesh)].points.size();
+    }
+    if (corners > kMostCorners) Refuse("its objects are too large");
+  }
+  const auto checkView = [&](int32_t node, const FileView& view) {
+    if (node < 0 || node >= int64_t(scene.nodes.size())) Refuse("a camera or a light stands nowhere");
+    if (!IsFinite(view.position) || !IsFinite(view.direction) || !IsFinite(view.up))
+      Refuse("a camera or a light stands at a place that is no number");
+  };
+  for (const FileCamera& camera : scene.cameras) checkView(camera.node, camera.view);
+  for (const FileLight& light : scene.lights) checkView(light.node, light.view);
+}
+
+}  // namespace host

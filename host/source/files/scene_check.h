@@ -1,0 +1,20 @@
+// What is looked at ahead of a file's reader, and what behind it.
+#ifndef HOST_FILES_SCENE_CHECK_H
+#define HOST_FILES_SCENE_CHECK_H
+
+#include "files/scene_data.h"
+#include "files/scene_files.h"
+
+namespace host {
+
+// The format of a file that is there, is a regular one, is neither empty nor too large, and begins as its
+// extension says. Throws std::runtime_error with the reason.
+const SceneFormat& CheckFile(const std::filesystem::path& file);
+
+// After it no number in the scene is out of range, each that places something is finite, and the objects of its
+// nodes are no larger than is allowed. Throws std::runtime_error with the reason.
+void CheckScene(const FileScene& scene);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,323 @@
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <unordered_map>
+
+#include "boundary/host.h"
+#include "evaluate/evaluate.h"
+#include "files/scene_ids.h"
+#include "files/scene_mesh.h"
+#include "files/scene_worker.h"
+#include "kelvar/matrix.h"
+#include "scene/kinds.h"
+#include "scene/tree.h"
+#include "scene/links.h"
+
+namespace host {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr int32_t kSeconds = 600;  // of work of the writer, and one more for each MiB
+
+[[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
+[[noreturn]] void RefuseSystem(int error) { Refuse(std::strerror(error)); }
+
+Matrix32 MatrixOf(const Matrix& m) {
+  const auto finite = [](const Vector& v) { return std::isfinite(float(v.x + v.y + v.z)); };
+  if (!finite(m.off) || !finite(m.v1) || !finite(m.v2) || !finite(m.v3))
+    Refuse("an object stands at a place that no file can hold");
+  const auto mirrored = [](const Vector& v, float(&to)[3]) {
+    to[0] = float(v.x), to[1] = float(v.y), to[2] = float(Mirrored(v.z));
+  };
+  Matrix32 made;
+  mirrored(m.off, made.off);
+  mirrored(m.v1, made.v1);
+  mirrored(m.v2, made.v2);
+  mirrored({Mirrored(m.v3.x), Mirrored(m.v3.y), Mirrored(m.v3.z)}, made.v3);
+  return made;
+}
+
+// What an element says for a parameter.
+double NumberOf(const BaseList2D& element, int32_t parameter, double otherwise = 0) {
+  const HostGeData* value = container::FindData(&element.data, parameter);
+  if (!value) return otherwise;
+  if (value->type == HOST_DATA_FLOAT) return value->value.real;
+  return value->type == HOST_DATA_INT32 || value->type == HOST_DATA_INT64 ? double(value->value.integer)
+                                                                          : otherwise;
+}
+
+Vector32 ColorOf(const BaseList2D& element, int32_t parameter) {
+  const HostGeData* value = container::FindData(&element.data, parameter);
+  if (!value || value->type != HOST_DATA_VECTOR) return {};
+  const Vector& color = value->value.vector;
+  return {float(color.x), float(color.y), float(color.z)};
+}
+
+template <class Node>
+const Node* LinkedOf(const BaseList2D& element, int32_t parameter) {
+  const HostGeData* value = container::FindData(&element.data, parameter);
+  if (!value || value->type != HOST_DATA_LINK) return nullptr;
+  return dynamic_cast<const Node*>(static_cast<Linkable*>(link::GetLink(value->value.link)));
+}
+
+// A name as a line of a text file can have it.
+std::string LineOf(std::string_view name) {
+  std::string line(name);
+  std::ranges::replace_if(
+      line, [](char c) { return uint8_t(c) < ' ' || c == 127; }, '_');
+  return line;
+}
+
+class Builder {
+ public:
+  Builder(const SceneFormat& format, const fs::path& folder) : format_(format), folder_(folder) {
+    const std::string_view extension = format.extension;
+    style_.triangles = extension == "glb" || extension == "stl";
+    style_.normals = extension == "obj";
+  }
+
+  FileScene Build(const BaseDocument& document) {
+    const GeListHead* materials = FindBranch(document, kTypeMaterial);
+    for (const GeListNode* node = materials ? materials->down : nullptr; node; node = node->next) {
+      if (node->type.id != id::kMaterial) continue;
+      numbers_.emplace(node, int32_t(scene_.materials.size()));
+      AddMaterial(static_cast<const BaseMaterial&>(*node));
+    }
+    struct Pending {
+      const GeListNode* node;
+      int32_t parent;
+      const BaseObject* textured;  // the nearest above that has a texture
+    };
+    std::vector<Pending> pending;
+    const GeListHead* objects = FindBranch(document, kTypeObject);
+    if (objects && objects->down) pending.push_back({objects->down, -1, nullptr});
+    while (!pending.empty()) {
+      const auto [node, parent, above] = pending.back();
+      pending.pop_back();
+      if (node->next) pending.push_back({node->next, parent, above});
+      const auto& object = static_cast<const BaseObject&>(*node);
+      const BaseObject* textured = HasTexture(object) ? &object : above;
+      const auto number = int32_t(scene_.nodes.size());
+      AddNode(object, parent, textured);
+      if (object.down) pending.push_back({object.down, number, textured});
+    }
+    if (!std::strcmp(format_.extension, "ply")) Even();
+    return std::move(scene_);
+  }
+
+ private:
+  // A file of one mesh has what any of them has.
+  void Even() {
+    const auto fill = [&](auto member) {
+      const auto has = [&](const FileMesh& mesh) { return !(mesh.*member).empty(); };
+      if (std::ranges::any_of(scene_.meshes, has))
+        for (FileMesh& mesh : scene_.meshes) (mesh.*member).resize(mesh.points.size());
+    };
+    fill(&FileMesh::normals);
+    fill(&FileMesh::uvw);
+    fill(&FileMesh::colors);
+  }
+
+  void AddNode(const BaseObject& object, int32_t parent, const BaseObject* textured) {
+    const auto number = int32_t(scene_.nodes.size());
+    FileNode& node = scene_.nodes.emplace_back();
+    node.parent = parent;
+    node.name = UniqueName(LineOf(object.name));
+    node.matrix = MatrixOf(object.place.Local());
+    if (object.type.id == id::kCamera) {
+      const double aperture = std::max(1.0, NumberOf(object, id::kCameraSensor, id::kAperture));
+      const double focus = std::max(1.0, NumberOf(object, id::kCameraFocus, id::kAperture));
+      scene_.cameras.push_back({.node = number,
+                                .angle = float(2 * std::atan(aperture / 2 / focus)),
+                                .nearest = float(std::max(0.001, NumberOf(object, id::kCameraNear, 0.1))),
+                                .farthest = float(NumberOf(object, id::kCameraFar, 10000))});
+    } else if (object.type.id == id::kLight) {
+      const Vector32 color = ColorOf(object, id::kLightColor);
+      const auto brightness = float(NumberOf(object, id::kLightBrightness, 1));
+      scene_.lights.push_back({.node = number,
+                               .type = int32_t(NumberOf(object, id::kLightType)),
+                               .color = {color.x * brightness, color.y * brightness, color.z * brightness},
+                               .inner = float(NumberOf(object, id::kLightInner)),
+                               .outer = float(NumberOf(object, id::kLightOuter))});
+    } else if (const auto* polygons = As<PolygonObject>(&object)) {
+      std::vector<int32_t> materials;
+      if (textured) materials = MaterialsOf(*polygons, *textured);
+      for (FileMesh& mesh : MakeMeshes(*polygons, materials, style_)) {
+        mesh.name = node.name;
+        node.meshes.push_back(int32_t(scene_.meshes.size()));
+        scene_.meshes.push_back(std::move(mesh));
+      }
+    }
+  }
+
+  // In files names are what tells objects apart.
+  std::string UniqueName(const std::string& name) {
+    std::string unique = name;
+    int& next = copies_[name];
+    while (!names_.insert(unique).second) unique = fmt::format("{}.{}", name, ++next);
+    return unique;
+  }
+
+  static bool HasTexture(const BaseObject& object) {
+    const GeListHead* tags = FindBranch(object, kTypeTag);
+    for (const GeListNode* tag = tags ? tags->down : nullptr; tag; tag = tag->next)
+      if (tag->type.id == id::kTexture) return true;
+    return false;
+  }
+
+  static const BaseSelect* FindSelection(const BaseObject& object, std::string_view name) {
+    const GeListHead* tags = FindBranch(object, kTypeTag);
+    for (const GeListNode* tag = tags ? tags->down : nullptr; tag; tag = tag->next)
+      if (tag->type.id == id::kPolygonSelection)
+        if (const auto* selection = As<SelectionTag>(tag); selection && selection->name == name)
+          return &selection->selection;
+    return nullptr;
+  }
+
+  // Of each polygon; a later tag lies above an earlier one.
+  std::vector<int32_t> MaterialsOf(const PolygonObject& object, const BaseObject& textured) const {
+    const int32_t count = object.polygons.Count();
+    std::vector<int32_t> materials(size_t(count), -1);
+    for (const GeListNode* node = FindBranch(textured, kTypeTag)->down; node; node = node->next) {
+      if (node->type.id != id::kTexture) continue;
+      const auto& tag = static_cast<const BaseTag&>(*node);
+      const auto material = numbers_.find(LinkedOf<GeListNode>(tag, id::kTextureMaterial));
+      if (material == numbers_.end()) continue;
+      const HostGeData* restriction = container::FindData(&tag.data, id::kTextureRestriction);
+      const std::string_view name =
+          restriction && restriction->type == HOST_DATA_STRING ? View(&restriction->value.string) : "";
+      if (name.empty()) {
+        std::ranges::fill(materials, material->second);
+      } else if (const BaseSelect* selection = FindSelection(object, name)) {
+        for (const Run& run : selection->runs)
+          for (int32_t i = std::max(run.first, 0); i <= std::min(run.last, count - 1); ++i)
+            materials[size_t(i)] = material->second;
+      }
+    }
+    return materials;
+  }
+
+  void AddMaterial(const BaseMaterial& material) {
+    FileMaterial& made = scene_.materials.emplace_back();
+    const auto uses = [&](int32_t parameter) { return NumberOf(material, parameter) != 0; };
+    made.name = LineOf(material.name);
+    made.color = ColorOf(material, id::kMaterialColor);
+    if (uses(id::kMaterialUseLuminance)) made.emissive = ColorOf(material, id::kMaterialLuminanceColor);
+    if (uses(id::kMaterialUseSpecular)) made.specular = ColorOf(material, id::kMaterialSpecularColor);
+    made.roughness = float(NumberOf(material, id::kMaterialSpecularWidth));
+    if (uses(id::kMaterialUseTransparency))
+      made.opacity = float(1 - std::clamp(NumberOf(material, id::kMaterialTransparencyBrightness), 0.0, 1.0));
+    made.refraction = float(NumberOf(material, id::kMaterialRefraction, 1));
+    if (uses(id::kMaterialUseReflection))
+      made.metallic = float(std::clamp(NumberOf(material, id::kMaterialReflectionBrightness), 0.0, 1.0));
+    for (size_t slot = 0; slot < kTextureSlots; ++slot) {
+      const auto* shader = LinkedOf<BaseShader>(material, id::kMaterialSlots[slot].shader);
+      if (!shader || shader->type.id != id::kBitmap || !uses(id::kMaterialSlots[slot].use)) continue;
+      const HostGeData* file = container::FindData(&shader->data, id::kBitmapFile);
+      if (!file || file->type != HOST_DATA_FILENAME) continue;
+      const fs::path path = View(&file->value.filename);
+      made.textures[slot] =
+          LineOf(path.is_absolute() ? path.lexically_proximate(folder_).native() : path.native());
+    }
+  }
+
+  const SceneFormat& format_;
+  const fs::path folder_;
+  MeshStyle style_;
+  FileScene scene_;
+  std::unordered_map<const GeListNode*, int32_t> numbers_;
+  std::set<std::string> names_;
+  std::unordered_map<std::string, int> copies_;
+};
+
+// A folder beside the file, which goes with all that is left in it.
+class NewFiles {
+ public:
+  explicit NewFiles(const fs::path& file) : file_(file) {
+    std::string pattern = (file.parent_path() / ".save-XXXXXX").native();
+    if (!mkdtemp(pattern.data())) RefuseSystem(errno);
+    folder_ = pattern;
+  }
+  NewFiles(const NewFiles&) = delete;
+  NewFiles& operator=(const NewFiles&) = delete;
+  ~NewFiles() {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+  }
+
+  fs::path File() const { return folder_ / file_.filename(); }
+
+  // Their contents are on the disk; the file itself comes last, because it names the others.
+  void Publish() const {
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_))
+      if (entry.path().filename() != file_.filename()) files.push_back(entry.path());
+    files.push_back(File());
+    for (const fs::path& from : files) {
+      KeepMode(from);
+      if (rename(from.c_str(), (file_.parent_path() / from.filename()).c_str())) RefuseSystem(errno);
+    }
+    const int folder = open(file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) return;
+    fsync(folder);
+    close(folder);
+  }
+
+ private:
+  // Who may read and write a file that was there stays so.
+  void KeepMode(const fs::path& from) const {
+    std::error_code error;
+    const fs::file_status status = fs::status(file_.parent_path() / from.filename(), error);
+    if (!error && fs::is_regular_file(status)) fs::permissions(from, status.permissions(), error);
+  }
+
+  fs::path file_, folder_;
+};
+
+struct Destroy {
+  void operator()(BaseDocument* document) const { DestroyNow(document); }
+};
+
+}  // namespace
+
+void ExportScene(const BaseDocument& document, const fs::path& to, int32_t formatId, int32_t,
+                 Progress* progress) {
+  try {
+    const SceneFormat* format = FindFormat(formatId);
+    if (!format || !format->exports) Refuse(fmt::format("there is no format {} to save in", formatId));
+    // A link keeps being one: what it points at is replaced.
+    fs::path file = fs::absolute(to);
+    if (fs::is_symlink(file)) file = fs::canonical(file);
+    if (fs::exists(file) && !fs::is_regular_file(file)) Refuse("there is something else of that name");
+    FileRequest request{.exporter = format->assimpId, .seconds = kSeconds};
+    {
+      const SceneTurn turn;
+      const std::unique_ptr<BaseDocument, Destroy> shapes(
+          Polygonize(const_cast<BaseDocument&>(document), false));
+      if (!shapes) throw std::bad_alloc();
+      request.scene = Builder(*format, file.parent_path()).Build(*shapes);
+    }
+    if (request.scene.meshes.empty()) Refuse("there are no polygons to save");
+    const NewFiles files(file);
+    request.path = files.File().native();
+    RunWorker(request, progress, "writing");
+    if (progress && !progress->Report(1, "writing")) throw Stopped("stopped");
+    files.Publish();
+  } catch (const Stopped&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw FileFault(fmt::format("{}: {}", to.native(), error.what()));
+  }
+}
+
+}  // namespace host

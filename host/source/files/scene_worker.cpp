@@ -1,0 +1,195 @@
+#include "files/scene_worker.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "app/settings.h"
+
+extern "C" {
+#include <sys/pidfd.h>  // that of Debian 12 doesn't say that it is C
+}
+
+namespace host {
+namespace {
+
+constexpr int kTurn = 50;  // milliseconds between questions whether to stop
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  int Number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+[[noreturn]] void ThrowSystemError(int error) {
+  throw std::runtime_error(fmt::format("the program that reads files: {}", std::strerror(error)));
+}
+
+// A child process with a socket for its standard input. It ends with this object.
+class Process {
+ public:
+  Process() {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends)) ThrowSystemError(errno);
+    socket_ = Descriptor(ends[0]);
+    const Descriptor theirs(ends[1]);
+    const std::string program = (GetSettings().startup / "scene_files").string();
+
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, theirs.Number(), STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    // Ctrl-C of a terminal is for the host, which then stops this.
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    std::string argument = program;
+    char* arguments[] = {argument.data(), nullptr};
+    const int error = posix_spawn(&id_, program.c_str(), &files, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+    if (error) ThrowSystemError(error);
+    // A script may wait for any child and take this one's end; its number may be another process's then.
+    handle_ = Descriptor(pidfd_open(id_, 0));
+  }
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+  ~Process() {
+    if (handle_.Number() >= 0) pidfd_send_signal(handle_.Number(), SIGKILL, nullptr, 0);
+    Wait();
+  }
+
+  int Socket() const { return socket_.Number(); }
+
+  // The signal that ended it, after it closed the socket; 0 for none that is known.
+  int Wait() {
+    siginfo_t info{};
+    if (handle_.Number() < 0 || std::exchange(isDone_, true)) return 0;
+    while (waitid(P_PIDFD, id_t(handle_.Number()), &info, WEXITED) && errno == EINTR) continue;
+    return info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED ? info.si_status : 0;
+  }
+
+ private:
+  Descriptor socket_, handle_;
+  pid_t id_ = 0;
+  bool isDone_ = false;
+};
+
+class Conversation {
+ public:
+  Conversation(std::string request, Progress* progress, const char* what)
+      : request_(std::move(request)), progress_(progress), what_(what) {}
+
+  // The answer behind those of progress.
+  FileAnswer Run() {
+    Ask();
+    while (!HaveAnswer()) {
+      const bool sends = sent_ < request_.size();
+      pollfd ready{process_.Socket(), short(POLLIN | (sends ? POLLOUT : 0)), 0};
+      const int events = poll(&ready, 1, kTurn);
+      if (events < 0 && errno != EINTR) ThrowSystemError(errno);
+      if (events == 0) Ask();
+      if (events <= 0) continue;
+      if (ready.revents & POLLOUT) Send();
+      if (ready.revents & (POLLIN | POLLHUP | POLLERR)) Receive();
+    }
+    return FileAnswer(head_.answer);
+  }
+  std::string_view Payload() const {
+    return std::string_view(received_).substr(sizeof head_, size_t(head_.bytes));
+  }
+
+ private:
+  void Send() {
+    const ssize_t sent =
+        send(process_.Socket(), request_.data() + sent_, request_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent < 0) return;  // where it is at its end, that is received
+    sent_ += size_t(sent);
+    if (sent_ < request_.size()) return;
+    shutdown(process_.Socket(), SHUT_WR);
+    request_ = {};
+    sent_ = 0;
+  }
+
+  void Receive() {
+    char block[1 << 16];
+    const ssize_t got = recv(process_.Socket(), block, sizeof block, MSG_DONTWAIT);
+    if (got > 0) return void(received_.append(block, size_t(got)));
+    if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
+    const int signal = process_.Wait();
+    throw std::runtime_error(signal == SIGXCPU || signal == SIGKILL ? "it takes too long"
+                                                                    : "its content can't be read");
+  }
+
+  // Takes the reports of progress off.
+  bool HaveAnswer() {
+    while (received_.size() >= sizeof head_) {
+      std::memcpy(&head_, received_.data(), sizeof head_);
+      if (head_.bytes > received_.size() - sizeof head_) {
+        if (received_.capacity() < head_.bytes && head_.answer == kAnswerScene)
+          received_.reserve(size_t(head_.bytes) + sizeof head_);
+        return false;
+      }
+      if (head_.answer != kAnswerProgress) return true;
+      if (head_.bytes == sizeof fraction_) std::memcpy(&fraction_, Payload().data(), sizeof fraction_);
+      received_.erase(0, sizeof head_ + size_t(head_.bytes));
+      Ask();
+    }
+    return false;
+  }
+
+  void Ask() const {
+    if (progress_ && !progress_->Report(fraction_, what_)) throw Stopped("stopped");
+  }
+
+  Process process_;
+  std::string request_, received_;
+  size_t sent_ = 0;
+  Progress* const progress_;
+  const char* const what_;
+  double fraction_ = 0;
+  FileAnswerHead head_{};
+};
+
+}  // namespace
+
+FileScene RunWorker(const FileRequest& request, Progress* progress, const char* what) {
+  Conversation conversation(Pack(request), progress, what);
+  switch (conversation.Run()) {
+    case kAnswerScene:
+      return UnpackScene(conversation.Payload());
+    case kAnswerDone:
+      return {};
+    case kAnswerFault:
+      throw std::runtime_error(std::string(conversation.Payload()));
+    default:
+      throw std::runtime_error("the program that reads files failed");
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,255 @@
+#include <assimp/config.h>
+#include <assimp/importerdesc.h>
+#include <assimp/material.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "files/worker/streams.h"
+#include "files/worker/worker.h"
+
+namespace host {
+namespace {
+
+std::string TextOf(const aiString& text) {
+  return {text.data, std::min<size_t>(text.length, sizeof text.data - 1)};
+}
+
+Vector32 VectorOf(const aiVector3D& vector) { return {vector.x, vector.y, vector.z}; }
+
+// Vectors and colours lie as ours do.
+template <class Item, class Theirs>
+std::vector<Item> Copied(const Theirs* items, size_t count) {
+  static_assert(sizeof(Item) == sizeof(Theirs));
+  std::vector<Item> copy;
+  if (!items) return copy;
+  copy.resize(count);
+  std::memcpy(copy.data(), items, count * sizeof(Item));
+  return copy;
+}
+
+FileMesh ReadMesh(const aiMesh& mesh) {
+  FileMesh made;
+  made.name = TextOf(mesh.mName);
+  made.points = Copied<Vector32>(mesh.mVertices, mesh.mNumVertices);
+  made.normals = Copied<Vector32>(mesh.mNormals, mesh.mNumVertices);
+  made.uvw = Copied<Vector32>(mesh.mTextureCoords[0], mesh.mNumVertices);
+  made.colors = Copied<ColorA32>(mesh.mColors[0], mesh.mNumVertices);
+  size_t corners = 0;
+  bool areTriangles = true;
+  for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+    corners += mesh.mFaces[i].mNumIndices;
+    areTriangles = areTriangles && mesh.mFaces[i].mNumIndices == 3;
+  }
+  made.corners.reserve(corners);
+  if (!areTriangles) made.sizes.reserve(mesh.mNumFaces);
+  for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+    const aiFace& face = mesh.mFaces[i];
+    if (!areTriangles) made.sizes.push_back(face.mNumIndices);
+    made.corners.insert(made.corners.end(), face.mIndices, face.mIndices + face.mNumIndices);
+  }
+  return made;
+}
+
+// The first of the types that has a picture.
+void ReadTexture(const aiScene& scene, const aiMaterial& material, std::initializer_list<aiTextureType> types,
+                 TextureSlot slot, FileMaterial& made) {
+  for (const aiTextureType type : types) {
+    aiString path;
+    if (material.GetTexture(type, 0, &path) != aiReturn_SUCCESS || path.length == 0) continue;
+    made.textures[slot] = TextOf(path);
+    if (const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str())) {
+      made.embedded[slot] = 1;
+      if (embedded->mFilename.length > 0) made.textures[slot] = TextOf(embedded->mFilename);
+    }
+    return;
+  }
+}
+
+Vector32 ReadColor(const aiMaterial& material, const char* key, Vector32 otherwise) {
+  aiColor3D color;
+  if (material.Get(key, 0, 0, color) != aiReturn_SUCCESS) return otherwise;
+  return {color.r, color.g, color.b};
+}
+
+FileMaterial ReadMaterial(const aiScene& scene, const aiMaterial& material) {
+  FileMaterial made;
+  aiString name;
+  if (material.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS) made.name = TextOf(name);
+  made.color = ReadColor(material, "$clr.base", ReadColor(material, "$clr.diffuse", made.color));
+  made.specular = ReadColor(material, "$clr.specular", made.specular);
+  made.emissive = ReadColor(material, "$clr.emissive", made.emissive);
+  material.Get(AI_MATKEY_OPACITY, made.opacity);
+  material.Get(AI_MATKEY_REFRACTI, made.refraction);
+  material.Get(AI_MATKEY_METALLIC_FACTOR, made.metallic);
+  float shininess = 0;
+  // The exponent of a highlight is as wide as that roughness.
+  if (material.Get(AI_MATKEY_ROUGHNESS_FACTOR, made.roughness) != aiReturn_SUCCESS &&
+      material.Get(AI_MATKEY_SHININESS, shininess) == aiReturn_SUCCESS && shininess >= 0)
+    made.roughness = std::sqrt(2 / (shininess + 2));
+  ReadTexture(scene, material, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}, kTextureColor, made);
+  ReadTexture(scene, material, {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR}, kTextureLuminance, made);
+  ReadTexture(scene, material, {aiTextureType_SPECULAR}, kTextureSpecular, made);
+  ReadTexture(scene, material, {aiTextureType_OPACITY}, kTextureAlpha, made);
+  ReadTexture(scene, material, {aiTextureType_HEIGHT}, kTextureBump, made);
+  ReadTexture(scene, material, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA}, kTextureNormal, made);
+  return made;
+}
+
+// What the library makes up for a mesh that has no material.
+bool IsMadeUp(const aiMaterial& material, bool withoutName) {
+  aiString name;
+  material.Get(AI_MATKEY_NAME, name);
+  if (!(withoutName && name.length == 0) && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0)
+    return false;
+  for (unsigned type = 1; type <= AI_TEXTURE_TYPE_MAX; ++type)
+    if (material.GetTextureCount(aiTextureType(type)) > 0) return false;
+  return true;
+}
+
+Matrix32 MatrixOf(const aiMatrix4x4& matrix) {
+  return {{matrix.a4, matrix.b4, matrix.c4},
+          {matrix.a1, matrix.b1, matrix.c1},
+          {matrix.a2, matrix.b2, matrix.c2},
+          {matrix.a3, matrix.b3, matrix.c3}};
+}
+
+// Whether the root is one that the library put above those of the file.
+bool IsRootMadeUp(const aiNode& root, const std::string& loader) {
+  if (root.mNumMeshes > 0) return false;
+  return (loader != "glb" && loader != "gltf") || std::strcmp(root.mName.C_Str(), "ROOT") == 0;
+}
+
+// What a made-up root says of the system of the file. In Collada it scales to metres too; numbers stay as they
+// are.
+aiMatrix4x4 SystemOf(aiMatrix4x4 matrix, const std::string& loader) {
+  if (loader != "dae") return matrix;
+  for (unsigned row = 0; row < 3; ++row)
+    for (unsigned column = 0; column < 3; ++column) {
+      float& number = matrix[row][column];
+      number = float((number > 0) - (number < 0));
+    }
+  return matrix;
+}
+
+using NodeNumbers = std::unordered_map<std::string, int32_t>;
+
+NodeNumbers ReadNodes(const aiScene& scene, const std::string& loader, FileScene& made) {
+  struct Pending {
+    const aiNode* node;
+    int32_t parent;
+    aiMatrix4x4 above;  // of a root that was left out
+  };
+  NodeNumbers numbers;
+  std::vector<Pending> pending{{scene.mRootNode, -1, {}}};
+  while (!pending.empty()) {
+    const auto [node, parent, above] = pending.back();
+    pending.pop_back();
+    int32_t number = -1;
+    aiMatrix4x4 below;
+    if (node == scene.mRootNode && IsRootMadeUp(*node, loader)) {
+      below = SystemOf(node->mTransformation, loader);
+    } else {
+      number = int32_t(made.nodes.size());
+      FileNode& one = made.nodes.emplace_back();
+      one.name = TextOf(node->mName);
+      one.parent = parent;
+      one.matrix = MatrixOf(above * node->mTransformation);
+      one.meshes.assign(node->mMeshes, node->mMeshes + node->mNumMeshes);
+      numbers.emplace(one.name, number);
+    }
+    for (unsigned i = node->mNumChildren; i-- > 0;) pending.push_back({node->mChildren[i], number, below});
+  }
+  return numbers;
+}
+
+void ReadCameras(const aiScene& scene, const NodeNumbers& numbers, FileScene& made) {
+  for (unsigned i = 0; i < scene.mNumCameras; ++i) {
+    const aiCamera& camera = *scene.mCameras[i];
+    const auto node = numbers.find(TextOf(camera.mName));
+    if (node == numbers.end()) continue;
+    made.cameras.push_back(
+        {.node = node->second,
+         .view = {VectorOf(camera.mPosition), VectorOf(camera.mLookAt), VectorOf(camera.mUp)},
+         .angle = camera.mHorizontalFOV,
+         .nearest = camera.mClipPlaneNear,
+         .farthest = camera.mClipPlaneFar,
+         .isParallel = camera.mOrthographicWidth > 0});
+  }
+}
+
+void ReadLights(const aiScene& scene, const NodeNumbers& numbers, FileScene& made) {
+  for (unsigned i = 0; i < scene.mNumLights; ++i) {
+    const aiLight& light = *scene.mLights[i];
+    const auto node = numbers.find(TextOf(light.mName));
+    if (node == numbers.end() || light.mType == aiLightSource_AMBIENT) continue;
+    FileLight& one = made.lights.emplace_back();
+    one.node = node->second;
+    one.type = light.mType == aiLightSource_SPOT          ? kLightSpot
+               : light.mType == aiLightSource_DIRECTIONAL ? kLightDistant
+               : light.mType == aiLightSource_AREA        ? kLightArea
+                                                          : kLightOmni;
+    one.view.position = VectorOf(light.mPosition);
+    if (light.mType != aiLightSource_POINT) one.view.direction = VectorOf(light.mDirection);
+    one.color = {light.mColorDiffuse.r, light.mColorDiffuse.g, light.mColorDiffuse.b};
+    one.inner = light.mAngleInnerCone;
+    one.outer = light.mAngleOuterCone;
+  }
+}
+
+// Leaves the importers of the extension.
+void KeepLoader(Assimp::Importer& importer, const std::string& extension) {
+  for (size_t i = importer.GetImporterCount(); i-- > 0;) {
+    const std::string all = std::string(" ") + importer.GetImporterInfo(i)->mFileExtensions + " ";
+    if (all.find(" " + extension + " ") == all.npos) importer.UnregisterLoader(importer.GetImporter(i));
+  }
+}
+
+}  // namespace
+
+FileScene ReadScene(const FileRequest& request) {
+  // All of it stays for the end of the process.
+  auto& importer = *new Assimp::Importer;
+  KeepLoader(importer, request.loader);
+  auto* folder = new FileFolder(request.path, false);
+  importer.SetIOHandler(folder);
+  importer.SetProgressHandler(new Handler);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ALL_MATERIALS, true);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ANIMATIONS, false);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_WEIGHTS, false);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+
+  const aiScene* scene = importer.ReadFile(std::filesystem::absolute(request.path).string(), 0);
+  if (!scene || !scene->mRootNode) throw std::runtime_error(importer.GetErrorString());
+
+  FileScene made;
+  std::vector<int32_t> materials;
+  for (unsigned i = 0; i < scene->mNumMaterials; ++i) {
+    // That of glTF comes last and has no name, as have all of formats without materials.
+    const bool isNameless = request.loader.starts_with("gl")
+                                ? i + 1 == scene->mNumMaterials
+                                : request.loader == "ply" || request.loader == "stl";
+    const bool isTheirs = !IsMadeUp(*scene->mMaterials[i], isNameless);
+    materials.push_back(isTheirs ? int32_t(made.materials.size()) : -1);
+    if (isTheirs) made.materials.push_back(ReadMaterial(*scene, *scene->mMaterials[i]));
+  }
+  for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
+    FileMesh& mesh = made.meshes.emplace_back(ReadMesh(*scene->mMeshes[i]));
+    if (const unsigned material = scene->mMeshes[i]->mMaterialIndex; material < materials.size())
+      mesh.material = materials[material];
+    ReportProgress(0.5 + 0.5 * i / scene->mNumMeshes);
+  }
+  const NodeNumbers numbers = ReadNodes(*scene, request.loader, made);
+  ReadCameras(*scene, numbers, made);
+  ReadLights(*scene, numbers, made);
+  return made;
+}
+
+}  // namespace host

@@ -1,0 +1,109 @@
+#include "files/worker/streams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <assimp/IOStream.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "files/worker/worker.h"
+
+namespace host {
+namespace fs = std::filesystem;
+namespace {
+
+class Stream : public Assimp::IOStream {
+ public:
+  Stream(FileFolder& folder, FILE* file, size_t size, bool writes)
+      : folder_(folder), file_(file), size_(size), writes_(writes) {}
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+  ~Stream() override {
+    if (writes_ && (std::fflush(file_) || fsync(fileno(file_)))) folder_.Fail(errno);
+    std::fclose(file_);
+  }
+
+  size_t Read(void* buffer, size_t size, size_t count) override {
+    const size_t read = std::fread(buffer, size, count, file_);
+    if (size_ > 0) ReportProgress(0.5 * double(Tell()) / double(size_));
+    return read;
+  }
+  size_t Write(const void* buffer, size_t size, size_t count) override {
+    const size_t written = std::fwrite(buffer, size, count, file_);
+    if (written < count) folder_.Fail(errno);
+    return written;
+  }
+  aiReturn Seek(size_t offset, aiOrigin origin) override {
+    const int whence = origin == aiOrigin_SET ? SEEK_SET : origin == aiOrigin_CUR ? SEEK_CUR : SEEK_END;
+    return std::fseek(file_, long(offset), whence) ? aiReturn_FAILURE : aiReturn_SUCCESS;
+  }
+  size_t Tell() const override { return size_t(std::max(0l, std::ftell(file_))); }
+  size_t FileSize() const override { return size_; }
+  void Flush() override { std::fflush(file_); }
+
+ private:
+  FileFolder& folder_;
+  FILE* file_;
+  size_t size_;
+  bool writes_;
+};
+
+}  // namespace
+
+FileFolder::FileFolder(fs::path file, bool writes) : file_(fs::absolute(file)), writes_(writes) {
+  folder_ = fs::canonical(file_.parent_path());
+}
+
+fs::path FileFolder::Find(const char* name) const {
+  fs::path path = name;
+  if (path == file_) return path;
+  if (path.is_relative()) path = folder_ / path;
+  std::error_code error;
+  const fs::path real = fs::weakly_canonical(path, error);
+  if (error) return {};
+  const auto [inFolder, rest] = std::mismatch(folder_.begin(), folder_.end(), real.begin(), real.end());
+  if (inFolder != folder_.end()) return {};
+  if (writes_) return real.parent_path() == folder_ ? real : fs::path();
+  return fs::is_regular_file(real, error) ? real : fs::path();
+}
+
+bool FileFolder::Exists(const char* name) const {
+  std::error_code error;
+  const fs::path path = Find(name);
+  return !path.empty() && fs::exists(path, error);
+}
+
+Assimp::IOStream* FileFolder::Open(const char* name, const char* mode) {
+  const fs::path path = Find(name);
+  const bool writes = std::strchr(mode, 'w');
+  if (path.empty() || writes != writes_) {
+    if (writes_) Fail(EACCES);
+    return nullptr;
+  }
+  FILE* file = std::fopen(path.c_str(), writes ? "wb" : "rb");
+  if (!file) {
+    if (writes_) Fail(errno);
+    return nullptr;
+  }
+  std::error_code error;
+  const auto size = writes ? 0 : fs::file_size(path, error);
+  return new Stream(*this, file, error ? 0 : size_t(size), writes);
+}
+
+void FileFolder::Close(Assimp::IOStream* stream) { delete stream; }
+
+bool FileFolder::ComparePaths(const char* one, const char* second) const { return Find(one) == Find(second); }
+
+void FileFolder::Fail(int error) {
+  if (fault_.empty()) fault_ = std::strerror(error);
+}
+
+bool Handler::Update(float fraction) {
+  if (fraction >= 0) ReportProgress(fraction);
+  return true;
+}
+
+}  // namespace host

@@ -1,0 +1,640 @@
+#include <sys/resource.h>
+
+#include <numeric>
+
+#include "app/symbols.h"
+#include "files/scene_check.h"
+#include "scene_files_support.h"
+
+using namespace host;
+namespace fs = std::filesystem;
+
+namespace {
+
+class SceneFiles : public Scene {
+ protected:
+  // A null with a box below it, whose sides have two materials, a plate with an even and a bent face of many
+  // corners below that, a camera and a light.
+  Document Small() {
+    Document document = NewDocument();
+    GeListHead& objects = *Branch(*document, kTypeObject);
+    BaseObject& stand = *New<BaseObject>(objects, id::kNull, "Stand");
+    stand.place.SetLocal({{10, 2, -3}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
+
+    const std::vector<Vector> corners{{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1},
+                                      {-1, -1, 1},  {1, -1, 1},  {1, 1, 1},  {-1, 1, 1}};
+    PolygonObject& box =
+        AddPolygons(stand, "Box", corners,
+                    {{0, 3, 2, 1}, {5, 6, 7, 4}, {1, 2, 6, 5}, {4, 7, 3, 0}, {3, 7, 6, 2}, {4, 0, 1, 5}});
+    box.place.SetLocal({{0, 5, 0.5}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}});
+    auto uvw = AddBlock(box, kDataUVW, 6).Items<UVWStruct>();
+    for (size_t i = 0; i < uvw.size(); ++i)
+      uvw[i] = {{0.125 * double(i), 0, 0}, {0.125 * double(i), 1, 0}, {1, 1, 0}, {1, 0.25, 0}};
+
+    // A bent face of six corners, an even one of six, and a triangle.
+    PolygonObject& plate = AddPolygons(box, "Plate", {}, {});
+    FillPlate(plate);
+    plate.place.SetLocal({{0, 1, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+
+    BaseMaterial& wood = AddMaterial(*document, "Wood", {0.5, 0.25, 0.125});
+    BaseMaterial& steel = AddMaterial(*document, "Steel", {0.25, 0.5, 0.75});
+    Put(steel.data, id::kMaterialUseTransparency, Value::Int32(1));
+    Put(steel.data, id::kMaterialTransparencyBrightness, Value::Float(0.25));
+    auto& shader = *New<BaseShader>(*Branch(wood, kTypeShader), id::kBitmap, "Picture");
+    HostGeData file{};
+    file.type = HOST_DATA_FILENAME;
+    file.value.filename = MakeFilename((folder_.Path() / "pictures/wood.png").native());
+    Put(shader.data, id::kBitmapFile, Value::Adopt(file));
+    SetLinkEntry(wood.data, id::kMaterialSlots[0].shader, &shader);
+
+    AddTexture(box, wood, "");
+    AddTexture(box, steel, "Two");
+    auto& two = *New<SelectionTag>(*Branch(box, kTypeTag), id::kPolygonSelection, "Two");
+    two.selection.runs = {{1, 1}, {3, 3}};
+    AddTexture(plate, steel, "");
+
+    BaseObject& camera = *New<BaseObject>(objects, id::kCamera, "View");
+    camera.place.SetLocal({{0, 0, -50}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
+    Put(camera.data, id::kCameraFocus, Value::Float(50));
+    BaseObject& light = *New<BaseObject>(objects, id::kLight, "Lamp");
+    light.place.SetLocal({{5, 50, 5}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    Put(light.data, id::kLightColor, Value::Of({1, 0.5, 0.25}));
+    return document;
+  }
+
+  template <class Node>
+  static Node* New(GeListNode& parent, int32_t type, const char* name) {
+    Node* made = As<Node>(MakeElement(type));
+    EXPECT_NE(made, nullptr) << type;
+    made->name = name;
+    Append(*made, parent);
+    return made;
+  }
+
+  static void FillPlate(PolygonObject& plate) {
+    const std::vector<Vector> places{{0, 0, 0}, {0, 4, 0}, {1, 4, 0},  {1, 1, 0}, {4, 1, 0}, {4, 0, 0},
+                                     {8, 0, 0}, {9, 0, 0}, {10, 1, 0}, {9, 2, 0}, {8, 2, 0}, {7, 1, 0}};
+    plate.points.Resize(int32_t(places.size()));
+    std::ranges::copy(places, plate.Points().begin());
+    std::vector<CPolygon> polygons;
+    for (const int32_t first : {0, 6}) {
+      std::vector<NgonPart> parts;
+      CutNgon(std::span(places).subspan(size_t(first), 6), parts);
+      for (const NgonPart& part : parts) {
+        const CPolygon& cut = part.polygon;
+        polygons.push_back({first + cut.a, first + cut.b, first + cut.c, first + cut.d});
+        plate.ngonEdges.push_back(part.inner);
+      }
+    }
+    polygons.push_back({2, 3, 4, 4});
+    plate.ngonEdges.push_back(0);
+    plate.polygons.Resize(int32_t(polygons.size()));
+    std::ranges::copy(polygons, plate.Polygons().begin());
+  }
+
+  static BaseMaterial& AddMaterial(BaseDocument& document, const char* name, const Vector& color) {
+    auto& made = *New<BaseMaterial>(*Branch(document, kTypeMaterial), id::kMaterial, name);
+    Put(made.data, id::kMaterialColor, Value::Of(color));
+    return made;
+  }
+
+  static void AddTexture(BaseObject& object, BaseMaterial& material, const char* restriction) {
+    auto& tag = *New<BaseTag>(*Branch(object, kTypeTag), id::kTexture, "");
+    SetLinkEntry(tag.data, id::kTextureMaterial, &material);
+    Put(tag.data, id::kTextureRestriction, Value::Text(restriction));
+  }
+
+  fs::path Save(BaseDocument& document, const SceneFormat& format, const char* name = "scene") {
+    const fs::path file = folder_.Path() / (std::string(name) + "." + format.extension);
+    ExportScene(document, file, format.id, 0, nullptr);
+    return file;
+  }
+
+  TempFolder folder_;
+};
+
+struct StopAt final : Progress {
+  explicit StopAt(int call) : left(call) {}
+  bool Report(double fraction, const char*) override {
+    EXPECT_GE(fraction, 0);
+    EXPECT_LE(fraction, 1);
+    return --left > 0;
+  }
+  int left;
+};
+
+std::string FaultOf(const auto& work) {
+  try {
+    work();
+  } catch (const FileFault& fault) {
+    return fault.what();
+  }
+  return "no fault";
+}
+
+std::string ReadAll(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+const SceneFormat& Format(std::string_view extension) { return *FindFormat(extension); }
+
+const PolygonObject& OnlyPolygons(BaseDocument& document) {
+  const std::vector<BaseObject*> objects = ObjectsOf(document);
+  EXPECT_EQ(objects.size(), 1u);
+  return dynamic_cast<PolygonObject&>(*objects.at(0));
+}
+
+size_t CountPoints(BaseDocument& document) {
+  size_t points = 0;
+  for (BaseObject* object : ObjectsOf(document))
+    if (const auto* mesh = As<PolygonObject>(object)) points += size_t(mesh->points.Count());
+  return points;
+}
+
+size_t CountPolygons(BaseDocument& document) {
+  size_t polygons = 0;
+  for (BaseObject* object : ObjectsOf(document))
+    if (const auto* mesh = As<PolygonObject>(object)) polygons += size_t(mesh->polygons.Count());
+  return polygons;
+}
+
+Box WorldBox(BaseDocument& document) {
+  Box box;
+  for (BaseObject* object : ObjectsOf(document))
+    if (const auto* mesh = As<PolygonObject>(object))
+      for (const Vector& point : mesh->Points()) box.Add(kelvar::Transformed(GlobalMatrix(*object), point));
+  return box;
+}
+
+std::set<std::string> TextureNames(BaseDocument& document) {
+  std::set<std::string> names;
+  Walk(*FindBranch(document, kTypeMaterial), [&](GeListNode& node) {
+    if (node.type.id != id::kBitmap) return;
+    const HostGeData* file = container::FindData(&static_cast<BaseShader&>(node).data, id::kBitmapFile);
+    names.insert(fs::path(View(&file->value.filename)).filename());
+  });
+  return names;
+}
+
+std::vector<std::string> MaterialNames(BaseDocument& document) {
+  std::vector<std::string> names;
+  for (GeListNode* node = FindBranch(document, kTypeMaterial)->down; node; node = node->next)
+    names.push_back(NameOf(static_cast<BaseMaterial&>(*node)));
+  std::ranges::sort(names);
+  return names;
+}
+
+double Number(const BaseList2D& element, int32_t parameter) {
+  const HostGeData* value = container::FindData(&element.data, parameter);
+  return value->type == HOST_DATA_FLOAT ? value->value.real : double(value->value.integer);
+}
+
+// What each format keeps.
+struct Keeps {
+  const char* extension;
+  bool hierarchy, faces, names, uvw, views;
+};
+
+class SceneFormats : public SceneFiles, public ::testing::WithParamInterface<Keeps> {};
+
+TEST_P(SceneFormats, ComesBackAsItWent) {
+  const Keeps keeps = GetParam();
+  Document small = Small();
+  Document again = Import(Save(*small, Format(keeps.extension)));
+  const Facets with{keeps.names, keeps.names, keeps.uvw, !keeps.hierarchy};
+  if (keeps.faces) {
+    EXPECT_EQ(FacesOf(*again, with), FacesOf(*small, with));
+  }
+  EXPECT_EQ(CountPoints(*again), CountPoints(*small));
+  // A side of the box is two triangles; the even face of six corners, four, and the bent one, too.
+  EXPECT_EQ(CountPolygons(*again), keeps.faces ? 13u : 21u);
+  if (keeps.names) {
+    EXPECT_EQ(MaterialNames(*again), MaterialNames(*small));
+  }
+  if (keeps.names) {
+    EXPECT_EQ(TextureNames(*again), (std::set<std::string>{"wood.png"}));
+  }
+  if (keeps.hierarchy) {
+    for (const BaseObject* object : ObjectsOf(*small)) {
+      const BaseObject* other = FindObject(*again, object->name);
+      ASSERT_TRUE(other) << NameOf(*object);
+      EXPECT_EQ(other->place.Local(), object->place.Local()) << NameOf(*object);
+      EXPECT_EQ(other->up ? NameOf(*As<BaseObject>(other->up)) : "",
+                object->up ? NameOf(*As<BaseObject>(object->up)) : "");
+      if (keeps.views) {
+        EXPECT_EQ(other->type.id, object->type.id);
+      }
+    }
+  }
+  if (keeps.views) {
+    EXPECT_NEAR(Number(*FindObject(*again, "View"), id::kCameraFocus), 50, 1e-4);
+    const HostGeData* color = container::FindData(&FindObject(*again, "Lamp")->data, id::kLightColor);
+    EXPECT_EQ(color->value.vector, (Vector{1, 0.5, 0.25}));
+  }
+  // What a format changed, such as faces into triangles, stays from then on.
+  Document third = Import(Save(*again, Format(keeps.extension), "again"));
+  const Facets all{keeps.names, keeps.names, true, false};
+  EXPECT_EQ(FacesOf(*third, all), FacesOf(*again, all));
+  EXPECT_EQ(ObjectsOf(*third).size(), ObjectsOf(*again).size());
+}
+
+// Numbers of any size are kept in single precision, and points that are close together stay apart.
+TEST_P(SceneFormats, KeepsNumbers) {
+  for (const double scale : {1e-6, 1.0, 1e6}) {
+    Document document = NewDocument();
+    std::vector<Vector> points;
+    std::vector<CPolygon> polygons;
+    uint32_t seed = 1;
+    const auto random = [&] {
+      return scale * (double(seed = seed * 1664525 + 1013904223) / 4294967296.0 - 0.5);
+    };
+    for (int32_t i = 0; i < 300; ++i) {
+      points.push_back({double(float(random())), double(float(random())), double(float(random()))});
+      if (i % 3 == 2) polygons.push_back({i - 2, i - 1, i, i});
+    }
+    AddPolygons(*Branch(*document, kTypeObject), "Cloud", points, polygons);
+    Document again = Import(Save(*document, Format(GetParam().extension)));
+    const PolygonObject& object = OnlyPolygons(*again);
+    ASSERT_EQ(object.points.Count(), 300);
+    ASSERT_EQ(object.polygons.Count(), 100);
+    for (size_t i = 0; i < polygons.size(); ++i)
+      for (int32_t corner = 0; corner < 3; ++corner) {
+        const Vector is = object.Points()[size_t(CornerOf(object.Polygons()[i], corner))];
+        const Vector was = points[size_t(CornerOf(polygons[i], corner))];
+        ASSERT_LE(kelvar::Distance(is, was), 1e-7 * scale) << i;
+      }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SceneFormats,
+                         ::testing::Values(Keeps{"obj", false, true, true, true, false},
+                                           Keeps{"dae", true, true, true, true, true},
+                                           Keeps{"glb", true, false, true, true, false},
+                                           Keeps{"ply", false, true, false, false, false},
+                                           Keeps{"stl", false, false, false, false, false}),
+                         [](const auto& info) { return std::string(info.param.extension); });
+
+TEST_F(SceneFiles, AllFormatsThatSaveHaveTheirConstant) {
+  const SymbolTable table = ReadSymbols(fs::path(HOST_STARTUP) / "resources/symbols");
+  for (const SceneFormat& format : host::SceneFormats()) {
+    EXPECT_EQ(FindFormat(format.id), &format);
+    if (!format.exports) continue;
+    const auto symbol = std::ranges::find(table.symbols, std::string(format.symbol), &Symbol::name);
+    ASSERT_NE(symbol, table.symbols.end()) << format.symbol;
+    EXPECT_EQ(symbol->value, format.id);
+  }
+  EXPECT_EQ(FindFormat(".OBJ"), FindFormat("obj"));
+  EXPECT_EQ(FindFormat("blend"), nullptr);
+}
+
+// Corners of one point with other texture coordinates or normals stay one point.
+TEST_F(SceneFiles, SeamsDoNotSplitPoints) {
+  const fs::path file = folder_.Write("seam.obj",
+                                      "mtllib ../outside.mtl\no Roof\n"
+                                      "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0.5 2 -1\n"
+                                      "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvt 0.5 0.25\n"
+                                      "vn 0 0 1\nvn 0 1 0\n"
+                                      "f 1/1/1 2/2/1 3/3/1 4/4/1\nf 4/1/2 3/2/2 5/5/2\n");
+  Document document = Import(file);
+  const PolygonObject& roof = OnlyPolygons(*document);
+  EXPECT_EQ(NameOf(roof), "Roof");
+  ASSERT_EQ(roof.points.Count(), 5);
+  EXPECT_EQ(roof.Points()[4], (Vector{0.5, 2, 1}));
+  ASSERT_EQ(roof.polygons.Count(), 2);
+  const CPolygon& quad = roof.Polygons()[0];
+  EXPECT_EQ((std::array{quad.a, quad.b, quad.c, quad.d}), (std::array{0, 3, 2, 1}));
+  const CPolygon& gable = roof.Polygons()[1];
+  EXPECT_EQ((std::array{gable.a, gable.b, gable.c, gable.d}), (std::array{3, 4, 2, 2}));
+  const auto uvw = FindBlock(roof, kDataUVW)->Items<UVWStruct>();
+  EXPECT_EQ(uvw[0].a, (Vector{0, 1, 0}));
+  EXPECT_EQ(uvw[1].a, (Vector{0, 1, 0}));
+  EXPECT_EQ(uvw[1].b, (Vector{0.5, 0.75, 0}));
+  const auto normals = FindBlock(roof, kDataNormal)->Items<std::array<int16_t, 12>>();
+  EXPECT_EQ(normals[0][2], -32000);
+  EXPECT_EQ(normals[1][1], 32000);
+}
+
+// What a file names outside of its folder is not read.
+TEST_F(SceneFiles, FilesStayInTheirFolder) {
+  folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
+  folder_.Write("scene/inside.mtl", "newmtl Red\nKd 1 0 0\n");
+  const std::string triangle = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+  const auto isRead = [&](const std::string& library) {
+    const std::string text = "mtllib " + library + "\n" + triangle + "usemtl Red\nf 1 2 3\n";
+    Document document = Import(folder_.Write("scene/a.obj", text));
+    const auto& material = static_cast<BaseMaterial&>(*FindBranch(*document, kTypeMaterial)->down);
+    return container::FindData(&material.data, id::kMaterialColor)->value.vector == Vector{1, 0, 0};
+  };
+  EXPECT_TRUE(isRead("inside.mtl"));
+  EXPECT_FALSE(isRead("../outside.mtl"));
+  EXPECT_FALSE(isRead((folder_.Path() / "outside.mtl").native()));
+  fs::create_symlink("../outside.mtl", folder_.Path() / "scene/link.mtl");
+  EXPECT_FALSE(isRead("link.mtl"));
+}
+
+TEST_F(SceneFiles, PartsOfAFileCanBeLeftOut) {
+  Document small = Small();
+  const fs::path file = Save(*small, Format("dae"));
+  const Document materials(ImportScene(file, kFilterMaterials, nullptr));
+  EXPECT_TRUE(ObjectsOf(*materials).empty());
+  EXPECT_EQ(MaterialNames(*materials).size(), 2u);
+  const Document objects(ImportScene(file, kFilterObjects, nullptr));
+  EXPECT_EQ(ObjectsOf(*objects).size(), 5u);
+  EXPECT_TRUE(MaterialNames(*objects).empty());
+}
+
+TEST_F(SceneFiles, GeneratorsAreSavedAsWhatTheyMake) {
+  Document document = NewDocument();
+  New<BaseObject>(*Branch(*document, kTypeObject), kCube, "Cube");
+  Document again = Import(Save(*document, Format("obj")));
+  const PolygonObject& cube = OnlyPolygons(*again);
+  EXPECT_EQ(NameOf(cube), "Cube");
+  EXPECT_EQ(cube.points.Count(), 8);
+  EXPECT_EQ(cube.polygons.Count(), 6);
+  EXPECT_EQ(cube.OwnBox().high, (Vector{100, 100, 100}));
+}
+
+TEST_F(SceneFiles, NamesThatAFileCannotTellApartAreChanged) {
+  Document document = NewDocument();
+  for (int i = 0; i < 3; ++i)
+    AddPolygons(*Branch(*document, kTypeObject), i < 2 ? "Twin" : "a\nv 9 9 9",
+                {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
+  Document again = Import(Save(*document, Format("obj")));
+  std::vector<std::string> names;
+  for (const BaseObject* object : ObjectsOf(*again)) names.push_back(NameOf(*object));
+  EXPECT_EQ(names, (std::vector<std::string>{"Twin", "Twin.1", "a_v 9 9 9"}));
+}
+
+TEST_F(SceneFiles, WrongFilesAreRefused) {
+  Document small = Small();
+  const std::string whole = ReadAll(Save(*small, Format("glb")));
+  const std::string solid = ReadAll(Save(*small, Format("stl")));
+  const std::string obj = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+  const std::string ply =
+      "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+      "property float z\nelement face 1\nproperty list uchar int vertex_index\nend_header\n";
+  const std::string gltf = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],"scene":0,"nodes":[)";
+  std::string deep = "<COLLADA version=\"1.4.1\"><library_visual_scenes><visual_scene id=\"s\">";
+  for (int i = 0; i < 100000; ++i) deep += "<node>";
+  const struct {
+    const char* name;
+    std::string content, reason;
+  } cases[] = {
+      {"empty.obj", "", "it is empty"},
+      {"unknown.xyz", "x",
+       "its format is not known; these are: .obj, .dae, .stl, .ply, .glb, .gltf, .fbx, .3ds"},
+      {"noextension", "x", "its format is not known"},
+      {"misnamed.obj", whole, "it is no whole .obj file"},
+      {"misnamed.ply", obj, "it is no whole .ply file"},
+      {"misnamed.3ds", obj, "it is no whole .3ds file"},
+      {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
+      {"cut.stl", solid.substr(0, solid.size() - 1), "it is no whole .stl file"},
+      {"text.dae", "no markup", "it is no whole .dae file"},
+      {"cut.dae", "<COLLADA", ""},
+      {"deep.dae", deep, ""},
+      {"nan.ply", ply + "0 0 0\n1 0 0\nnan 1 0\n3 0 1 2\n", "a point at a place that is no number"},
+      {"index.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 7\n", ""},
+      {"index.obj", obj + "f 1 2 2000000000\n", ""},
+      {"cycle.gltf", gltf + R"({"children":[1]},{"children":[0]}]})", ""},
+      {"huge.gltf",
+       gltf + R"({"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"accessors":[)" +
+           R"({"componentType":5126,"count":2000000000,"type":"VEC3"}]})",
+       ""},
+      {"fifo.obj", "", "it is no file"},
+  };
+  for (const auto& one : cases) {
+    fs::path file = folder_.Path() / one.name;
+    if (one.reason == "it is no file")
+      fs::create_directory(file);
+    else
+      file = folder_.Write(one.name, one.content);
+    const std::string fault = FaultOf([&] { Import(file); });
+    EXPECT_TRUE(fault.starts_with(file.native() + ": ")) << fault;
+    EXPECT_NE(fault.find(one.reason), fault.npos) << fault;
+  }
+  EXPECT_EQ(FaultOf([&] { Import("/missing.obj"); }), "/missing.obj: there is no such file");
+}
+
+// The program that reads files may be wrong as well.
+TEST_F(SceneFiles, ScenesOfTheReaderAreChecked) {
+  const auto faultOf = [](auto change) -> std::string {
+    FileScene scene;
+    scene.nodes.resize(2);
+    scene.materials.resize(1);
+    scene.meshes.resize(1);
+    scene.nodes[1].meshes = {0};
+    scene.meshes[0].points.resize(3);
+    scene.meshes[0].corners = {0, 1, 2};
+    change(scene);
+    try {
+      CheckScene(UnpackScene(Pack(scene)));
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "";
+  };
+  const float nan = std::nanf("");
+  EXPECT_EQ(faultOf([](FileScene&) {}), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.nodes[0].parent = 0; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.nodes[1].parent = -2; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.nodes[0].meshes = {1}; }), "");
+  EXPECT_NE(faultOf([&](FileScene& scene) { scene.nodes[0].matrix.v3[2] = nan; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].corners[2] = 3; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].sizes = {4}; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].sizes = {UINT32_MAX, 4}; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].uvw.resize(2); }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].material = 1; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.materials[0].textures.clear(); }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.cameras.push_back({.node = 2}); }), "");
+  EXPECT_NE(faultOf([&](FileScene& scene) { scene.lights.push_back({.view = {{nan, 0, 0}}}); }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) {
+              scene.meshes[0].points.resize(1 << 20);
+              scene.nodes[0].meshes.assign(1 << 10, 0);
+            }),
+            "");
+  EXPECT_NE(faultOf([](FileScene& scene) {
+              scene.nodes.resize(5000);
+              for (int32_t i = 1; i < 5000; ++i) scene.nodes[size_t(i)].parent = i - 1;
+            }),
+            "");
+  const std::string bytes = Pack(FileScene{.nodes = {{.name = "a"}}});
+  for (size_t size = 0; size < bytes.size(); ++size)
+    EXPECT_THROW(UnpackScene(std::string_view(bytes).substr(0, size)), std::runtime_error);
+}
+
+TEST_F(SceneFiles, LoadingAndSavingCanBeStopped) {
+  Document small = Small();
+  const fs::path file = Save(*small, Format("dae"));
+  const std::string before = ReadAll(file);
+  int most = 0;
+  for (; most < 1000; ++most) {
+    StopAt progress(most + 1);
+    try {
+      Document(ImportScene(file, kFilterObjects | kFilterMaterials, &progress));
+      break;
+    } catch (const Stopped&) {
+    }
+  }
+  EXPECT_GT(most, 2);
+  EXPECT_LT(most, 1000);
+  StopAt progress(1);
+  EXPECT_THROW(ExportScene(*small, file, Format("dae").id, 0, &progress), Stopped);
+  EXPECT_EQ(ReadAll(file), before);
+}
+
+// A disk that is full, told by a limit of this process that the writer inherits.
+TEST_F(SceneFiles, WhatCannotBeWrittenLeavesTheOldFile) {
+  Document small = Small();
+  for (const char* extension : {"obj", "dae", "glb", "ply", "stl"}) {
+    const fs::path file = folder_.Write(std::string("old.") + extension, "old");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit small_{300, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small_);
+    const std::string fault = FaultOf([&] { ExportScene(*small, file, Format(extension).id, 0, nullptr); });
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_NE(fault.find("File too large"), fault.npos) << fault;
+    EXPECT_EQ(ReadAll(file), "old");
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_.Path()))
+      EXPECT_TRUE(entry.path().filename().native().starts_with("old.")) << entry.path();
+  }
+}
+
+TEST_F(SceneFiles, WhatNoFileHoldsIsRefused) {
+  const auto faultOf = [&](auto change, int32_t format = Format("obj").id, const char* name = "new.obj") {
+    Document document = NewDocument();
+    PolygonObject& object =
+        AddPolygons(*Branch(*document, kTypeObject), "One", {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
+    change(object);
+    return FaultOf([&] { ExportScene(*document, folder_.Path() / name, format, 0, nullptr); });
+  };
+  EXPECT_EQ(faultOf([](PolygonObject&) {}), "no fault");
+  EXPECT_NE(faultOf([](PolygonObject& one) { one.Points()[0].x = std::nan(""); }).find("'One'"),
+            std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject& one) { one.Points()[0].x = 1e300; }).find("'One'"), std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject& one) { one.Polygons()[0].b = 3; }).find("'One'"), std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject& one) { one.Polygons()[0].c = -1; }).find("'One'"), std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject& one) {
+              one.place.SetLocal({{std::nan(""), 0, 0}, {}, {}, {}});
+            }),
+            "no fault");
+  EXPECT_NE(faultOf([](PolygonObject& one) { host::DestroyNow(&one); }).find("no polygons"), std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject&) {}, 1).find("no format 1"), std::string::npos);
+  EXPECT_NE(faultOf([](PolygonObject&) {}, Format("obj").id, "missing/new.obj"), "no fault");
+}
+
+TEST_F(SceneFiles, NgonsAreCutAndJoined) {
+  const auto area = [](const std::vector<Vector>& points, const CPolygon& cut) {
+    const auto at = [&](int32_t i) { return points[size_t(i)]; };
+    return 0.5 * (kelvar::Cross(at(cut.b) - at(cut.a), at(cut.c) - at(cut.a)).z +
+                  kelvar::Cross(at(cut.c) - at(cut.a), at(cut.d) - at(cut.a)).z);
+  };
+  std::vector<Vector> circle, comb;
+  for (int i = 0; i < 2000; ++i) circle.push_back({std::cos(i * M_PI / 1000), std::sin(i * M_PI / 1000), 0});
+  for (int i = 0; i < 50; ++i) comb.insert(comb.end(), {{double(i), 0, 0}, {i + 0.9, 0, 0}, {i + 0.95, 9, 0}});
+  comb.insert(comb.end(), {{50, 0, 0}, {50, 10, 0}, {0, 10, 0}});
+  const std::vector<Vector> same(7), line{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {1.5, 0, 0}};
+  const std::vector<Vector> star{{0, 3, 0}, {2, -3, 0}, {-3, 1, 0}, {3, 1, 0}, {-2, -3, 0}};
+  for (const std::vector<Vector>& corners : {circle, comb, same, line, star}) {
+    std::vector<NgonPart> parts;
+    CutNgon(corners, parts);
+    std::vector<CPolygon> polygons;
+    std::vector<uint8_t> inner;
+    double sum = 0, whole = 0;
+    for (const NgonPart& part : parts) {
+      polygons.push_back(part.polygon);
+      inner.push_back(part.inner);
+      const double one = area(corners, part.polygon);
+      if (&corners != &star) {
+        EXPECT_TRUE(corners == star || one >= 0) << one;
+      }
+      sum += one;
+    }
+    for (size_t i = 0; i < corners.size(); ++i)
+      whole += 0.5 * kelvar::Cross(corners[i], corners[(i + 1) % corners.size()]).z;
+    EXPECT_NEAR(sum, whole, 1e-9);
+    std::vector<Corner> joined;
+    std::vector<uint32_t> sizes;
+    JoinNgons(polygons, inner, joined, sizes);
+    EXPECT_EQ(sizes, std::vector{uint32_t(corners.size())});
+  }
+}
+
+// Edges that are said to lie inside but don't join polygons leave these alone.
+TEST_F(SceneFiles, WrongNgonsStayPolygons) {
+  const std::vector<CPolygon> polygons{{0, 1, 2, 3}, {3, 2, 4, 5}, {0, 1, 2, 3}};
+  for (const std::vector<uint8_t>& inner :
+       {std::vector<uint8_t>{15, 15, 15}, {1, 1, 1}, {4, 0, 0}, {}, {4, 1, 4}, {4, 1}}) {
+    std::vector<Corner> corners;
+    std::vector<uint32_t> sizes;
+    JoinNgons(polygons, inner, corners, sizes);
+    EXPECT_EQ(corners.size(), std::accumulate(sizes.begin(), sizes.end(), size_t(0)));
+    EXPECT_EQ(sizes.size(), inner.size() > 1 && inner[1] == 1 && inner[0] == 4 ? 2u : 3u);
+  }
+}
+
+// Objects, materials and textures as `assimp info` counts them, but for the root and the material that it adds;
+// the rest was found by a script that reads the files by itself: faces, the distinct places of each node's
+// points, and the box of all.
+struct Model {
+  const char* file;
+  size_t objects, points, polygons, materials, textures;
+  Vector low, high;
+};
+
+class RealModels : public SceneFiles, public ::testing::WithParamInterface<Model> {};
+
+TEST_P(RealModels, LoadAndComeBack) {
+  const Model& model = GetParam();
+  const fs::path file = fs::path(SHARED_MODELS) / model.file;
+  if (!fs::exists(file)) GTEST_SKIP() << "there is no " << file;
+  Document document = Import(file);
+  EXPECT_EQ(ObjectsOf(*document).size(), model.objects);
+  EXPECT_EQ(CountPoints(*document), model.points);
+  EXPECT_EQ(CountPolygons(*document), model.polygons);
+  EXPECT_EQ(MaterialNames(*document).size(), model.materials);
+  EXPECT_EQ(TextureNames(*document).size(), model.textures);
+  const Box box = WorldBox(*document);
+  EXPECT_LE(kelvar::Distance(box.low, model.low), 1e-3);
+  EXPECT_LE(kelvar::Distance(box.high, model.high), 1e-3);
+  for (const char* extension : {"glb", "dae", "obj", "ply", "stl"}) {
+    Document again = Import(Save(*document, Format(extension)));
+    EXPECT_EQ(CountPolygons(*again), model.polygons) << extension;
+    const bool keepsObjects = *extension == 'g' || *extension == 'd';
+    const Facets with{true, false, true, false};  // materials of one name get others in Collada
+    if (keepsObjects) {
+      EXPECT_EQ(CountPoints(*again), model.points) << extension;
+    }
+    if (keepsObjects) {
+      EXPECT_EQ(FacesOf(*again, with), FacesOf(*document, with)) << extension;
+    }
+    const Box other = WorldBox(*again);
+    EXPECT_LE(kelvar::Distance(box.low, other.low), 1e-3) << extension;
+    EXPECT_LE(kelvar::Distance(box.high, other.high), 1e-3) << extension;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RealModels,
+    ::testing::Values(Model{"spider.obj",
+                            19,
+                            734,
+                            1368,
+                            5,
+                            5,
+                            {-92.655235, -42.233826, -86.691200},
+                            {57.936218, 37.503952, 106.691200}},
+                      Model{"2CylinderEngine.glb",
+                            82,
+                            60041,
+                            121496,
+                            34,
+                            0,
+                            {-371.692263, -180.971558, -127.999996},
+                            {371.692169, 92.041562, 139.999993}}),
+    [](const auto& info) {
+      return std::string(info.param.file).substr(0, std::string(info.param.file).find('.'));
+    });
+
+}  // namespace
