@@ -23,7 +23,12 @@ MODULES = {
         SoundEffectorCustomGui TreeViewCustomGui GradientCustomGui DescriptionCustomGui BitmapButtonCustomGui
         QuickTabCustomGui DateTimeControl TreeViewFunctions GeUserArea EditorWindow HyperLinkCustomGui
         FontChooserCustomGui RangeCustomGui""",
-    "documents": "GetActiveDocument BaseDocument RenderData LayerObject BatchRender BaseVideoPost",
+    "documents": """
+        GetActiveDocument GetFirstDocument SetActiveDocument InsertBaseDocument KillDocument LoadFile LoadDocument
+        MergeDocument SaveDocument IsolateObjects SetDocumentTime CloseAllDocuments RenderDocument
+        InteractiveModeling_Restart RunAnimation StopExternalRenderer GetBatchRender GetAllAssets GetAllAssetsNew
+        SaveProject Assemble GetFirstMarker AddMarker GetRecentDocumentsList BaseDocument RenderData LayerObject
+        BatchRender BaseVideoPost""",
     "storage": "HyperFile MemoryFileStruct ShowInFinder",
     "bitmaps": """
         ShowBitmap BaseBitmap MultipassBitmap GeClipMap MovieSaver MovieLoader ColorProfile ColorProfileConvert""",

@@ -47,7 +47,7 @@ void Close(BaseDocument& document) {
 
 }  // namespace
 
-BaseDocument* NewDocument() { return static_cast<BaseDocument*>(NewNode(*FindType(kTypeDocument))); }
+BaseDocument* MakeDocument() { return static_cast<BaseDocument*>(NewNode(*FindType(kTypeDocument))); }
 
 void CloseDocuments() {
   OpenDocuments& open = Open();
@@ -63,13 +63,13 @@ void CloseDocuments() {
 
 namespace host::document {
 
-BaseDocument* Alloc() { return NewDocument(); }
+BaseDocument* Alloc() { return MakeDocument(); }
 
 // Made when it is first asked for, so that the start doesn't wait for it.
 BaseDocument* GetActiveDocument() {
   OpenDocuments& open = Open();
   if (open.active || open.isEnded) return open.active;
-  if (!open.first) Attach(*NewDocument());
+  if (!open.first) Attach(*MakeDocument());
   return open.active = open.first;
 }
 

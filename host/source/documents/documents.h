@@ -19,7 +19,7 @@ namespace host {
 
 constexpr int32_t kBitActive = 1 << 1;
 
-BaseDocument* NewDocument();
+BaseDocument* MakeDocument();
 
 // Ends the open documents; there is none from here on. Main thread, when no script runs any more.
 void CloseDocuments();

@@ -194,7 +194,7 @@ void CollectMaterials(GeListNode& root, const BaseDocument& document, std::set<c
 // Copies run the code of plug-ins, which may destroy what is to be copied next.
 OwnedDocument Isolate(const BaseDocument& document, const std::vector<BaseObject*>& objects) {
   const Hold hold(const_cast<BaseDocument&>(document));
-  OwnedDocument made(NewDocument());
+  OwnedDocument made(MakeDocument());
   made->data = document.data;
   made->settings = document.settings;
   AliasTrans trans;

@@ -129,7 +129,8 @@ typedef struct HostDocumentGroup {
    * fails   0 */
   HostBool (*CloseAllDocuments)(void);
 
-  /* Opens what a file has as a document, and makes it the active one. 0 as LoadDocument.
+  /* Opens what a file has as a document, and makes it the active one. 0 as LoadDocument. Called without the
+   * interpreter's lock.
    * owner   -
    * thread  any
    * waits   disk
@@ -138,7 +139,8 @@ typedef struct HostDocumentGroup {
   HostBool (*LoadFile)(const HostFilename* name, HostStop stop, void* user);
 
   /* A new document of what a file has; flags are of SCENEFILTER. Null when the file can't be read or
-   * `stop`, which may be null, says so; the console is told which file and why.
+   * `stop`, which may be null, says so; the console is told which file and why. Called without the
+   * interpreter's lock.
    * owner   the caller
    * thread  any
    * waits   disk
@@ -157,7 +159,7 @@ typedef struct HostDocumentGroup {
 
   /* Writes the document as it is at the start of the call, evaluated, to a file; flags are of
    * SAVEDOCUMENTFLAGS. 0 when it can't be written or `stop` says so; the console is told which file and
-   * why, and a file that was there stays as it was.
+   * why, and a file that was there stays as it was. Called without the interpreter's lock.
    * owner   -
    * thread  any
    * waits   disk
@@ -697,7 +699,7 @@ typedef struct HostDocumentGroup {
   GeListHead* (*GetLayerObjectRoot)(BaseDocument* self);
 
   /* Evaluates the document: applies its tracks, runs its expressions, builds its caches. 0 when `stop` says
-   * so.
+   * so. Called without the interpreter's lock.
    * owner   -
    * thread  any
    * waits   the scene

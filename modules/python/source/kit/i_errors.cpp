@@ -139,9 +139,7 @@ PyObject* RaiseHasNext() {
   return RaiseFormatted(PyExc_AssertionError, "Found next objects. Please add them separately.");
 }
 
-PyObject* RaiseNoParticles() {
-  return RaiseFormatted(PyExc_BaseException, "Could not find 'Driftmotes'.");
-}
+PyObject* RaiseNoParticles() { return RaiseFormatted(PyExc_BaseException, "Could not find 'Driftmotes'."); }
 
 PyObject* RaiseAttributeIsNo(const char* name) {
   return RaiseFormatted(PyExc_TypeError, "the type attribute must be a %s", name);
