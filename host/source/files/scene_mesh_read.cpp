@@ -17,7 +17,7 @@ double Finite(float number) { return std::isfinite(number) ? double(number) : 0;
 
 int16_t Short(float number) { return int16_t(std::lround(std::clamp(Finite(number), -1.0, 1.0) * 32000)); }
 
-// What is said of a corner, by the vertex of the file that it was.
+// What is said of corners, in tags with so many places.
 class Corners {
  public:
   Corners(BaseObject& object, const FileScene& scene, const FileNode& node, int32_t polygons) {
@@ -30,15 +30,16 @@ class Corners {
     colors_ = say(kDataVertexColor, &FileMesh::colors);
   }
 
+  // By the vertices of the file that the corners were.
   void Set(const FileMesh& mesh, size_t polygon, const std::array<uint32_t, 4>& vertices) const {
-    if (uvw_ && !mesh.uvw.empty()) {
+    if (!mesh.uvw.empty()) {
       auto& uvw = reinterpret_cast<std::array<Vector, 4>&>(uvw_->Items<UVWStruct>()[polygon]);
       for (size_t i = 0; i < 4; ++i) {
         const Vector32& at = mesh.uvw[vertices[i]];
         uvw[i] = {Finite(at.x), 1 - Finite(at.y), Finite(at.z)};
       }
     }
-    if (normals_ && !mesh.normals.empty()) {
+    if (!mesh.normals.empty()) {
       auto& normals = normals_->Items<std::array<int16_t, 12>>()[polygon];
       for (size_t i = 0; i < 4; ++i) {
         const Vector32& normal = mesh.normals[vertices[i]];
@@ -47,10 +48,15 @@ class Corners {
         normals[3 * i + 2] = int16_t(-Short(normal.z));
       }
     }
-    if (colors_ && !mesh.colors.empty()) {
+    if (!mesh.colors.empty()) {
       auto& colors = colors_->Items<std::array<ColorA32, 4>>()[polygon];
       for (size_t i = 0; i < 4; ++i) colors[i] = mesh.colors[vertices[i]];
     }
+  }
+
+  void Resize(int32_t polygons) const {
+    for (VariableTag* tag : {uvw_, normals_, colors_})
+      if (tag) tag->Resize(polygons);
   }
 
  private:
@@ -65,38 +71,69 @@ size_t CountPolygons(const FileMesh& mesh) {
   return count;
 }
 
-// The polygons of all meshes, with the vertices that their corners were.
-struct Polygons {
-  std::vector<CPolygon> polygons;
-  std::vector<std::array<uint32_t, 4>> vertices;
-  std::vector<uint8_t> inner;
+// Fills an object that has its points with the polygons of meshes.
+class Polygons {
+ public:
+  Polygons(PolygonObject& object, const FileScene& scene, const FileNode& node, size_t most)
+      : object_(object), most_(most), corners_(object, scene, node, int32_t(most)) {
+    object.polygons.Resize(int32_t(most));
+  }
 
-  void Add(const std::array<uint32_t, 4>& of, const int32_t* points, uint8_t innerEdges = 0) {
-    polygons.push_back({points[of[0]], points[of[1]], points[of[2]], points[of[3]]});
-    vertices.push_back(of);
-    inner.push_back(innerEdges);
+  // `points` has the point of each of the mesh's vertices.
+  void AddMesh(const FileMesh& mesh, const int32_t* points) {
+    mesh_ = &mesh;
+    points_ = points;
+    const std::span<const uint32_t> corners(mesh.corners.data(), mesh.corners.size());
+    const size_t faces = mesh.sizes.empty() ? corners.size() / 3 : mesh.sizes.size();
+    for (size_t face = 0, corner = 0; face < faces; ++face) {
+      const size_t size = mesh.sizes.empty() ? 3 : mesh.sizes[face];
+      AddFace(corners.subspan(corner, size));
+      corner += size;
+    }
+  }
+
+  int32_t Count() const { return int32_t(count_); }
+
+  void Finish() {
+    object_.polygons.Resize(Count());
+    corners_.Resize(Count());
+    inner_.resize(inner_.empty() ? 0 : count_);
+    object_.ngonEdges = std::move(inner_);
+  }
+
+ private:
+  void Add(const std::array<uint32_t, 4>& of, uint8_t inner = 0) {
+    object_.Polygons()[count_] = {points_[of[0]], points_[of[1]], points_[of[2]], points_[of[3]]};
+    corners_.Set(*mesh_, count_, of);
+    if (!inner_.empty()) inner_[count_] = inner;
+    ++count_;
   }
 
   // The corners of a face in the file's order; ours goes the other way round from the same one.
-  void AddFace(std::span<const uint32_t> corners, const int32_t* points, std::span<const Vector> places) {
+  void AddFace(std::span<const uint32_t> corners) {
     if (corners.size() < 3) return;  // a line or a point
-    if (corners.size() == 3) return Add({corners[0], corners[2], corners[1], corners[1]}, points);
-    if (corners.size() == 4) return Add({corners[0], corners[3], corners[2], corners[1]}, points);
+    if (corners.size() == 3) return Add({corners[0], corners[2], corners[1], corners[1]});
+    if (corners.size() == 4) return Add({corners[0], corners[3], corners[2], corners[1]});
     const auto at = [&](int32_t i) { return corners[i == 0 ? 0 : corners.size() - size_t(i)]; };
     ring_.clear();
     parts_.clear();
-    for (size_t i = 0; i < corners.size(); ++i) ring_.push_back(places[size_t(points[at(int32_t(i))])]);
+    for (size_t i = 0; i < corners.size(); ++i)
+      ring_.push_back(object_.Points()[size_t(points_[at(int32_t(i))])]);
     CutNgon(ring_, parts_);
+    if (inner_.empty()) inner_.resize(most_);
     for (const NgonPart& part : parts_) {
       const CPolygon& cut = part.polygon;
-      Add({at(cut.a), at(cut.b), at(cut.c), at(cut.d)}, points, part.inner);
+      Add({at(cut.a), at(cut.b), at(cut.c), at(cut.d)}, part.inner);
     }
-    hasInner = true;
   }
 
-  bool hasInner = false;
-
- private:
+  PolygonObject& object_;
+  const size_t most_;
+  const Corners corners_;
+  std::vector<uint8_t> inner_;
+  const FileMesh* mesh_ = nullptr;
+  const int32_t* points_ = nullptr;
+  size_t count_ = 0;
   std::vector<Vector> ring_;
   std::vector<NgonPart> parts_;
 };
@@ -118,13 +155,21 @@ void Weld(const FileScene& scene, const FileNode& node, std::vector<int32_t>& po
           std::vector<const Vector32*>& firsts) {
   std::vector<int32_t> slots(std::bit_ceil(2 * points.size() + 1), -1);
   const size_t mask = slots.size() - 1;
+  firsts.reserve(points.size());
   int32_t* to = points.data();
+  constexpr size_t kAtOnce = 32;  // memory is told of so many places ahead of the first look
+  std::array<size_t, kAtOnce> places;
   for (const int32_t mesh : node.meshes) {
-    for (const Vector32& point : scene.meshes[size_t(mesh)].points) {
-      size_t at = HashOf(point) & mask;
+    const Rows<Vector32>& all = scene.meshes[size_t(mesh)].points;
+    for (size_t i = 0; i < all.size(); ++i) {
+      if (i % kAtOnce == 0)
+        for (size_t k = 0; k < std::min(kAtOnce, all.size() - i); ++k)
+          __builtin_prefetch(&slots[places[k] = HashOf(all[i + k]) & mask]);
+      const Vector32& point = all[i];
       const auto isOther = [&](const Vector32& first) {
         return first.x != point.x || first.y != point.y || first.z != point.z;
       };
+      size_t at = places[i % kAtOnce];
       while (slots[at] >= 0 && isOther(*firsts[size_t(slots[at])])) at = (at + 1) & mask;
       if (slots[at] < 0) {
         slots[at] = int32_t(firsts.size());
@@ -152,35 +197,16 @@ PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vec
   const std::span<Vector> places = object->Points();
   std::ranges::transform(firsts, places.begin(), [](const Vector32* point) { return PointOf(*point); });
 
-  Polygons made;
-  made.polygons.reserve(most);
-  made.vertices.reserve(most);
-  made.inner.reserve(most);
+  Polygons polygons(*object, scene, node, most);
   const int32_t* pointsOfMesh = points.data();
   for (const int32_t number : node.meshes) {
     const FileMesh& mesh = scene.meshes[size_t(number)];
-    firstPolygons.push_back(int32_t(made.polygons.size()));
-    const std::span<const uint32_t> corners = mesh.corners;
-    const size_t faces = mesh.sizes.empty() ? corners.size() / 3 : mesh.sizes.size();
-    for (size_t face = 0, corner = 0; face < faces; ++face) {
-      const size_t size = mesh.sizes.empty() ? 3 : mesh.sizes[face];
-      made.AddFace(corners.subspan(corner, size), pointsOfMesh, places);
-      corner += size;
-    }
+    firstPolygons.push_back(polygons.Count());
+    polygons.AddMesh(mesh, pointsOfMesh);
     pointsOfMesh += mesh.points.size();
   }
-  firstPolygons.push_back(int32_t(made.polygons.size()));
-
-  const auto count = int32_t(made.polygons.size());
-  object->polygons.Resize(count);
-  std::ranges::copy(made.polygons, object->Polygons().begin());
-  if (made.hasInner) object->ngonEdges = std::move(made.inner);
-  const Corners corners(*object, scene, node, count);
-  for (size_t i = 0; i < node.meshes.size(); ++i) {
-    const FileMesh& mesh = scene.meshes[size_t(node.meshes[i])];
-    for (auto at = size_t(firstPolygons[i]); at < size_t(firstPolygons[i + 1]); ++at)
-      corners.Set(mesh, at, made.vertices[at]);
-  }
+  firstPolygons.push_back(polygons.Count());
+  polygons.Finish();
   return object.release();
 }
 

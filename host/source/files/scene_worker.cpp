@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -55,7 +56,7 @@ class Process {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends)) ThrowSystemError(errno);
     socket_ = Descriptor(ends[0]);
-    result_ = Descriptor(memfd_create("scene", MFD_CLOEXEC));
+    result_ = Descriptor(memfd_create("scene", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     if (result_.Number() < 0) ThrowSystemError(errno);
     const Descriptor theirs(ends[1]);
     const std::string program = (GetSettings().startup / "scene_files").string();
@@ -84,16 +85,22 @@ class Process {
   }
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
-  ~Process() { End(); }
-
-  void End() {
-    if (handle_.Number() >= 0) pidfd_send_signal(handle_.Number(), SIGKILL, nullptr, 0);
+  ~Process() {
+    Kill();
     Wait();
   }
 
   int Socket() const { return socket_.Number(); }
-  // What it wrote to its standard output, after its end.
-  int Result() const { return result_.Number(); }
+  // What it wrote to its standard output, which nothing changes any more.
+  int Result() const {
+    if (fcntl(result_.Number(), F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW))
+      ThrowSystemError(errno);
+    return result_.Number();
+  }
+
+  void Kill() const {
+    if (handle_.Number() >= 0) pidfd_send_signal(handle_.Number(), SIGKILL, nullptr, 0);
+  }
 
   // The signal that ended it, after it closed the socket; 0 for none that is known.
   int Wait() {
@@ -119,7 +126,7 @@ class Conversation {
     Ask();
     while (!HaveAnswer()) {
       const bool sends = sent_ < request_.size();
-      pollfd ready{process_.Socket(), short(POLLIN | (sends ? POLLOUT : 0)), 0};
+      pollfd ready{process_->Socket(), short(POLLIN | (sends ? POLLOUT : 0)), 0};
       const int events = poll(&ready, 1, kTurn);
       if (events < 0 && errno != EINTR) ThrowSystemError(errno);
       if (events == 0) Ask();
@@ -129,16 +136,18 @@ class Conversation {
     }
     return FileAnswer(head_.answer);
   }
+  // The process goes while the scene is looked at; giving its memory back takes a while.
   FileScene Scene() {
-    process_.End();  // nothing changes any more
+    process_->Kill();
+    const int file = process_->Result();
     struct stat status;
-    if (fstat(process_.Result(), &status)) ThrowSystemError(errno);
+    if (fstat(file, &status)) ThrowSystemError(errno);
     const auto size = size_t(status.st_size);
     if (head_.bytes != size || size == 0) throw std::runtime_error("the program that reads files failed");
-    void* at = mmap(nullptr, size, PROT_READ, MAP_SHARED, process_.Result(), 0);
+    void* at = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, file, 0);
     if (at == MAP_FAILED) throw std::bad_alloc();
-    const std::shared_ptr<const void> memory(at,
-                                             [size](const void* at) { munmap(const_cast<void*>(at), size); });
+    const std::shared_ptr<const void> memory(
+        at, [size, process = process_](const void* at) { munmap(const_cast<void*>(at), size); });
     FileScene scene = UnpackScene({static_cast<const char*>(at), size});
     scene.memory = memory;
     return scene;
@@ -150,21 +159,21 @@ class Conversation {
  private:
   void Send() {
     const ssize_t sent =
-        send(process_.Socket(), request_.data() + sent_, request_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
+        send(process_->Socket(), request_.data() + sent_, request_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent < 0) return;  // where it is at its end, that is received
     sent_ += size_t(sent);
     if (sent_ < request_.size()) return;
-    shutdown(process_.Socket(), SHUT_WR);
+    shutdown(process_->Socket(), SHUT_WR);
     request_ = {};
     sent_ = 0;
   }
 
   void Receive() {
     char block[1 << 16];
-    const ssize_t got = recv(process_.Socket(), block, sizeof block, MSG_DONTWAIT);
+    const ssize_t got = recv(process_->Socket(), block, sizeof block, MSG_DONTWAIT);
     if (got > 0) return void(received_.append(block, size_t(got)));
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
-    const int signal = process_.Wait();
+    const int signal = process_->Wait();
     throw std::runtime_error(signal == SIGXCPU || signal == SIGKILL ? "it takes too long"
                                                                     : "its content can't be read");
   }
@@ -187,7 +196,7 @@ class Conversation {
     if (progress_ && !progress_->Report(fraction_, what_)) throw Stopped("stopped");
   }
 
-  Process process_;
+  const std::shared_ptr<Process> process_ = std::make_shared<Process>();
   std::string request_, received_;
   size_t sent_ = 0;
   Progress* const progress_;
