@@ -20,7 +20,7 @@ int16_t Short(float number) { return int16_t(std::lround(std::clamp(Finite(numbe
 // What is said of a corner, by the vertex of the file that it was.
 class Corners {
  public:
-  Corners(BaseObject& object, const FileScene& scene, const FileNode& node, int32_t polygons) : scene_(scene) {
+  Corners(BaseObject& object, const FileScene& scene, const FileNode& node, int32_t polygons) {
     const auto say = [&](int32_t type, auto member) -> VariableTag* {
       const auto has = [&](int32_t mesh) { return !(scene.meshes[size_t(mesh)].*member).empty(); };
       return std::ranges::any_of(node.meshes, has) ? &AddBlock(object, type, polygons) : nullptr;
@@ -54,7 +54,6 @@ class Corners {
   }
 
  private:
-  const FileScene& scene_;
   VariableTag *uvw_ = nullptr, *normals_ = nullptr, *colors_ = nullptr;
 };
 
