@@ -12,23 +12,32 @@ concept Plain = std::is_trivially_copyable_v<Item> && !requires(Item item) {
   Item::Fields(item);
 };
 
+constexpr size_t kAlignment = 8;  // of rows
+
+size_t Padding(size_t at) { return (kAlignment - at % kAlignment) % kAlignment; }
+
 class Packer {
  public:
+  explicit Packer(ByteSink& sink) : sink_(sink) {}
+
   template <Plain Item>
   void Put(const Item& item) {
-    bytes.append(reinterpret_cast<const char*>(&item), sizeof item);
+    Bytes(&item, sizeof item);
   }
   void Put(const std::string& text) {
     Put(uint64_t(text.size()));
-    bytes += text;
+    Bytes(text.data(), text.size());
   }
   template <class Item>
   void Put(const std::vector<Item>& items) {
     Put(uint64_t(items.size()));
-    if constexpr (Plain<Item>)
-      bytes.append(reinterpret_cast<const char*>(items.data()), items.size() * sizeof(Item));
-    else
-      for (const Item& item : items) Put(item);
+    for (const Item& item : items) Put(item);
+  }
+  template <class Item>
+  void Put(const Rows<Item>& rows) {
+    Put(uint64_t(rows.size()));
+    Bytes("\0\0\0\0\0\0\0", Padding(size_));
+    Bytes(rows.data(), rows.size() * sizeof(Item));
   }
   template <class Item>
   requires requires(Item item) { Item::Fields(item); }
@@ -36,12 +45,19 @@ class Packer {
     std::apply([&](auto&... fields) { (Put(fields), ...); }, Item::Fields(item));
   }
 
-  std::string bytes;
+ private:
+  void Bytes(const void* bytes, size_t size) {
+    sink_.Take(bytes, size);
+    size_ += size;
+  }
+
+  ByteSink& sink_;
+  size_t size_ = 0;
 };
 
 class Unpacker {
  public:
-  explicit Unpacker(std::string_view bytes) : left_(bytes) {}
+  explicit Unpacker(std::string_view bytes) : whole_(bytes.size()), left_(bytes) {}
 
   template <Plain Item>
   void Get(Item& item) {
@@ -51,18 +67,21 @@ class Unpacker {
     const size_t size = Count(1);
     text.assign(Take(size), size);
   }
+  // Memory grows with what is there.
   template <class Item>
   void Get(std::vector<Item>& items) {
-    if constexpr (Plain<Item>) {
-      const size_t count = Count(sizeof(Item));
-      items.resize(count);
-      if (count) std::memcpy(items.data(), Take(count * sizeof(Item)), count * sizeof(Item));
-    } else {
-      // The least that one needs is the length of a text or a number; memory grows with what is there.
-      const size_t count = Count(sizeof(int32_t));
-      items.clear();
-      for (size_t i = 0; i < count; ++i) Get(items.emplace_back());
-    }
+    const size_t count = Count(sizeof(int32_t));
+    items.clear();
+    for (size_t i = 0; i < count; ++i) Get(items.emplace_back());
+  }
+  template <class Item>
+  void Get(Rows<Item>& rows) {
+    uint64_t count;
+    Get(count);
+    Take(Padding(whole_ - left_.size()));
+    if (count > left_.size() / sizeof(Item)) Refuse();
+    rows =
+        Rows<Item>(std::span(reinterpret_cast<const Item*>(Take(size_t(count) * sizeof(Item))), size_t(count)));
   }
   template <class Item>
   requires requires(Item item) { Item::Fields(item); }
@@ -86,15 +105,9 @@ class Unpacker {
     return at;
   }
 
+  const size_t whole_;
   std::string_view left_;
 };
-
-template <class Item>
-std::string PackAny(const Item& item) {
-  Packer packer;
-  packer.Put(item);
-  return std::move(packer.bytes);
-}
 
 template <class Item>
 Item UnpackAny(std::string_view bytes) {
@@ -107,8 +120,8 @@ Item UnpackAny(std::string_view bytes) {
 
 }  // namespace
 
-std::string Pack(const FileScene& scene) { return PackAny(scene); }
-std::string Pack(const FileRequest& request) { return PackAny(request); }
+void Pack(const FileScene& scene, ByteSink& sink) { Packer(sink).Put(scene); }
+void Pack(const FileRequest& request, ByteSink& sink) { Packer(sink).Put(request); }
 FileScene UnpackScene(std::string_view bytes) { return UnpackAny<FileScene>(bytes); }
 FileRequest UnpackRequest(std::string_view bytes) { return UnpackAny<FileRequest>(bytes); }
 

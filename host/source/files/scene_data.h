@@ -5,6 +5,8 @@
 #define HOST_FILES_SCENE_DATA_H
 
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -13,6 +15,34 @@
 #include "kelvar.framework/source/tables/t_values.h"
 
 namespace host {
+
+// Items that lie in a vector of its own, or where others keep them.
+template <class Item>
+class Rows {
+ public:
+  Rows() = default;
+  Rows(std::vector<Item> items) : own_(std::move(items)), items_(own_) {}
+  Rows(std::initializer_list<Item> items) : Rows(std::vector<Item>(items)) {}
+  explicit Rows(std::span<const Item> items) : items_(items) {}
+  Rows(const Rows& other) : Rows(std::vector<Item>(other.begin(), other.end())) {}
+  Rows(Rows&& other) noexcept = default;  // what a vector holds stays in its place
+  Rows& operator=(Rows other) noexcept {
+    own_.swap(other.own_);
+    items_ = other.items_;
+    return *this;
+  }
+
+  size_t size() const { return items_.size(); }
+  bool empty() const { return items_.empty(); }
+  const Item* data() const { return items_.data(); }
+  const Item* begin() const { return items_.data(); }
+  const Item* end() const { return items_.data() + items_.size(); }
+  const Item& operator[](size_t at) const { return items_[at]; }
+
+ private:
+  std::vector<Item> own_;
+  std::span<const Item> items_;
+};
 
 struct FileNode {
   std::string name;
@@ -26,11 +56,11 @@ struct FileNode {
 struct FileMesh {
   std::string name;
   int32_t material = -1;
-  std::vector<Vector32> points;
-  std::vector<Vector32> normals, uvw;  // one a point, or empty
-  std::vector<ColorA32> colors;
-  std::vector<uint32_t> sizes;  // how many corners each face has; empty: three each
-  std::vector<uint32_t> corners;
+  Rows<Vector32> points;
+  Rows<Vector32> normals, uvw;  // one a point, or empty
+  Rows<ColorA32> colors;
+  Rows<uint32_t> sizes;  // how many corners each face has; empty: three each
+  Rows<uint32_t> corners;
 
   static auto Fields(auto& of) {
     return std::tie(of.name, of.material, of.points, of.normals, of.uvw, of.colors, of.sizes, of.corners);
@@ -97,6 +127,7 @@ struct FileScene {
   std::vector<FileMaterial> materials;
   std::vector<FileCamera> cameras;
   std::vector<FileLight> lights;
+  std::shared_ptr<const void> memory;  // where the rows are that have no vector of their own
 
   static auto Fields(auto& of) { return std::tie(of.nodes, of.meshes, of.materials, of.cameras, of.lights); }
 };
@@ -116,20 +147,33 @@ struct FileRequest {
 enum FileAnswer : int32_t {
   kAnswerProgress,  // a double
   kAnswerFault,     // a text
-  kAnswerScene,     // a packed scene
+  kAnswerScene,     // nothing: so many bytes of a packed scene are in the file that is its standard output
   kAnswerDone
 };
 
 struct FileAnswerHead {
   int32_t answer;
   int32_t reserved;
-  uint64_t bytes;  // that follow
+  uint64_t bytes;  // that follow, or of the scene
 };
 
-std::string Pack(const FileScene& scene);
-std::string Pack(const FileRequest& request);
+// Takes bytes as they come.
+struct ByteSink {
+  virtual void Take(const void* bytes, size_t size) = 0;
 
-// Throw std::runtime_error for bytes that are none.
+ protected:
+  ~ByteSink() = default;
+};
+
+struct ByteText final : ByteSink {
+  void Take(const void* bytes, size_t size) override { text.append(static_cast<const char*>(bytes), size); }
+  std::string text;
+};
+
+void Pack(const FileScene& scene, ByteSink& sink);
+void Pack(const FileRequest& request, ByteSink& sink);
+
+// Rows stay in the bytes, which begin as a double may. Both throw std::runtime_error for bytes that are none.
 FileScene UnpackScene(std::string_view bytes);
 FileRequest UnpackRequest(std::string_view bytes);
 

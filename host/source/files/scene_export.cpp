@@ -18,8 +18,8 @@
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
-#include "scene/tree.h"
 #include "scene/links.h"
+#include "scene/tree.h"
 
 namespace host {
 namespace fs = std::filesystem;
@@ -114,12 +114,18 @@ class Builder {
   }
 
  private:
+  template <class Item>
+  static std::vector<Item> Zeros(const Rows<Item>&, size_t count) {
+    return std::vector<Item>(count);
+  }
+
   // A file of one mesh has what any of them has.
   void Even() {
     const auto fill = [&](auto member) {
       const auto has = [&](const FileMesh& mesh) { return !(mesh.*member).empty(); };
       if (std::ranges::any_of(scene_.meshes, has))
-        for (FileMesh& mesh : scene_.meshes) (mesh.*member).resize(mesh.points.size());
+        for (FileMesh& mesh : scene_.meshes)
+          if ((mesh.*member).empty()) mesh.*member = Zeros(mesh.*member, mesh.points.size());
     };
     fill(&FileMesh::normals);
     fill(&FileMesh::uvw);

@@ -12,15 +12,15 @@
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
-#include "scene/tree.h"
 #include "scene/links.h"
+#include "scene/tree.h"
 #include "tables/utf8.h"
 
 namespace host {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int32_t kSeconds = 120;  // of work of the reader, and one more for each MiB
+constexpr int32_t kSeconds = 20;  // of work of the reader, and one more for each MiB
 
 Vector PlaceOf(const float (&v)[3]) { return {v[0], v[1], Mirrored(v[2])}; }
 Vector PlaceOf(const Vector32& v) { return {v.x, v.y, Mirrored(v.z)}; }
@@ -258,21 +258,26 @@ struct Destroy {
 
 }  // namespace
 
+BaseDocument* MakeDocument(const FileScene& scene, const fs::path& file, int32_t loadFlags,
+                           Progress* progress) {
+  const SceneTurn turn;
+  std::unique_ptr<BaseDocument, Destroy> document(As<BaseDocument>(NewNode(*FindType(kTypeDocument))));
+  if (!document) throw std::bad_alloc();
+  document->name = Clean(file.filename().native());
+  Importer importer(scene, file, progress);
+  if (loadFlags & kFilterMaterials) importer.AddMaterials(*document);
+  if (loadFlags & kFilterObjects) importer.AddObjects(*document);
+  return document.release();
+}
+
 BaseDocument* ImportScene(const fs::path& file, int32_t loadFlags, Progress* progress) {
   try {
     const SceneFormat& format = CheckFile(file);
-    const FileRequest request{
-        .path = fs::absolute(file).native(), .loader = format.extension, .seconds = kSeconds};
+    const fs::path whole = fs::absolute(file);
+    const FileRequest request{.path = whole.native(), .loader = format.extension, .seconds = kSeconds};
     const FileScene scene = RunWorker(request, progress, "reading");
     CheckScene(scene);
-    const SceneTurn turn;
-    std::unique_ptr<BaseDocument, Destroy> document(As<BaseDocument>(NewNode(*FindType(kTypeDocument))));
-    if (!document) throw std::bad_alloc();
-    document->name = Clean(file.filename().native());
-    Importer importer(scene, fs::absolute(file), progress);
-    if (loadFlags & kFilterMaterials) importer.AddMaterials(*document);
-    if (loadFlags & kFilterObjects) importer.AddObjects(*document);
-    return document.release();
+    return MakeDocument(scene, whole, loadFlags, progress);
   } catch (const Stopped&) {
     throw;
   } catch (const std::bad_alloc&) {

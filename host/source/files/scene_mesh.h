@@ -1,4 +1,4 @@
-// Meshes of files and polygon objects.
+// Between scenes of files and documents.
 #ifndef HOST_FILES_SCENE_MESH_H
 #define HOST_FILES_SCENE_MESH_H
 
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "files/scene_data.h"
+#include "files/scene_files.h"
 #include "scene/object.h"
 
 namespace host {
@@ -60,6 +61,10 @@ inline double Mirrored(double z) { return 0.0 - z; }
 // texture coordinates go to tags of the corners. `firstPolygons` gets the first polygon of each mesh, and their
 // number at the end. Throws std::bad_alloc.
 PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vector<int32_t>& firstPolygons);
+
+// A new document of a scene that was checked; the file is what it came from. Throws as ImportScene.
+BaseDocument* MakeDocument(const FileScene& scene, const std::filesystem::path& file, int32_t loadFlags,
+                           Progress* progress);
 
 // How a mesh is written.
 struct MeshStyle {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <memory>
 
@@ -101,6 +102,40 @@ struct Polygons {
   std::vector<NgonPart> parts_;
 };
 
+struct EndObject {
+  void operator()(PolygonObject* object) const { DestroyNow(object); }
+};
+
+size_t HashOf(const Vector32& point) {
+  uint64_t hash = BitsOf(point.x);
+  for (const float number : {point.y, point.z})
+    hash = (hash * 0x9e3779b97f4a7c15 ^ (hash >> 31)) + BitsOf(number);
+  hash *= 0x9e3779b97f4a7c15;
+  return size_t(hash ^ (hash >> 32));
+}
+
+// Numbers the places of all vertices by when they first come.
+void Weld(const FileScene& scene, const FileNode& node, std::vector<int32_t>& points,
+          std::vector<const Vector32*>& firsts) {
+  std::vector<int32_t> slots(std::bit_ceil(2 * points.size() + 1), -1);
+  const size_t mask = slots.size() - 1;
+  int32_t* to = points.data();
+  for (const int32_t mesh : node.meshes) {
+    for (const Vector32& point : scene.meshes[size_t(mesh)].points) {
+      size_t at = HashOf(point) & mask;
+      const auto isOther = [&](const Vector32& first) {
+        return first.x != point.x || first.y != point.y || first.z != point.z;
+      };
+      while (slots[at] >= 0 && isOther(*firsts[size_t(slots[at])])) at = (at + 1) & mask;
+      if (slots[at] < 0) {
+        slots[at] = int32_t(firsts.size());
+        firsts.push_back(&point);
+      }
+      *to++ = slots[at];
+    }
+  }
+}
+
 }  // namespace
 
 PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vector<int32_t>& firstPolygons) {
@@ -109,18 +144,14 @@ PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vec
     vertices += scene.meshes[size_t(mesh)].points.size();
     most += CountPolygons(scene.meshes[size_t(mesh)]);
   }
-  Distinct<3> distinct;
-  distinct.Reserve(vertices);
   std::vector<int32_t> points(vertices);  // the point of each vertex
-  std::vector<Vector> places;
-  size_t vertex = 0;
-  for (const int32_t number : node.meshes) {
-    for (const Vector32& point : scene.meshes[size_t(number)].points) {
-      const int32_t at = distinct.Add({BitsOf(point.x), BitsOf(point.y), BitsOf(point.z)});
-      if (size_t(at) == places.size()) places.push_back(PointOf(point));
-      points[vertex++] = at;
-    }
-  }
+  std::vector<const Vector32*> firsts;    // the vertex that each point was first
+  Weld(scene, node, points, firsts);
+
+  std::unique_ptr<PolygonObject, EndObject> object(NewPolygonObject(int32_t(firsts.size()), 0));
+  if (!object) throw std::bad_alloc();
+  const std::span<Vector> places = object->Points();
+  std::ranges::transform(firsts, places.begin(), [](const Vector32* point) { return PointOf(*point); });
 
   Polygons made;
   made.polygons.reserve(most);
@@ -142,23 +173,16 @@ PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vec
   firstPolygons.push_back(int32_t(made.polygons.size()));
 
   const auto count = int32_t(made.polygons.size());
-  PolygonObject* object = NewPolygonObject(int32_t(places.size()), count);
-  if (!object) throw std::bad_alloc();
-  std::ranges::copy(places, object->Points().begin());
+  object->polygons.Resize(count);
   std::ranges::copy(made.polygons, object->Polygons().begin());
-  try {
-    if (made.hasInner) object->ngonEdges = std::move(made.inner);
-    const Corners corners(*object, scene, node, count);
-    for (size_t i = 0; i < node.meshes.size(); ++i) {
-      const FileMesh& mesh = scene.meshes[size_t(node.meshes[i])];
-      for (auto at = size_t(firstPolygons[i]); at < size_t(firstPolygons[i + 1]); ++at)
-        corners.Set(mesh, at, made.vertices[at]);
-    }
-  } catch (...) {
-    DestroyNow(object);
-    throw;
+  if (made.hasInner) object->ngonEdges = std::move(made.inner);
+  const Corners corners(*object, scene, node, count);
+  for (size_t i = 0; i < node.meshes.size(); ++i) {
+    const FileMesh& mesh = scene.meshes[size_t(node.meshes[i])];
+    for (auto at = size_t(firstPolygons[i]); at < size_t(firstPolygons[i + 1]); ++at)
+      corners.Set(mesh, at, made.vertices[at]);
   }
-  return object;
+  return object.release();
 }
 
 }  // namespace host

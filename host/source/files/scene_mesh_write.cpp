@@ -62,11 +62,15 @@ class Writer {
     std::memcpy(row.data(), &vertex, sizeof vertex);
     const int32_t number = vertices_.Add(row);
     if (size_t(number) == made_.size()) made_.push_back(vertex);
-    mesh.corners.push_back(uint32_t(number));
+    corners_.push_back(uint32_t(number));
   }
 
+  void EndFace(uint32_t size) { sizes_.push_back(size); }
+
   // Vertices stand in the order of their points, so that a reader finds that again.
-  void Finish() {
+  FileMesh Finish() {
+    std::vector<Vector32> points, uvw, normals;
+    std::vector<ColorA32> colors;
     std::vector<uint32_t> order(made_.size()), place(made_.size());
     for (size_t i = 0; i < order.size(); ++i) order[i] = uint32_t(i);
     std::ranges::stable_sort(order, {}, [&](uint32_t i) { return made_[i].point; });
@@ -74,16 +78,22 @@ class Writer {
       const Vertex& vertex = made_[order[i]];
       place[order[i]] = uint32_t(i);
       const Vector& point = object_.Points()[size_t(vertex.point)];
-      mesh.points.push_back({float(point.x), float(point.y), float(Mirrored(point.z))});
-      if (attributes_.uvw) mesh.uvw.push_back(vertex.uvw);
-      if (attributes_.normals || flatNormals_) mesh.normals.push_back(vertex.normal);
-      if (attributes_.colors) mesh.colors.push_back(vertex.color);
+      points.push_back({float(point.x), float(point.y), float(Mirrored(point.z))});
+      if (attributes_.uvw) uvw.push_back(vertex.uvw);
+      if (attributes_.normals || flatNormals_) normals.push_back(vertex.normal);
+      if (attributes_.colors) colors.push_back(vertex.color);
     }
-    for (uint32_t& corner : mesh.corners) corner = place[corner];
-    if (std::ranges::all_of(mesh.sizes, [](uint32_t size) { return size == 3; })) mesh.sizes = {};
+    for (uint32_t& corner : corners_) corner = place[corner];
+    if (std::ranges::all_of(sizes_, [](uint32_t size) { return size == 3; })) sizes_ = {};
+    FileMesh mesh;
+    mesh.points = std::move(points);
+    mesh.uvw = std::move(uvw);
+    mesh.normals = std::move(normals);
+    mesh.colors = std::move(colors);
+    mesh.sizes = std::move(sizes_);
+    mesh.corners = std::move(corners_);
+    return mesh;
   }
-
-  FileMesh mesh;
 
  private:
   struct Vertex {
@@ -98,6 +108,7 @@ class Writer {
   const bool flatNormals_;
   Distinct<kWords> vertices_;
   std::vector<Vertex> made_;
+  std::vector<uint32_t> corners_, sizes_;
 };
 
 void Check(const PolygonObject& object) {
@@ -178,14 +189,13 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
     for (const auto& [first, size] : some) total += size;
     Writer writer(object, attributes, style.normals, total);
     for (const auto& [first, size] : some) {
-      writer.mesh.sizes.push_back(size);
+      writer.EndFace(size);
       // The other way round from the same corner.
       writer.Add(corners[first]);
       for (size_t i = size; i-- > 1;) writer.Add(corners[first + i]);
     }
-    writer.Finish();
-    writer.mesh.material = material;
-    meshes.push_back(std::move(writer.mesh));
+    meshes.push_back(writer.Finish());
+    meshes.back().material = material;
   }
   return meshes;
 }

@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -53,14 +55,17 @@ class Process {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends)) ThrowSystemError(errno);
     socket_ = Descriptor(ends[0]);
+    result_ = Descriptor(memfd_create("scene", MFD_CLOEXEC));
+    if (result_.Number() < 0) ThrowSystemError(errno);
     const Descriptor theirs(ends[1]);
     const std::string program = (GetSettings().startup / "scene_files").string();
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_adddup2(&files, theirs.Number(), STDIN_FILENO);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&files, result_.Number(), STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     // Ctrl-C of a terminal is for the host, which then stops this.
@@ -79,12 +84,16 @@ class Process {
   }
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
-  ~Process() {
+  ~Process() { End(); }
+
+  void End() {
     if (handle_.Number() >= 0) pidfd_send_signal(handle_.Number(), SIGKILL, nullptr, 0);
     Wait();
   }
 
   int Socket() const { return socket_.Number(); }
+  // What it wrote to its standard output, after its end.
+  int Result() const { return result_.Number(); }
 
   // The signal that ended it, after it closed the socket; 0 for none that is known.
   int Wait() {
@@ -95,7 +104,7 @@ class Process {
   }
 
  private:
-  Descriptor socket_, handle_;
+  Descriptor socket_, result_, handle_;
   pid_t id_ = 0;
   bool isDone_ = false;
 };
@@ -119,6 +128,20 @@ class Conversation {
       if (ready.revents & (POLLIN | POLLHUP | POLLERR)) Receive();
     }
     return FileAnswer(head_.answer);
+  }
+  FileScene Scene() {
+    process_.End();  // nothing changes any more
+    struct stat status;
+    if (fstat(process_.Result(), &status)) ThrowSystemError(errno);
+    const auto size = size_t(status.st_size);
+    if (head_.bytes != size || size == 0) throw std::runtime_error("the program that reads files failed");
+    void* at = mmap(nullptr, size, PROT_READ, MAP_SHARED, process_.Result(), 0);
+    if (at == MAP_FAILED) throw std::bad_alloc();
+    const std::shared_ptr<const void> memory(at,
+                                             [size](const void* at) { munmap(const_cast<void*>(at), size); });
+    FileScene scene = UnpackScene({static_cast<const char*>(at), size});
+    scene.memory = memory;
+    return scene;
   }
   std::string_view Payload() const {
     return std::string_view(received_).substr(sizeof head_, size_t(head_.bytes));
@@ -150,11 +173,8 @@ class Conversation {
   bool HaveAnswer() {
     while (received_.size() >= sizeof head_) {
       std::memcpy(&head_, received_.data(), sizeof head_);
-      if (head_.bytes > received_.size() - sizeof head_) {
-        if (received_.capacity() < head_.bytes && head_.answer == kAnswerScene)
-          received_.reserve(size_t(head_.bytes) + sizeof head_);
-        return false;
-      }
+      if (head_.answer == kAnswerScene) return true;
+      if (head_.bytes > received_.size() - sizeof head_) return false;
       if (head_.answer != kAnswerProgress) return true;
       if (head_.bytes == sizeof fraction_) std::memcpy(&fraction_, Payload().data(), sizeof fraction_);
       received_.erase(0, sizeof head_ + size_t(head_.bytes));
@@ -179,10 +199,12 @@ class Conversation {
 }  // namespace
 
 FileScene RunWorker(const FileRequest& request, Progress* progress, const char* what) {
-  Conversation conversation(Pack(request), progress, what);
+  ByteText packed;
+  Pack(request, packed);
+  Conversation conversation(std::move(packed.text), progress, what);
   switch (conversation.Run()) {
     case kAnswerScene:
-      return UnpackScene(conversation.Payload());
+      return conversation.Scene();
     case kAnswerDone:
       return {};
     case kAnswerFault:

@@ -178,7 +178,7 @@ bool ObjectPlace::SetNumbers(const std::vector<double>& numbers) {
   constexpr size_t kWithout = 1 + 4 * 3 + 3 * 3, kWithFrozen = kWithout + 3 * 3;
   if (numbers.size() != kWithout && numbers.size() != kWithFrozen) return false;
   const double order = numbers[0];
-  if (!(order >= kOrderYXZ && order <= kOrderHPB)) return false;
+  if (!(order >= int32_t(kOrderYXZ) && order <= int32_t(kOrderHPB))) return false;
   size_t at = 1;
   const auto take = [&](std::initializer_list<Vector*> vectors) {
     for (Vector* v : vectors) {

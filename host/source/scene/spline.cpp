@@ -10,6 +10,9 @@ namespace {
 
 using Cubic = std::array<Vector, 4>;
 
+constexpr double kTolerance = 1e-10;
+constexpr int kDepth = 40;
+
 Vector Mix(const Vector& a, const Vector& b, double t) { return a * (1 - t) + b * t; }
 
 Vector PointOf(const Cubic& c, double t) {
@@ -54,6 +57,22 @@ double LengthOf(const Cubic& c, double from, double to, double whole, double tol
   if (isGood || depth == 0) return first + second;
   return LengthOf(c, from, middle, first, tolerance, depth - 1) +
          LengthOf(c, middle, to, second, tolerance, depth - 1);
+}
+
+// Measured in its own size, so that no squares are out of range.
+double LengthOf(const Cubic& c) {
+  double size = 0;
+  for (const Vector& point : c) {
+    const Vector way = kelvar::Absolute(point - c[0]);
+    size = std::max({size, way.x, way.y, way.z});
+  }
+  if (size == 0) return 0;
+  Cubic scaled;
+  for (size_t i = 0; i < 4; ++i) {
+    const Vector way = c[i] - c[0];
+    scaled[i] = {way.x / size, way.y / size, way.z / size};
+  }
+  return size * LengthOf(scaled, 0, 1, Integrate(scaled, 0, 1), kTolerance, kDepth);
 }
 
 // From points and the velocities there.
@@ -160,19 +179,8 @@ Vector Curve::TangentAt(double t) const {
 }
 
 double Curve::Length() const {
-  constexpr double kTolerance = 1e-10;
-  constexpr int kDepth = 40;
   double length = 0;
-  for (int32_t i = 0; i < SpanCount(); ++i) {
-    const Cubic c = Span(i);
-    if (interpolation == Interpolation::kLinear) {
-      length += kelvar::Distance(c[0], c[3]);
-      continue;
-    }
-    const double size =
-        kelvar::Distance(c[0], c[1]) + kelvar::Distance(c[1], c[2]) + kelvar::Distance(c[2], c[3]);
-    length += LengthOf(c, 0, 1, Integrate(c, 0, 1), kTolerance * size, kDepth);
-  }
+  for (int32_t i = 0; i < SpanCount(); ++i) length += LengthOf(Span(i));
   return length;
 }
 

@@ -332,7 +332,7 @@ TEST_F(HyperFileTest, Trees) {
 TEST_F(HyperFileTest, DeepTrees) {
   const Element root(New());
   GeListNode* deepest = root.get();
-  for (int i = 0; i < 50000; ++i) {
+  for (int i = 0; i < 20000; ++i) {
     BaseList2D* below = New();
     host::Append(*below, *deepest);
     deepest = below;
@@ -344,7 +344,7 @@ TEST_F(HyperFileTest, DeepTrees) {
   EXPECT_TRUE(atom::ReadObject(read.get(), &file, 1));
   int count = 0;
   for (const GeListNode* node = read->down; node; node = node->down) ++count;
-  EXPECT_EQ(count, 50000);
+  EXPECT_EQ(count, 20000);
 }
 
 TEST_F(HyperFileTest, Damage) {

@@ -1,5 +1,6 @@
 #include <sys/resource.h>
 
+#include <map>
 #include <numeric>
 
 #include "app/symbols.h"
@@ -315,6 +316,28 @@ TEST_F(SceneFiles, SeamsDoNotSplitPoints) {
   EXPECT_EQ(normals[1][1], 32000);
 }
 
+// The fronts of closed solids point outwards, so that their volume is above zero.
+TEST_F(SceneFiles, TheTableIsWhatItsFileSays) {
+  Document document = Import(fs::path(EXAMPLES) / "assets/table.obj");
+  std::map<std::string, double> volumes;
+  for (const BaseObject* one : ObjectsOf(*document)) {
+    const auto* object = As<PolygonObject>(one);
+    double& volume = volumes[NameOf(*object)];
+    const auto at = [&](int32_t point) { return object->Points()[size_t(point)]; };
+    for (const CPolygon& polygon : object->Polygons())
+      volume += kelvar::Dot(at(polygon.a), kelvar::Cross(at(polygon.b), at(polygon.c)) +
+                                               kelvar::Cross(at(polygon.c), at(polygon.d))) /
+                6;
+  }
+  const std::map<std::string, double> expected{{"Leg_1", 2520}, {"Leg_2", 2520}, {"Leg_3", 2520},
+                                               {"Leg_4", 2520}, {"Top", 38400},  {"Plate", 653.15}};
+  ASSERT_EQ(volumes.size(), expected.size());
+  for (const auto& [name, volume] : expected) EXPECT_NEAR(volumes[name], volume, 0.01) << name;
+  const auto* plate = As<PolygonObject>(FindObject(*document, "Plate"));
+  EXPECT_EQ(plate->polygons.Count(), 8 + 2 * 3);  // each face of eight corners is three polygons
+  EXPECT_EQ(MaterialsOf(*plate)[0], "Glaze");
+}
+
 // What a file names outside of its folder is not read.
 TEST_F(SceneFiles, FilesStayInTheirFolder) {
   folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
@@ -424,11 +447,13 @@ TEST_F(SceneFiles, ScenesOfTheReaderAreChecked) {
     scene.materials.resize(1);
     scene.meshes.resize(1);
     scene.nodes[1].meshes = {0};
-    scene.meshes[0].points.resize(3);
+    scene.meshes[0].points = std::vector<Vector32>(3);
     scene.meshes[0].corners = {0, 1, 2};
     change(scene);
     try {
-      CheckScene(UnpackScene(Pack(scene)));
+      ByteText packed;
+      Pack(scene, packed);
+      CheckScene(UnpackScene(packed.text));
     } catch (const std::runtime_error& error) {
       return error.what();
     }
@@ -440,16 +465,16 @@ TEST_F(SceneFiles, ScenesOfTheReaderAreChecked) {
   EXPECT_NE(faultOf([](FileScene& scene) { scene.nodes[1].parent = -2; }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.nodes[0].meshes = {1}; }), "");
   EXPECT_NE(faultOf([&](FileScene& scene) { scene.nodes[0].matrix.v3[2] = nan; }), "");
-  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].corners[2] = 3; }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].corners = {0, 1, 3}; }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].sizes = {4}; }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].sizes = {UINT32_MAX, 4}; }), "");
-  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].uvw.resize(2); }), "");
+  EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].uvw = {Vector32{}, Vector32{}}; }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.meshes[0].material = 1; }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.materials[0].textures.clear(); }), "");
   EXPECT_NE(faultOf([](FileScene& scene) { scene.cameras.push_back({.node = 2}); }), "");
   EXPECT_NE(faultOf([&](FileScene& scene) { scene.lights.push_back({.view = {{nan, 0, 0}}}); }), "");
   EXPECT_NE(faultOf([](FileScene& scene) {
-              scene.meshes[0].points.resize(1 << 20);
+              scene.meshes[0].points = std::vector<Vector32>(1 << 20);
               scene.nodes[0].meshes.assign(1 << 10, 0);
             }),
             "");
@@ -458,7 +483,9 @@ TEST_F(SceneFiles, ScenesOfTheReaderAreChecked) {
               for (int32_t i = 1; i < 5000; ++i) scene.nodes[size_t(i)].parent = i - 1;
             }),
             "");
-  const std::string bytes = Pack(FileScene{.nodes = {{.name = "a"}}});
+  ByteText packed;
+  Pack(FileScene{.nodes = {{.name = "a"}}}, packed);
+  const std::string& bytes = packed.text;
   for (size_t size = 0; size < bytes.size(); ++size)
     EXPECT_THROW(UnpackScene(std::string_view(bytes).substr(0, size)), std::runtime_error);
 }

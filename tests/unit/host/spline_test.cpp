@@ -109,19 +109,15 @@ TEST(Curves, HaveLengths) {
     double length, wanted;
   } kCases[] = {
       {bezier({third, 0, 0}, {-third, -2 * third, 0}, {1, 1, 0}), (2 * std::sqrt(5) + std::asinh(2)) / 4},
-      {bezier({1e200, 0, 0}, {1e200, 0, 0}, {}), HUGE_VAL},
+      {bezier({1e200, 0, 0}, {1e200, 0, 0}, {}), 1.5e200},
+      {bezier({1e-160, 0, 0}, {1e-160, 0, 0}, {}), 1.5e-160},
       {bezier({1, 0, 0}, {1, 0, 0}, {}), 1.5},                                      // there and back
       {bezier({}, {0, -1, 0}, {0, 1, 0}), 1},                                       // slow at its ends
       {bezier({}, {-2 * third, -1, 0}, {1, 1, 0}), (13 * std::sqrt(13) - 8) / 27},  // y² = x³
       {bezier({1e8, 0, 0}, {1e8, 0, 0}, {}), 1.5e8},
       {Curve{kZigzag, {}, Interpolation::kLinear, false}.Length(),
        std::sqrt(5) + std::sqrt(6) + std::sqrt(6) + 3}};
-  for (const auto& one : kCases)
-    if (std::isfinite(one.wanted)) {
-      EXPECT_NEAR(one.length / one.wanted, 1, 1e-9) << one.wanted;
-    } else {
-      EXPECT_FALSE(std::isfinite(one.length));
-    }
+  for (const auto& one : kCases) EXPECT_NEAR(one.length / one.wanted, 1, 1e-9) << one.wanted;
   // A curve in many small steps is never longer.
   for (int32_t type = 0; type < 4; ++type) {
     const Curve curve = {kZigzag, {}, Interpolation(type), true};

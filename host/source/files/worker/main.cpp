@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "files/worker/worker.h"
 
@@ -34,6 +35,41 @@ void Answer(FileAnswer answer, std::string_view bytes = {}) {
   Send(reinterpret_cast<const char*>(&head), sizeof head);
   Send(bytes.data(), bytes.size());
 }
+
+// The file that the host looks at afterwards.
+class Result final : public ByteSink {
+ public:
+  void Take(const void* bytes, size_t size) override {
+    if (size < sizeof block_ - filled_) {
+      std::memcpy(block_ + filled_, bytes, size);
+      filled_ += size;
+      return;
+    }
+    Flush();
+    Write(static_cast<const char*>(bytes), size);
+  }
+  uint64_t Finish() {
+    Flush();
+    return written_;
+  }
+
+ private:
+  void Flush() { Write(block_, std::exchange(filled_, 0)); }
+  void Write(const char* bytes, size_t size) {
+    while (size > 0) {
+      const ssize_t wrote = write(STDOUT_FILENO, bytes, size);
+      if (wrote < 0 && errno == EINTR) continue;
+      if (wrote < 0) throw std::runtime_error(std::strerror(errno));
+      bytes += wrote;
+      size -= size_t(wrote);
+      written_ += uint64_t(wrote);
+    }
+  }
+
+  char block_[1 << 16];
+  size_t filled_ = 0;
+  uint64_t written_ = 0;
+};
 
 std::string ReceiveAll() {
   std::string bytes;
@@ -67,10 +103,10 @@ void Limit(__rlimit_resource resource, uint64_t value) {
 }
 
 // A file that makes the library ask for memory without end is told apart from a large one by its size.
-void LimitUse(const FileRequest& request) {
+void LimitUse(const FileRequest& request, size_t sent) {
   std::error_code error;
   const uint64_t fileSize = request.loader.empty() ? 0 : std::filesystem::file_size(request.path, error);
-  const uint64_t size = (error ? 0 : fileSize) + (request.loader.empty() ? Pack(request.scene).size() : 0);
+  const uint64_t size = (error ? 0 : fileSize) + sent;
   const uint64_t machine = uint64_t(sysconf(_SC_PHYS_PAGES)) * uint64_t(sysconf(_SC_PAGESIZE));
   Limit(RLIMIT_DATA, DataInUse() + std::min<uint64_t>((uint64_t(4) << 30) + 64 * size, machine / 4 * 3));
   Limit(RLIMIT_CPU, uint64_t(request.seconds) + size / (1 << 20));
@@ -93,13 +129,17 @@ int main() {
   // A file that can't grow is told by the call that writes.
   std::signal(SIGXFSZ, SIG_IGN);
   try {
-    const host::FileRequest request = host::UnpackRequest(host::ReceiveAll());
-    host::LimitUse(request);
+    const std::string received = host::ReceiveAll();
+    const host::FileRequest request = host::UnpackRequest(received);
+    host::LimitUse(request, received.size());
     if (request.loader.empty()) {
       host::WriteScene(request);
       host::Answer(host::kAnswerDone);
     } else {
-      host::Answer(host::kAnswerScene, host::Pack(host::ReadScene(request)));
+      auto& result = *new host::Result;
+      host::Pack(host::ReadScene(request), result);
+      const host::FileAnswerHead head{host::kAnswerScene, 0, result.Finish()};
+      host::Send(reinterpret_cast<const char*>(&head), sizeof head);
     }
   } catch (const std::bad_alloc&) {
     host::Answer(host::kAnswerFault, "it takes too much memory");

@@ -25,35 +25,34 @@ Vector32 VectorOf(const aiVector3D& vector) { return {vector.x, vector.y, vector
 
 // Vectors and colours lie as ours do.
 template <class Item, class Theirs>
-std::vector<Item> Copied(const Theirs* items, size_t count) {
+Rows<Item> RowsOf(const Theirs* items, size_t count) {
   static_assert(sizeof(Item) == sizeof(Theirs));
-  std::vector<Item> copy;
-  if (!items) return copy;
-  copy.resize(count);
-  std::memcpy(copy.data(), items, count * sizeof(Item));
-  return copy;
+  return Rows<Item>(std::span(reinterpret_cast<const Item*>(items), items ? count : 0));
 }
 
 FileMesh ReadMesh(const aiMesh& mesh) {
   FileMesh made;
   made.name = TextOf(mesh.mName);
-  made.points = Copied<Vector32>(mesh.mVertices, mesh.mNumVertices);
-  made.normals = Copied<Vector32>(mesh.mNormals, mesh.mNumVertices);
-  made.uvw = Copied<Vector32>(mesh.mTextureCoords[0], mesh.mNumVertices);
-  made.colors = Copied<ColorA32>(mesh.mColors[0], mesh.mNumVertices);
+  made.points = RowsOf<Vector32>(mesh.mVertices, mesh.mNumVertices);
+  made.normals = RowsOf<Vector32>(mesh.mNormals, mesh.mNumVertices);
+  made.uvw = RowsOf<Vector32>(mesh.mTextureCoords[0], mesh.mNumVertices);
+  made.colors = RowsOf<ColorA32>(mesh.mColors[0], mesh.mNumVertices);
   size_t corners = 0;
   bool areTriangles = true;
   for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
     corners += mesh.mFaces[i].mNumIndices;
     areTriangles = areTriangles && mesh.mFaces[i].mNumIndices == 3;
   }
-  made.corners.reserve(corners);
-  if (!areTriangles) made.sizes.reserve(mesh.mNumFaces);
+  std::vector<uint32_t> flat, sizes;
+  flat.reserve(corners);
+  if (!areTriangles) sizes.reserve(mesh.mNumFaces);
   for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
     const aiFace& face = mesh.mFaces[i];
-    if (!areTriangles) made.sizes.push_back(face.mNumIndices);
-    made.corners.insert(made.corners.end(), face.mIndices, face.mIndices + face.mNumIndices);
+    if (!areTriangles) sizes.push_back(face.mNumIndices);
+    flat.insert(flat.end(), face.mIndices, face.mIndices + face.mNumIndices);
   }
+  made.corners = std::move(flat);
+  made.sizes = std::move(sizes);
   return made;
 }
 

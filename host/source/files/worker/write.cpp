@@ -13,7 +13,7 @@ namespace host {
 namespace {
 
 template <class Theirs, class Item>
-Theirs* Copied(const std::vector<Item>& items) {
+Theirs* Copied(const Rows<Item>& items) {
   static_assert(sizeof(Item) == sizeof(Theirs));
   if (items.empty()) return nullptr;
   auto* copy = new Theirs[items.size()];
