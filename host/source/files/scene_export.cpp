@@ -18,7 +18,6 @@
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
-#include "scene/links.h"
 #include "scene/tree.h"
 
 namespace host {
@@ -76,6 +75,10 @@ std::string LineOf(std::string_view name) {
   return line;
 }
 
+struct EndObject {
+  void operator()(BaseObject* object) const { DestroyNow(object); }
+};
+
 class Builder {
  public:
   Builder(const SceneFormat& format, const fs::path& folder) : format_(format), folder_(folder) {
@@ -91,14 +94,26 @@ class Builder {
       numbers_.emplace(node, int32_t(scene_.materials.size()));
       AddMaterial(static_cast<const BaseMaterial&>(*node));
     }
+    const GeListHead* objects = FindBranch(document, kTypeObject);
+    for (const GeListNode* node = objects ? objects->down : nullptr; node; node = node->next) {
+      const auto& root = static_cast<const BaseObject&>(*node);
+      if (IsDeformer(root)) continue;
+      const std::unique_ptr<BaseObject, EndObject> shape(NewShape(root, true));
+      if (!shape) throw std::bad_alloc();
+      AddNodes(*shape);
+    }
+    if (!std::strcmp(format_.extension, "ply")) Even();
+    return std::move(scene_);
+  }
+
+ private:
+  void AddNodes(const BaseObject& root) {
     struct Pending {
       const GeListNode* node;
       int32_t parent;
       const BaseObject* textured;  // the nearest above that has a texture
     };
-    std::vector<Pending> pending;
-    const GeListHead* objects = FindBranch(document, kTypeObject);
-    if (objects && objects->down) pending.push_back({objects->down, -1, nullptr});
+    std::vector<Pending> pending{{&root, -1, nullptr}};
     while (!pending.empty()) {
       const auto [node, parent, above] = pending.back();
       pending.pop_back();
@@ -109,11 +124,8 @@ class Builder {
       AddNode(object, parent, textured);
       if (object.down) pending.push_back({object.down, number, textured});
     }
-    if (!std::strcmp(format_.extension, "ply")) Even();
-    return std::move(scene_);
   }
 
- private:
   template <class Item>
   static std::vector<Item> Zeros(const Rows<Item>&, size_t count) {
     return std::vector<Item>(count);
@@ -288,10 +300,6 @@ class NewFiles {
   fs::path file_, folder_;
 };
 
-struct Destroy {
-  void operator()(BaseDocument* document) const { DestroyNow(document); }
-};
-
 }  // namespace
 
 void ExportScene(const BaseDocument& document, const fs::path& to, int32_t formatId, int32_t,
@@ -303,17 +311,13 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
     fs::path file = fs::absolute(to);
     if (fs::is_symlink(file)) file = fs::canonical(file);
     if (fs::exists(file) && !fs::is_regular_file(file)) Refuse("there is something else of that name");
-    FileRequest request{.exporter = format->assimpId, .seconds = kSeconds};
-    {
-      const SceneTurn turn;
-      const std::unique_ptr<BaseDocument, Destroy> shapes(
-          Polygonize(const_cast<BaseDocument&>(document), false));
-      if (!shapes) throw std::bad_alloc();
-      request.scene = Builder(*format, file.parent_path()).Build(*shapes);
-    }
-    if (request.scene.meshes.empty()) Refuse("there are no polygons to save");
+    FileScene scene = Builder(*format, file.parent_path()).Build(document);
+    if (scene.meshes.empty()) Refuse("there are no polygons to save");
     const NewFiles files(file);
-    request.path = files.File().native();
+    const FileRequest request{.path = files.File().native(),
+                              .exporter = format->assimpId,
+                              .seconds = kSeconds,
+                              .scene = std::move(scene)};
     RunWorker(request, progress, "writing");
     if (progress && !progress->Report(1, "writing")) throw Stopped("stopped");
     files.Publish();

@@ -48,11 +48,11 @@ const SceneFormat* FindFormat(int32_t id);
 const SceneFormat* FindFormat(std::string_view extension);
 
 // A new document of the file, in no list; the caller owns it. `loadFlags` are of SceneFilter. `progress` may be
-// null. Throws FileFault, Stopped or std::bad_alloc, and leaves nothing behind.
+// null. Throws FileFault, Stopped or std::bad_alloc, and leaves nothing behind. Nobody else's scene is touched.
 BaseDocument* ImportScene(const std::filesystem::path& file, int32_t loadFlags, Progress* progress);
 
-// Writes the file anew: what was there stays until all is written. Generators go as their caches. Throws as
-// ImportScene.
+// Writes the file anew: what was there stays until all is written. Of generators goes what they made when the
+// document was evaluated last. The document changes for nobody meanwhile. Throws as ImportScene.
 void ExportScene(const BaseDocument& document, const std::filesystem::path& file, int32_t format,
                  int32_t saveFlags, Progress* progress);
 

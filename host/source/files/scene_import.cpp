@@ -12,7 +12,6 @@
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
-#include "scene/links.h"
 #include "scene/tree.h"
 #include "tables/utf8.h"
 
@@ -260,9 +259,8 @@ struct Destroy {
 
 BaseDocument* MakeDocument(const FileScene& scene, const fs::path& file, int32_t loadFlags,
                            Progress* progress) {
-  const SceneTurn turn;
-  std::unique_ptr<BaseDocument, Destroy> document(As<BaseDocument>(NewNode(*FindType(kTypeDocument))));
-  if (!document) throw std::bad_alloc();
+  std::unique_ptr<BaseDocument, Destroy> document(
+      static_cast<BaseDocument*>(NewNode(*FindType(kTypeDocument))));
   document->name = Clean(file.filename().native());
   Importer importer(scene, file, progress);
   if (loadFlags & kFilterMaterials) importer.AddMaterials(*document);

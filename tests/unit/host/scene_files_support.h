@@ -20,8 +20,8 @@ struct EndDocument {
 };
 using Document = std::unique_ptr<BaseDocument, EndDocument>;
 
-inline Document NewDocument() {
-  return Document(host::As<BaseDocument>(host::NewNode(*host::FindType(host::kTypeDocument))));
+inline Document EmptyDocument() {
+  return Document(static_cast<BaseDocument*>(host::NewNode(*host::FindType(host::kTypeDocument))));
 }
 
 inline Document Import(const std::filesystem::path& file) {

@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "app/symbols.h"
+#include "evaluate/evaluate.h"
 #include "files/scene_check.h"
 #include "scene_files_support.h"
 
@@ -17,7 +18,7 @@ class SceneFiles : public Scene {
   // A null with a box below it, whose sides have two materials, a plate with an even and a bent face of many
   // corners below that, a camera and a light.
   Document Small() {
-    Document document = NewDocument();
+    Document document = EmptyDocument();
     GeListHead& objects = *Branch(*document, kTypeObject);
     BaseObject& stand = *New<BaseObject>(objects, id::kNull, "Stand");
     stand.place.SetLocal({{10, 2, -3}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
@@ -243,7 +244,7 @@ TEST_P(SceneFormats, ComesBackAsItWent) {
 // Numbers of any size are kept in single precision, and points that are close together stay apart.
 TEST_P(SceneFormats, KeepsNumbers) {
   for (const double scale : {1e-6, 1.0, 1e6}) {
-    Document document = NewDocument();
+    Document document = EmptyDocument();
     std::vector<Vector> points;
     std::vector<CPolygon> polygons;
     uint32_t seed = 1;
@@ -368,8 +369,9 @@ TEST_F(SceneFiles, PartsOfAFileCanBeLeftOut) {
 }
 
 TEST_F(SceneFiles, GeneratorsAreSavedAsWhatTheyMake) {
-  Document document = NewDocument();
+  Document document = EmptyDocument();
   New<BaseObject>(*Branch(*document, kTypeObject), kCube, "Cube");
+  ASSERT_TRUE(Evaluate(*document, {}));
   Document again = Import(Save(*document, Format("obj")));
   const PolygonObject& cube = OnlyPolygons(*again);
   EXPECT_EQ(NameOf(cube), "Cube");
@@ -379,7 +381,7 @@ TEST_F(SceneFiles, GeneratorsAreSavedAsWhatTheyMake) {
 }
 
 TEST_F(SceneFiles, NamesThatAFileCannotTellApartAreChanged) {
-  Document document = NewDocument();
+  Document document = EmptyDocument();
   for (int i = 0; i < 3; ++i)
     AddPolygons(*Branch(*document, kTypeObject), i < 2 ? "Twin" : "a\nv 9 9 9",
                 {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
@@ -530,7 +532,7 @@ TEST_F(SceneFiles, WhatCannotBeWrittenLeavesTheOldFile) {
 
 TEST_F(SceneFiles, WhatNoFileHoldsIsRefused) {
   const auto faultOf = [&](auto change, int32_t format = Format("obj").id, const char* name = "new.obj") {
-    Document document = NewDocument();
+    Document document = EmptyDocument();
     PolygonObject& object =
         AddPolygons(*Branch(*document, kTypeObject), "One", {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
     change(object);
