@@ -1,6 +1,6 @@
 """Prints what loading a large model costs: qlxpy files.py PEER
 
-Against the library that reads the file, on its own in a program of its own, and against another application where it
+Against the library that reads the file, alone and each time in a program of its own as here, and against another application where it
 is on the PATH. Files are made anew for each run of this script.
 """
 import array
@@ -17,7 +17,7 @@ from qlx import documents
 
 from measure import verdict
 
-SIDE = 500  # quads along each side
+SIDE = 1000  # quads along each side
 RUNS = 7
 BOUND = 1.3
 
@@ -88,7 +88,7 @@ def main():
         for kind, write in (("obj", write_obj), ("ply", write_ply)):
             path = os.path.join(folder, "grid." + kind)
             write(path)
-            own, library = ours(path), float(of_program(sys.argv[1], path, str(RUNS)))
+            own, library = ours(path), statistics.median(float(of_program(sys.argv[1], path)) for _ in range(RUNS))
             line = f"  {kind} {own * 1e3:8.0f}   library alone {library * 1e3:6.0f}   {verdict(own / library, BOUND)}"
             if blender:
                 script = os.path.join(folder, "blender.py")
