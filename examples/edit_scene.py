@@ -2,7 +2,7 @@
 
     ./run examples/edit_scene.py IN OUT
 
-The extension of OUT chooses the format: .obj .glb .fbx .dae .ply .stl
+The extension of OUT chooses the format: .obj .glb .dae .ply .stl
 """
 import math
 import os
@@ -11,10 +11,11 @@ import sys
 import qlx
 from qlx import documents
 
+BEADS = 5
+
 FORMATS = {
     ".obj": qlx.FORMAT_OBJEXPORT,
     ".glb": qlx.FORMAT_GLBEXPORT,
-    ".fbx": qlx.FORMAT_FBXEXPORT,
     ".dae": qlx.FORMAT_DAEEXPORT,
     ".ply": qlx.FORMAT_PLYEXPORT,
     ".stl": qlx.FORMAT_STLEXPORT,
@@ -72,7 +73,7 @@ def mirror(op):
 
 
 def helix(turns, radius, height, steps=16):
-    """A spline that rises in circles."""
+    """A spline that rises in circles. Files keep no splines: it is what the beads are strung on."""
     count = turns * steps + 1
     spline = qlx.SplineObject(count, qlx.SPLINEOBJECT_TYPE_CUBIC)
     spline.SetName("Helix")
@@ -96,7 +97,18 @@ def edit(doc):
     stand.SetName("Stand")
     stand.SetRelPos(qlx.Vector(0, -1, 0))
     doc.InsertObject(stand)
-    doc.InsertObject(helix(3, 50, 120))
+    spline = helix(3, 50, 120)
+    doc.InsertObject(spline)
+    beads = qlx.BaseObject(qlx.Onull)
+    beads.SetName("Beads")
+    doc.InsertObject(beads)
+    for i in range(BEADS):
+        bead = qlx.BaseObject(qlx.Osphere)
+        bead.SetName("Bead %d" % (i + 1))
+        bead[qlx.PRIM_SPHERE_RAD] = 4.0
+        bead[qlx.PRIM_SPHERE_SUB] = 12
+        bead.SetRelPos(spline.GetSplinePoint(i / (BEADS - 1)))
+        bead.InsertUnderLast(beads)
     return len(models)
 
 
@@ -111,7 +123,7 @@ def main():
     kind = FORMATS[os.path.splitext(target)[1].lower()]
     if not documents.SaveDocument(doc, target, qlx.SAVEDOCUMENTFLAGS_NONE, kind):
         sys.exit(1)
-    print(f"{count} models of {os.path.basename(source)} changed, a stand and a helix added: {target}")
+    print(f"{count} models of {os.path.basename(source)} changed, a stand and {BEADS} beads added: {target}")
 
 
 if __name__ == "__main__":

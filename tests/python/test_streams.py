@@ -224,8 +224,9 @@ sys.stderr.write('%s\\n' % sys.stdin.closed)
                 alone = "argument expected" in reason
                 code, out, err = self.run_one(*arguments, *([] if alone else ["-c", script]))
                 self.assertEqual((code, out), (2, ""))
-                self.assertIn(reason, err)
+                self.assertEqual(err.count(reason), 1, err)
                 self.assertTrue(err.startswith("qlxpy: "), err)
+                self.assertNotIn("no python vm found", err)
 
     def test_help_lists_every_option(self):
         code, out, err = self.run_one("--help")

@@ -44,14 +44,11 @@ class Stopper {
   Clock::time_point next_{};
 };
 
-// Ends a document that nobody wants in the host's turn.
-struct EndInTurn {
-  void operator()(BaseDocument* document) const {
-    const SceneTurn turn;
-    DestroyNow(document);
-  }
+// Of documents that no other thread has seen.
+struct Destroy {
+  void operator()(BaseDocument* document) const { DestroyNow(document); }
 };
-using OwnedDocument = std::unique_ptr<BaseDocument, EndInTurn>;
+using OwnedDocument = std::unique_ptr<BaseDocument, Destroy>;
 
 // How far a file is, as a line of the terminal that is drawn anew, and is gone at the end.
 class ConsoleProgress final : public Progress {
@@ -130,21 +127,40 @@ OwnedDocument CopyOf(const BaseDocument& document) {
 // As the document is now, and in no other one's way.
 OwnedDocument Snapshot(const BaseDocument& document) {
   const SceneTurn turn;
-  OwnedDocument copy = document.IsDead() ? nullptr : CopyOf(document);
+  if (document.IsDead()) throw std::runtime_error("the document was destroyed");
+  OwnedDocument copy = CopyOf(document);
   if (!copy) throw std::bad_alloc();
   return copy;
 }
 
-bool Save(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
-  const OwnedDocument copy = Snapshot(document);
-  {
-    const PrivateScene isPrivate;
-    ConsoleProgress progress(stopper, file);
-    Passes passes;
-    passes.animation = false;  // it is saved as it stands
-    if (!Evaluate(*copy, passes, [&] { return stopper.IsStopped(); })) throw Stopped("evaluation");
-    ExportScene(*copy, file, format, flags, &progress);
+void Write(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
+  const PrivateScene isPrivate;
+  ConsoleProgress progress(stopper, file);
+  Passes passes;
+  passes.animation = false;  // it is saved as it stands
+  if (!Evaluate(document, passes, [&] { return stopper.IsStopped(); })) throw Stopped("evaluation");
+  ExportScene(document, file, format, flags, &progress);
+}
+
+// The copy ends in a turn, since expressions may have shown it to scripts. Not by a destructor: a thread that
+// the interpreter's end unwinds gets no turn any more.
+void WriteCopy(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
+  BaseDocument* copy = Snapshot(document).release();
+  const auto end = [&] {
+    const SceneTurn turn;
+    DestroyNow(copy);
+  };
+  try {
+    Write(*copy, file, flags, format, stopper);
+  } catch (const std::exception&) {
+    end();
+    throw;
   }
+  end();
+}
+
+bool Save(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
+  WriteCopy(document, file, flags, format, stopper);
   const SceneTurn turn;
   if (document.IsDead()) return true;
   document.isChanged = false;
