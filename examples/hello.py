@@ -1,6 +1,6 @@
 """A first script: what runs here, and what it can use.
 
-    ./run                       runs this file
+    ./run examples/hello.py     runs this file
     ./run my_script.py 1 2 3    runs yours
 """
 import platform

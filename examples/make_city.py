@@ -1,14 +1,19 @@
 """Makes a city of a few thousand houses from nothing, and saves it.
 
-    ./run examples/make_city.py OUT.glb [HOUSES]
+    ./run examples/make_city.py OUT [HOUSES]
+
+The extension of OUT chooses the format: .obj .glb .dae .ply .stl
 """
 import math
+import os
 import random
 import sys
 import time
 
 import qlx
 from qlx import documents
+
+from edit_scene import FORMATS
 
 STREET, PLOT = 60, 100
 
@@ -46,8 +51,9 @@ def city(doc, houses, chance):
 
 
 def main():
-    if len(sys.argv) not in (2, 3):
-        sys.exit("usage: make_city.py OUT.glb [HOUSES]")
+    kind = FORMATS.get(os.path.splitext(sys.argv[1])[1].lower()) if len(sys.argv) in (2, 3) else None
+    if kind is None:
+        sys.exit("usage: make_city.py OUT [HOUSES], where OUT ends in " + " ".join(FORMATS))
     houses = int(sys.argv[2]) if len(sys.argv) == 3 else 3000
     doc = documents.BaseDocument()
     begin = time.perf_counter()
@@ -57,7 +63,7 @@ def main():
     evaluated = time.perf_counter()
     print(f"{houses} houses in {len(districts)} districts: built in {built - begin:.2f} s, "
           f"evaluated in {evaluated - built:.2f} s")
-    if not documents.SaveDocument(doc, sys.argv[1], qlx.SAVEDOCUMENTFLAGS_NONE, qlx.FORMAT_GLBEXPORT):
+    if not documents.SaveDocument(doc, sys.argv[1], qlx.SAVEDOCUMENTFLAGS_NONE, kind):
         sys.exit(1)  # the console says why
     print("saved:", sys.argv[1])
 

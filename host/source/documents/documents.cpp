@@ -49,6 +49,12 @@ void Close(BaseDocument& document) {
 
 BaseDocument* MakeDocument() { return static_cast<BaseDocument*>(NewNode(*FindType(kTypeDocument))); }
 
+void OpenDocument(BaseDocument& document) {
+  if (Open().isEnded) return DestroyNow(&document);
+  Attach(document);
+  Open().active = &document;
+}
+
 void CloseDocuments() {
   OpenDocuments& open = Open();
   open.isEnded = true;

@@ -21,6 +21,9 @@ constexpr int32_t kBitActive = 1 << 1;
 
 BaseDocument* MakeDocument();
 
+// Puts a document behind the open ones, and makes it the active one.
+void OpenDocument(BaseDocument& document);
+
 // Ends the open documents; there is none from here on. Main thread, when no script runs any more.
 void CloseDocuments();
 

@@ -242,8 +242,7 @@ OwnedDocument Isolate(const BaseDocument& document, const std::vector<BaseObject
 void Open(OwnedDocument loaded) {
   const SceneTurn turn;
   BaseDocument* document = loaded.release();
-  document::InsertBaseDocument(document);
-  document::SetActiveDocument(document);
+  OpenDocument(*document);
 }
 
 }  // namespace

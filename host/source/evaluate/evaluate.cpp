@@ -6,6 +6,9 @@
 #include <atomic>
 #include <bit>
 #include <chrono>
+#include <deque>
+#include <unordered_map>
+#include <utility>
 
 #include "boundary/host.h"
 #include "evaluate/deformers.h"
@@ -39,7 +42,8 @@ constexpr int32_t kTypeInstance = 5126, kInstanceLink = 1000;
 constexpr int32_t kUseGenerators = 1006, kUseDeformers = 1007;  // of a document
 constexpr auto kTurn = std::chrono::milliseconds(5);
 constexpr int kMostNested = 64;             // instances of instances
-constexpr size_t kMostInstanced = 1 << 17;  // objects; each may show as many again
+constexpr size_t kMostInstanced = 1 << 17;  // objects of one instance
+constexpr size_t kMostOfAll = 1 << 19;      // objects of all instances of a pass
 
 std::atomic<uint64_t> g_passes{0};
 std::atomic<bool> g_haveDeformers{false};
@@ -60,7 +64,9 @@ void SetBranch(BaseObject& object, int32_t branch, BaseObject* made) {
     DestroyNow(head->down);
     if (!hold.IsAlive()) return DestroyNow(made);
   }
-  if (made) Append(*made, *head);
+  if (!made) return;
+  made->isFixed = true;  // until it is built anew, whatever a script does to it
+  Append(*made, *head);
 }
 
 BaseObject* FirstIn(const BaseObject& object, int32_t branch) {
@@ -89,25 +95,44 @@ const std::vector<BaseObject*>& DeformersBelow(BaseObject& object) {
   return evaluation.deformers;
 }
 
-// Those that act on the object, in the order in which they do.
-std::vector<BaseObject*> DeformersOf(BaseObject& object, const BaseDocument* document) {
-  std::vector<BaseObject*> all;
-  if (!HaveDeformers() || IsDeformer(object) || !IsOn(document, kUseDeformers)) return all;
-  for (BaseObject* at = &object; at; at = As<BaseObject>(at->up))
-    for (BaseObject* deformer : DeformersBelow(*at))
-      if (object::GetDeformMode(deformer) && deformer != &object) all.push_back(deformer);
-  return all;
-}
+// What the turns of one evaluation share.
+struct Pass {
+  const uint64_t number = ++g_passes;
+  size_t instanced = 0;  // objects that instances show
+  bool isWarned = false;
+  std::unordered_map<int64_t, uint64_t> targets;  // the states of what instances show, by the objects' numbers
+};
+
+// What acts on an object and on all below it: the deformers among its children, then those further out.
+struct Deformers {
+  const std::vector<BaseObject*>* own;
+  const Deformers* outer;
+};
+
+struct Surroundings {
+  Matrix global;
+  const Deformers* deformers;
+};
 
 class Evaluator {
  public:
-  Evaluator(BaseDocument* document, uint64_t pass) : document_(document), pass_(pass) {}
+  Evaluator(BaseDocument* document, Pass& pass) : document_(document), pass_(pass) {}
+
+  // Between these others may change anything.
+  void BeginTurn(BaseDocument* document) {
+    document_ = document;
+    isStale_ = isStale_ || moves_ != CountMoves() || stamps_ != CountStamps();
+  }
+  void EndTurn() {
+    moves_ = CountMoves();
+    stamps_ = CountStamps();
+  }
 
   // Of an object and what it is made from, which may be anywhere. It may run the code of others.
   void Update(BaseObject& object) {
     Evaluation& evaluation = EvaluationOf(object);
-    if (evaluation.pass == pass_ || evaluation.isRunning) return;
-    evaluation.pass = pass_;
+    if (evaluation.pass == pass_.number || evaluation.isRunning) return;
+    evaluation.pass = pass_.number;
     const Hold hold(object);
     evaluation.isRunning = true;
     UpdateCache(object, evaluation);
@@ -131,10 +156,52 @@ class Evaluator {
   }
 
  private:
+  // Looked up once for each object while nobody else changes the scene, so that depth costs nothing.
+  const Surroundings& SurroundingsOf(BaseObject& object) {
+    if (std::exchange(isStale_, false)) {
+      surroundings_.clear();
+      deformers_.clear();
+    }
+    std::vector<BaseObject*> path;
+    const Surroundings* known = nullptr;
+    for (BaseObject* at = &object; at && !known; at = As<BaseObject>(at->up)) {
+      const auto found = surroundings_.find(at);
+      if (found != surroundings_.end())
+        known = &found->second;
+      else
+        path.push_back(at);
+    }
+    while (!path.empty()) {
+      BaseObject& at = *path.back();
+      Surroundings made{known ? kelvar::Product(known->global, at.place.Local()) : GlobalMatrix(at),
+                        known ? known->deformers : nullptr};
+      if (const auto& own = DeformersBelow(at); !own.empty())
+        made.deformers = &deformers_.emplace_back(Deformers{&own, made.deformers});
+      known = &surroundings_.emplace(&at, made).first->second;
+      path.pop_back();
+    }
+    return *known;
+  }
+
+  // Those that act on the object, in the order in which they do.
+  std::vector<BaseObject*> DeformersOf(BaseObject& object) {
+    std::vector<BaseObject*> all;
+    if (!HaveDeformers() || IsDeformer(object) || !IsOn(document_, kUseDeformers)) return all;
+    for (const Deformers* at = SurroundingsOf(object).deformers; at; at = at->outer)
+      for (BaseObject* deformer : *at->own)
+        if (object::GetDeformMode(deformer)) all.push_back(deformer);
+    return all;
+  }
+
   void UpdateCache(BaseObject& object, Evaluation& evaluation) {
     const Hold hold(object);
     const uint64_t state = InputOf(object);
-    if (!hold.IsAlive() || state == evaluation.cached) return;
+    if (!hold.IsAlive()) return;
+    if (state == evaluation.cached) {
+      pass_.instanced += evaluation.instanced;
+      return;
+    }
+    evaluation.instanced = 0;
     BaseObject* made = state ? Make(object) : nullptr;
     if (!hold.IsAlive()) return DestroyNow(made);
     evaluation.cached = state;
@@ -150,18 +217,23 @@ class Evaluator {
     if (object.type.id == kTypeInstance) {
       BaseObject* target = TargetOf(object);
       if (!target || (target->evaluation && target->evaluation->isRunning) || nested_ >= kMostNested) return 0;
-      const Hold hold(*target);
-      ++nested_;
-      UpdateTree(*target);
-      --nested_;
-      if (!hold.IsAlive()) return 0;
-      state.Add(uint64_t(target->number));
-      state.Add(StateOf(*target, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE, true));
+      const int64_t number = target->number;
+      if (!pass_.targets.contains(number)) {
+        const Hold hold(*target);
+        ++nested_;
+        UpdateTree(*target);
+        --nested_;
+        if (!hold.IsAlive()) return 0;
+        pass_.targets[number] = StateOf(*target, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE, true);
+      }
+      state.Add(number);
+      state.Add(pass_.targets[number]);
       return state.Sum();
     }
     const NodeRecord* record = RecordOf(object);
     if (record && record->CheckDirty) {
       const Hold hold(object);
+      isStale_ = true;
       record->CheckDirty(PluginData(object), &object, document_);
       if (!hold.IsAlive()) return 0;
     }
@@ -191,12 +263,16 @@ class Evaluator {
 
   BaseObject* MakeInstance(BaseObject& object) {
     BaseObject* target = TargetOf(object);
-    BaseObject* made = target ? NewShape(*target, true, kMostInstanced) : nullptr;
-    if (made)
+    const size_t left = kMostOfAll - std::min(kMostOfAll, pass_.instanced);
+    size_t count = 0;
+    BaseObject* made = target ? NewShape(*target, true, std::min(left, kMostInstanced), &count) : nullptr;
+    if (made) {
       made->place = ObjectPlace();
-    else if (target)
-      Warn(fmt::format("the instance '{}' shows nothing: it would be of more than {} objects",
-                       std::string_view(object.name), kMostInstanced));
+      pass_.instanced += EvaluationOf(object).instanced = count;
+    } else if (target && !std::exchange(pass_.isWarned, true)) {
+      Warn(fmt::format("the instance '{}' shows nothing: one shows at most {} objects, and all together {}",
+                       std::string_view(object.name), kMostInstanced, kMostOfAll));
+    }
     return made;
   }
 
@@ -205,6 +281,7 @@ class Evaluator {
     const Hold hold(object);
     for (GeListNode* child = object.down; child; child = child->next)
       if (auto* input = As<BaseObject>(child)) input->isInput = false;
+    isStale_ = true;
     BaseObject* made = nullptr;
     HierarchyHelp help{document_};
     if (record.GetVirtualObjects) made = record.GetVirtualObjects(PluginData(object), &object, &help);
@@ -221,18 +298,18 @@ class Evaluator {
   void UpdateDeformed(BaseObject& object, Evaluation& evaluation) {
     const bool isShape = As<PointObject>(&object) != nullptr;
     BaseObject* cache = isShape ? nullptr : FirstIn(object, kCacheBranch);
-    const auto deformers = isShape || cache ? DeformersOf(object, document_) : std::vector<BaseObject*>();
+    const auto deformers = isShape || cache ? DeformersOf(object) : std::vector<BaseObject*>();
     if (deformers.empty() && !evaluation.deformed) return;
     State state;
     if (!deformers.empty()) {
       state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
       state.Add(evaluation.cached);
-      state.Add(GlobalMatrix(object));
+      state.Add(SurroundingsOf(object).global);
     }
     for (BaseObject* deformer : deformers) {
       state.Add(uint64_t(deformer->number));
       state.Add(atom::GetDirty(deformer, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
-      state.Add(GlobalMatrix(*deformer));
+      state.Add(SurroundingsOf(*deformer).global);
     }
     const uint64_t wanted = deformers.empty() ? 0 : state.Sum();
     if (wanted == evaluation.deformed) return;
@@ -247,24 +324,33 @@ class Evaluator {
         cache != nullptr, false);
     std::vector<HostLink> acting(deformers.size());
     for (size_t i = 0; i < deformers.size(); ++i) deformers[i]->Link(acting[i]);
-    for (const HostLink& link : shapes) DeformShape(link, acting);
+    for (const HostLink& link : shapes) DeformShape(link, object, acting);
   }
 
-  void DeformShape(const HostLink& link, const std::vector<HostLink>& deformers) {
-    const Hold hold(link);
+  // Of the object itself, or of something in its cache.
+  Matrix GlobalOf(const BaseObject& shape, BaseObject& object) {
+    Matrix matrix = kIdentityMatrix;
+    for (const BaseObject* at = &shape; at && at != &object; at = As<BaseObject>(at->up))
+      matrix = kelvar::Product(at->place.Local(), matrix);
+    return kelvar::Product(SurroundingsOf(object).global, matrix);
+  }
+
+  void DeformShape(const HostLink& link, BaseObject& object, const std::vector<HostLink>& deformers) {
+    const Hold hold(link), objectHold(object);
     auto* shape = static_cast<PointObject*>(hold.Object());
     if (!shape) return;
     if (deformers.empty()) return SetBranch(*shape, kDeformBranch, nullptr);
     auto* copy = static_cast<PointObject*>(
         atom::GetClone(shape, COPYFLAGS_NO_HIERARCHY | COPYFLAGS_NO_ANIMATION, nullptr));
-    if (!copy || !hold.IsAlive()) return DestroyNow(copy);
-    const Matrix global = GlobalMatrix(*shape);
+    if (!copy || !hold.IsAlive() || !objectHold.IsAlive()) return DestroyNow(copy);
+    const Matrix global = GlobalOf(*shape, object);
     for (const HostLink& one : deformers) {
       const Hold acting(one);
       auto* deformer = static_cast<BaseObject*>(acting.Object());
       if (!deformer) continue;
-      const Matrix its = GlobalMatrix(*deformer);
+      const Matrix its = SurroundingsOf(*deformer).global;
       const NodeRecord* record = RecordOf(*deformer);
+      isStale_ = isStale_ || record;
       if (!record)
         Deform(*deformer, its, global, copy->Points());
       else if (record->ModifyObject)
@@ -275,8 +361,12 @@ class Evaluator {
   }
 
   BaseDocument* document_;
-  uint64_t pass_;
+  Pass& pass_;
   int nested_ = 0;
+  uint64_t moves_ = 0, stamps_ = 0;  // at the end of the latest turn
+  bool isStale_ = false;             // the code of others has run
+  std::unordered_map<const BaseObject*, Surroundings> surroundings_;
+  std::deque<Deformers> deformers_;
 };
 
 // Runs the code of plug-ins; the document may be gone behind it.
@@ -355,20 +445,25 @@ bool Evaluate(BaseDocument& document, const Passes& passes, const std::function<
   if (passes.expressions && !Execute(link, isStopped)) return false;
   if (!passes.caches) return true;
   const std::vector<HostLink> objects = ObjectsOf(link);
-  const uint64_t pass = ++g_passes;
+  Pass pass;
+  Evaluator evaluator(nullptr, pass);
   for (size_t next = 0; next < objects.size();) {
     if (isStopped && isStopped()) return false;
     const SceneTurn turn;
-    Evaluator evaluator(static_cast<BaseDocument*>(link::GetLink(link)), pass);
+    evaluator.BeginTurn(static_cast<BaseDocument*>(link::GetLink(link)));
     const auto end = std::chrono::steady_clock::now() + kTurn;
     do {
       if (auto* object = static_cast<BaseObject*>(link::GetLink(objects[next++]))) evaluator.Update(*object);
     } while (next < objects.size() && (next % 16 != 0 || std::chrono::steady_clock::now() < end));
+    evaluator.EndTurn();
   }
   return true;
 }
 
-void EvaluateTree(BaseObject& root) { Evaluator(listnode::GetDocument(&root), ++g_passes).UpdateTree(root); }
+void EvaluateTree(BaseObject& root) {
+  Pass pass;
+  Evaluator(listnode::GetDocument(&root), pass).UpdateTree(root);
+}
 
 }  // namespace host
 

@@ -25,7 +25,7 @@ void EvaluateTree(BaseObject& root);
 // deformers left them, what generators made in their place; cameras, lights and the like as they are. With
 // `children` what stands below it too, but for deformers and what generators took as their input. Null for one
 // of more than `most` objects, and where memory lacks.
-BaseObject* NewShape(const BaseObject& object, bool children, size_t most = SIZE_MAX);
+BaseObject* NewShape(const BaseObject& object, bool children, size_t most = SIZE_MAX, size_t* count = nullptr);
 
 // A copy of the document with the shapes of all objects in their places; null where memory lacks.
 BaseDocument* Polygonize(BaseDocument& document, bool keepAnimation);

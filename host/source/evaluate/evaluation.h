@@ -2,7 +2,6 @@
 #ifndef HOST_EVALUATE_EVALUATION_H
 #define HOST_EVALUATE_EVALUATION_H
 
-#include <unordered_map>
 #include <vector>
 
 #include "scene/object.h"
@@ -29,8 +28,13 @@ struct Evaluation {
   std::vector<BaseObject*> deformers;  // among the children
   bool isTouched = false;              // the dependences count as changed
   std::vector<Dependence> dependences, nextDependences;
-  std::unordered_map<int64_t, uint64_t>
-      clones;  // of what GetHierarchyClone was asked for, by the objects' numbers
+  // What GetHierarchyClone was asked for, and what that was like; the dead ones go when there are many.
+  struct Cloned {
+    HostLink object;
+    uint64_t state;
+  };
+  std::vector<Cloned> clones;
+  size_t instanced = 0;  // how many objects the cache of an instance is of
 };
 
 inline Evaluation& EvaluationOf(BaseObject& object) {

@@ -63,7 +63,8 @@ struct EndObject {
 
 }  // namespace
 
-BaseObject* NewShape(const BaseObject& root, bool children, size_t most) {
+BaseObject* NewShape(const BaseObject& root, bool children, size_t most, size_t* total) {
+  if (most == 0) return nullptr;
   std::unique_ptr<BaseObject, EndObject> made(NewOne(root));
   if (!made) return nullptr;
   size_t count = 1;
@@ -97,6 +98,7 @@ BaseObject* NewShape(const BaseObject& root, bool children, size_t most) {
     Append(*copy, *one.to);
     if (hold.IsAlive()) addBelow(*from, *copy);
   }
+  if (total) *total = count;
   return made.release();
 }
 

@@ -174,8 +174,9 @@ class Conversation {
     if (got > 0) return void(received_.append(block, size_t(got)));
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
     const int signal = process_->Wait();
-    throw std::runtime_error(signal == SIGXCPU || signal == SIGKILL ? "it takes too long"
-                                                                    : "its content can't be read");
+    throw std::runtime_error(signal == SIGXCPU   ? "it takes too long"
+                             : signal == SIGKILL ? "its reading was ended from outside"
+                                                 : "its content can't be read");
   }
 
   // Takes the reports of progress off.

@@ -162,6 +162,9 @@ namespace host::atom {
 HostBool CopyTo(const QLXAtom* self, QLXAtom* dst, int32_t flags, AliasTrans* trn) {
   if (!self || !dst || &self->type != &dst->type || !IsCopied(*self)) return 0;
   if (self == dst) return 1;
+  // The blocks of an object are as long as it says.
+  const auto* block = dst->isFixed ? As<VariableTag>(dst) : nullptr;
+  if (block && block->Count() != As<VariableTag>(self)->Count()) return 0;
   const Hold hold(const_cast<QLXAtom&>(*self)), dstHold(*dst);
   const auto& from = static_cast<const BaseList2D&>(*self);
   auto& to = static_cast<BaseList2D&>(*dst);

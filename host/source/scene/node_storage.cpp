@@ -372,7 +372,8 @@ bool Load(QLXAtom* self, HyperFile* file, bool below, Header header) {
   if (!self || !file) return false;
   const std::lock_guard guard(file->turn);
   if (!file->CanRead()) return false;
-  if (!IsStored(*self)) return file->Fail(HYPERFILE_ERROR_NODE);
+  // What belongs to an object for good is read with it.
+  if (!IsStored(*self) || (self->isFixed && self->kind == Kind::kTag)) return file->Fail(HYPERFILE_ERROR_NODE);
   Return back{*file};
   const bool isAhead = header != Header::kIsRead && IsAhead(*file, self->type.id);
   if (header == Header::kIsAhead && !isAhead)

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <fstream>
+#include <limits>
 #include <memory>
+#include <string>
 
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
@@ -45,6 +48,18 @@ enum Parameter : int32_t {
 };
 
 std::atomic<int64_t> g_objects{0};
+
+// Bytes that are free or can be made so.
+size_t AvailableMemory() {
+  std::ifstream file("/proc/meminfo");
+  std::string name;
+  size_t kilobytes = 0;
+  while (file >> name >> kilobytes) {
+    if (name == "MemAvailable:") return kilobytes << 10;
+    file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  }
+  return SIZE_MAX;
+}
 
 }  // namespace
 
@@ -153,6 +168,15 @@ Box BoxOf(const BaseObject& object) {
 using namespace host;
 
 VariableTag::VariableTag(const NodeType& ofType) : BaseTag(ofType), elementSize(ElementSize(ofType)) {}
+
+// The system may promise memory that it hasn't got, and end the process when it is used.
+void VariableTag::Resize(int32_t count) {
+  constexpr size_t kMuch = size_t(1) << 28;
+  const size_t wanted = size_t(count) * elementSize;
+  if (wanted > bytes.size() + kMuch && wanted - bytes.size() > AvailableMemory() / 4 * 3)
+    throw std::bad_alloc();
+  bytes.resize(wanted);
+}
 
 void VariableTag::CopyOwn(BaseList2D& to) const { static_cast<VariableTag&>(to).bytes = bytes; }
 

@@ -59,7 +59,7 @@ struct VariableTag : BaseTag {
 
   int32_t Count() const { return int32_t(bytes.size() / elementSize); }
   // New elements are all zero. Throws std::bad_alloc without a change.
-  void Resize(int32_t count) { bytes.resize(size_t(count) * elementSize); }
+  void Resize(int32_t count);
   // Of the type's own elements.
   template <class Item>
   std::span<Item> Items() {

@@ -1,5 +1,6 @@
 // The calls of objects, but for what follows from their evaluation.
 
+#include <algorithm>
 #include <cmath>
 
 #include "boundary/host.h"
@@ -79,6 +80,9 @@ void SetRelative(BaseObject* self, Part part, const Vector* value) {
 // Puts a tag into the object's list, which becomes its owner.
 bool PlaceTag(BaseObject& self, BaseTag& tag, BaseTag* pred) {
   GeListHead* list = Branch(self, kTypeTag);
+  // There is one block of those that belong to the object.
+  const VariableTag* block = FindBlock(self, tag.type.id);
+  if (block && block->isFixed) return false;
   return list && (!pred || pred->list == list) && Place(tag, *list, pred);
 }
 
@@ -147,7 +151,7 @@ Vector GetRad(const BaseObject* self) {
 
 double GetVisibility(const BaseObject* self, double parent) {
   const int32_t mode = GetEditorMode(self);
-  return mode == kModeOn ? 1 : mode == kModeOff ? 0 : parent;
+  return mode == kModeOn ? 1 : mode == kModeOff || !(parent > 0) ? 0 : std::min(parent, 1.0);
 }
 
 void CopyMatrixTo(const BaseObject* self, BaseObject* dst) {
@@ -247,11 +251,12 @@ LineObject* GetIsoparm(const BaseObject* self) {
 
 void SetIsoparm(BaseObject* self, LineObject* lines) {
   if (!self) return;
+  const Hold hold(*self);
   auto* copy =
       lines ? static_cast<GeListNode*>(atom::GetClone(lines, COPYFLAGS_NO_HIERARCHY, nullptr)) : nullptr;
-  GeListHead* list = Branch(*self, kIsoparmBranch);
-  if (!list) return DestroyNow(copy);
-  DestroyNow(list->down);
+  GeListHead* list = hold.IsAlive() ? Branch(*self, kIsoparmBranch) : nullptr;
+  if (list) DestroyNow(list->down);
+  if (!list || !hold.IsAlive()) return DestroyNow(copy);
   if (copy) Append(*copy, *list);
 }
 

@@ -124,6 +124,7 @@ void TakeOut(GeListNode& node) {
 }
 
 uint64_t CountMoves() { return g_moves; }
+uint64_t CountStamps() { return g_clock; }
 
 GeListHead* FindBranch(const GeListNode& node, int32_t id) {
   if (node.extras)

@@ -40,8 +40,9 @@ void TakeOut(GeListNode& node);
 // there, in place of what it had. Runs the code of plug-ins whose elements go.
 void TakeOver(BaseList2D& from, BaseList2D& to, bool below);
 
-// All moves of nodes so far.
+// All moves of nodes, and all changes that were stamped, so far.
 uint64_t CountMoves();
+uint64_t CountStamps();
 
 // The list of the node with that id; null when it has none yet.
 GeListHead* FindBranch(const GeListNode& node, int32_t id);

@@ -119,8 +119,8 @@ TEST(Select, TellsItsRuns) {
   const struct {
     int32_t segment, elements;
     const char* range;
-  } kCases[] = {{0, 0, "2-5"},  {1, -1, "8-20"}, {1, 15, "8-14"}, {1, 9, "8-8"},
-                {1, 8, "none"}, {0, 3, "2-2"},   {2, 0, "none"},  {-1, 0, "none"}};
+  } kCases[] = {{0, 0, "none"}, {0, -1, "2-5"}, {1, -1, "8-20"}, {1, 15, "8-14"}, {1, 9, "8-8"},
+                {1, 8, "none"}, {0, 3, "2-2"},  {2, 0, "none"},  {-1, 0, "none"}};
   for (const auto& one : kCases) {
     int32_t a = -7, b = -7;
     const bool isRange = GetRange(&selection, one.segment, one.elements, &a, &b);

@@ -149,7 +149,9 @@ int main() {
   } catch (const std::bad_alloc&) {
     host::Answer(host::kAnswerFault, "it takes too much memory");
   } catch (const std::exception& error) {
-    host::Answer(host::kAnswerFault, error.what());
+    // The library makes texts of exceptions.
+    const std::string_view text = error.what();
+    host::Answer(host::kAnswerFault, text == "std::bad_alloc" ? "it takes too much memory" : text);
   }
   // What the library still has goes with the process.
   _exit(0);

@@ -14,14 +14,24 @@ namespace qlx {
 // Whether Python objects may be touched at all: an interpreter library is there and runs.
 inline bool IsPythonRunning() { return IsInterpreterLibraryBound() && Py_IsInitialized(); }
 
+// Set in the calls that take the lock. The interpreter ends threads in them at its own end, by unwinding their
+// stacks: it is still set then, and the scopes further out must not come to the lock again.
+[[gnu::tls_model("initial-exec")]] inline thread_local bool t_isTakingLock = false;
+
+inline PyGILState_STATE TakeLock() {
+  t_isTakingLock = true;
+  const PyGILState_STATE state = PyGILState_Ensure();
+  t_isTakingLock = false;
+  return state;
+}
+
 // Host into Python. Holds the lock from here to the end of the scope; nesting is allowed.
 class GilScope {
  public:
-  GilScope() : state_(PyGILState_Ensure()) {}
-  // The interpreter ends a thread that it finds inside at its own end by unwinding the thread's
-  // stack: the lock that this scope held is gone then.
+  GilScope() : state_(TakeLock()) {}
+  // The lock that this scope held is gone where the interpreter ended the thread inside.
   ~GilScope() noexcept(false) {
-    if (Py_IsInitialized()) PyGILState_Release(state_);
+    if (!t_isTakingLock && Py_IsInitialized()) PyGILState_Release(state_);
   }
   GilScope(const GilScope&) = delete;
   GilScope& operator=(const GilScope&) = delete;
@@ -35,7 +45,12 @@ class HostBlockingScope {
  public:
   HostBlockingScope() : thread_(PyEval_SaveThread()) {}
   // A thread that comes back after the interpreter's end is ended in the same way.
-  ~HostBlockingScope() noexcept(false) { PyEval_RestoreThread(thread_); }
+  ~HostBlockingScope() noexcept(false) {
+    if (t_isTakingLock) return;
+    t_isTakingLock = true;
+    PyEval_RestoreThread(thread_);
+    t_isTakingLock = false;
+  }
   HostBlockingScope(const HostBlockingScope&) = delete;
   HostBlockingScope& operator=(const HostBlockingScope&) = delete;
 
@@ -49,8 +64,10 @@ inline void FreeLockOfStart() { PyEval_SaveThread(); }
 inline void TakeLockForEnd() { PyGILState_Ensure(); }
 
 // The lock as a state word, for callers on the other side of the boundary.
-inline int TakeLockState() { return int(PyGILState_Ensure()); }
-inline void GiveLockState(int state) { PyGILState_Release(PyGILState_STATE(state)); }
+inline int TakeLockState() { return int(TakeLock()); }
+inline void GiveLockState(int state) {
+  if (!t_isTakingLock) PyGILState_Release(PyGILState_STATE(state));
+}
 
 // The lock through the library's interface, where the start must work with any library.
 class LibraryGilScope {

@@ -23,6 +23,7 @@ class Interruption {
   static HostBool IsDue(void* user) {
     auto& self = *static_cast<Interruption*>(user);
     if (self.type_) return 1;
+    if (!kelvar::GeIsMainThread() || !IsPythonRunning()) return 0;  // signals are that thread's
     const GilScope lock;
     if (PyErr_CheckSignals() == 0) return 0;
     PyErr_Fetch(&self.type_, &self.value_, &self.traceback_);

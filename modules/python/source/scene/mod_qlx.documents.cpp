@@ -74,7 +74,7 @@ PyMethodDef g_documentsFunctions[] = {
         "IsolateObjects",
         "IsolateObjects(doc, t_objects) -> qlx.documents.BaseDocument or None\n\n"
         "A new document with copies of these objects, of what is below them and of their materials. None when\n"
-        "none of them is an object of the document."),
+        "none of them is an object of the document; an empty list raises ValueError."),
     Method<&SetDocumentTime, "A!T", "doc", "time">(
         "SetDocumentTime", "SetDocumentTime(doc, time) -> None\n\nSets the time and asks for a refresh."),
     Function<&BaseDocument::CloseAllDocuments>(
