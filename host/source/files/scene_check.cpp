@@ -42,7 +42,8 @@ bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
     return head.starts_with("MM") && length >= 6 && length <= size;
   }
   if (extension == "fbx") return head.starts_with("Kaydara FBX Binary  ") || isText;
-  if (extension == "ply") return head.starts_with("ply");
+  // The library looks for the header's end for ever.
+  if (extension == "ply") return head.starts_with("ply") && head.find("end_header") != head.npos;
   if (extension == "stl") {
     if (isText) return head.find("solid") != head.npos;
     return size >= 84 && head.size() >= 84 && 84 + uint64_t(50) * NumberAt(head, 80) <= size;
@@ -102,7 +103,7 @@ const SceneFormat& CheckFile(const fs::path& file) {
   if (error) Refuse(error.message());
   if (size == 0) Refuse("it is empty");
   if (size > kLargestFile) Refuse("it is larger than 2 GiB");
-  std::string head(4096, '\0');
+  std::string head(1 << 16, '\0');
   std::ifstream stream(file, std::ios::binary);
   stream.read(head.data(), std::streamsize(head.size()));
   if (!stream.is_open() || stream.bad()) Refuse("it can't be read");

@@ -339,6 +339,27 @@ TEST_F(SceneFiles, TheTableIsWhatItsFileSays) {
   EXPECT_EQ(MaterialsOf(*plate)[0], "Glaze");
 }
 
+// Of formats that are not written; their files start the fuzzer, too.
+TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
+  const struct {
+    const char *file, *extension, *object;
+    int32_t points, polygons;
+    Vector place;
+  } cases[] = {{"house_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
+               {"house75_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
+               {"triangle_gltf", "gltf", "nodes[1]", 3, 1, {0, 0, 0}},
+               {"quad_3ds", "3ds", "Box_Box_0", 5, 3, {0, 0, 0}}};
+  for (const auto& one : cases) {
+    const std::string content = ReadAll(fs::path(FUZZ_CORPUS) / "scene_import" / one.file).substr(1);
+    Document document = Import(folder_.Write(std::string("a.") + one.extension, content));
+    const auto* object = As<PolygonObject>(FindObject(*document, one.object));
+    ASSERT_TRUE(object) << one.file;
+    EXPECT_EQ(object->points.Count(), one.points);
+    EXPECT_EQ(object->polygons.Count(), one.polygons) << one.file;
+    EXPECT_EQ(object->place.Local().off, one.place) << one.file;
+  }
+}
+
 // What a file names outside of its folder is not read.
 TEST_F(SceneFiles, FilesStayInTheirFolder) {
   folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
@@ -412,6 +433,7 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"noextension", "x", "its format is not known"},
       {"misnamed.obj", whole, "it is no whole .obj file"},
       {"misnamed.ply", obj, "it is no whole .ply file"},
+      {"endless.ply", ply.substr(0, ply.size() - 4), "it is no whole .ply file"},
       {"misnamed.3ds", obj, "it is no whole .3ds file"},
       {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
       {"cut.stl", solid.substr(0, solid.size() - 1), "it is no whole .stl file"},
