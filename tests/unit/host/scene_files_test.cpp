@@ -360,6 +360,26 @@ TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
   }
 }
 
+TEST_F(SceneFiles, UrisAreUnescaped) {
+  const float points[9] = {0, 0, 0, 1, 0, 0, 1, 1, 0};
+  folder_.Write("sub/a b.bin", {reinterpret_cast<const char*>(points), sizeof points});
+  const auto read = [&](const std::string& uri) {
+    const std::string text =
+        R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
+        R"("meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
+        R"("materials":[{"name":"M","normalTexture":{"index":0}}],"textures":[{"source":0}],)"
+        R"("images":[{"uri":"my%20picture.png"}],)"
+        R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}],)"
+        R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":")" +
+        uri + R"("}]})";
+    return Import(folder_.Write("a.gltf", text));
+  };
+  Document document = read("sub/a%20b.bin");
+  EXPECT_EQ(CountPoints(*document), 3u);
+  EXPECT_EQ(TextureNames(*document), std::set<std::string>{"my picture.png"});
+  EXPECT_NE(FaultOf([&] { read("%2e%2e/a%20b.bin"); }), "no fault");
+}
+
 // What a file names outside of its folder is not read.
 TEST_F(SceneFiles, FilesStayInTheirFolder) {
   folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
