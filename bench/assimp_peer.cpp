@@ -1,4 +1,5 @@
-// Prints the seconds that the library alone takes for a file, in a program that has not read another one before.
+// Prints the seconds that the library alone takes for a file, in a program that has not read another one
+// before.
 
 #include <assimp/scene.h>
 

@@ -486,6 +486,9 @@ class SelectTest(unittest.TestCase):
         for name in "GetPointS GetPointH GetPolygonS GetPolygonH GetEdgeS GetEdgeH GetPhongBreak".split():
             getattr(op, name)().Select(3)
             self.assertEqual(numbers(getattr(op, name)()), [3])
+        before = op.GetDirty(qlx.DIRTYFLAGS_SELECT)
+        op.GetPolygonS().Select(1)
+        self.assertNotEqual(op.GetDirty(qlx.DIRTYFLAGS_SELECT), before)
         op.GetPointS().CopyTo(op.GetPointH())
         clone = op.GetPointS().GetClone()
         clone.Select(4)

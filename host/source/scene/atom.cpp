@@ -6,6 +6,7 @@
 
 #include "boundary/host.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 #include "scene/tree.h"
 
 namespace host {
@@ -78,6 +79,8 @@ uint32_t GetDirty(const QLXAtom* self, int32_t flags) noexcept {
   for (int i = 0; i < kFlags; ++i)
     if (flags >> (i + kFirstFlag) & 1) sum += self->dirty[i];
   if (flags & DIRTYFLAGS_DATA && !IsHead(*self)) sum += static_cast<const BaseList2D*>(self)->data.dirty;
+  if (flags & DIRTYFLAGS_SELECT && self->kind == Kind::kObject && !IsHead(*self))
+    sum += static_cast<const BaseObject*>(self)->SelectionChanges();
   return sum;
 }
 

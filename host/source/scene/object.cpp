@@ -230,6 +230,13 @@ void PointObject::CopyOwn(BaseList2D& to) const {
 PolygonObject::PolygonObject(const NodeType& ofType)
     : PointObject(ofType), polygons(FixedBlock(*this, kDataPolygon)) {}
 
+uint32_t PolygonObject::SelectionChanges() const {
+  uint32_t changes = PointObject::SelectionChanges();
+  for (const BaseSelect* one : {&selectedPolygons, &hiddenPolygons, &selectedEdges, &hiddenEdges, &phongBreak})
+    changes += uint32_t(one->dirty);
+  return changes;
+}
+
 void PolygonObject::CopyOwn(BaseList2D& to) const {
   PointObject::CopyOwn(to);
   auto& object = static_cast<PolygonObject&>(to);

@@ -99,6 +99,8 @@ struct BaseObject : BaseList2D {
 
   // The box of the geometry that the object itself has; empty for none.
   virtual host::Box OwnBox() const { return {}; }
+  // How often its selections were changed by others.
+  virtual uint32_t SelectionChanges() const { return 0; }
 
   host::ObjectPlace place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
@@ -113,6 +115,7 @@ struct PointObject : BaseObject {
   explicit PointObject(const host::NodeType& ofType);
 
   host::Box OwnBox() const override;
+  uint32_t SelectionChanges() const override { return uint32_t(selected.dirty) + uint32_t(hidden.dirty); }
   void CopyOwn(BaseList2D& to) const override;
   bool WriteOwn(HyperFile& file) const override;
   bool ReadOwn(HyperFile& file) override;
@@ -127,6 +130,7 @@ struct PointObject : BaseObject {
 struct PolygonObject : PointObject {
   explicit PolygonObject(const host::NodeType& ofType);
 
+  uint32_t SelectionChanges() const override;
   void CopyOwn(BaseList2D& to) const override;
   bool WriteOwn(HyperFile& file) const override;
   bool ReadOwn(HyperFile& file) override;

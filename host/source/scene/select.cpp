@@ -139,7 +139,7 @@ HostBool ToggleAll(BaseSelect* self, int32_t min, int32_t max) {
 HostBool GetRange(const BaseSelect* self, int32_t segment, int32_t maxElements, int32_t* a, int32_t* b) {
   if (!self || !a || !b || segment < 0 || size_t(segment) >= self->runs.size()) return 0;
   const Run run = self->runs[size_t(segment)];
-  const int32_t last = maxElements > 0 ? maxElements - 1 : kMax;
+  const int32_t last = maxElements >= 0 ? maxElements - 1 : kMax;
   if (run.first > last) return 0;
   *a = run.first;
   *b = std::min(run.last, last);

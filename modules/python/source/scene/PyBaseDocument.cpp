@@ -187,9 +187,9 @@ PyMethodDef g_methods[] = {
     Method<&documents::ExecutePasses, "Xbbbi", "bt", "animation", "expressions", "caches", "flags">(
         "ExecutePasses",
         "ExecutePasses(bt, animation, expressions, caches, flags) -> bool\n\n"
-        "Evaluates the document: animation, expressions, caches of generators and deformers. `bt` is the "
-        "thread "
-        "that asks, or None. Other threads run meanwhile."),
+        "Evaluates the document: expressions in the order of their priorities, then the caches of generators\n"
+        "and deformers. Tracks hold no keys yet, so animation does nothing. `bt` is the thread that asks, or\n"
+        "None. Other threads run meanwhile."),
     {},
 };
 
