@@ -454,6 +454,7 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"misnamed.obj", whole, "it is no whole .obj file"},
       {"misnamed.ply", obj, "it is no whole .ply file"},
       {"endless.ply", ply.substr(0, ply.size() - 4), "it is no whole .ply file"},
+      {"other.ply", "ply\nelephant\nend_header\n", "it is no whole .ply file"},
       {"misnamed.3ds", obj, "it is no whole .3ds file"},
       {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
       {"cut.stl", solid.substr(0, solid.size() - 1), "it is no whole .stl file"},
