@@ -25,6 +25,7 @@ enum HostNodeMessage {
   HOST_MSG_FILE_FORMAT = 1001078,        /* HostFileFormat */
   HOST_MSG_GET_CUSTOM_ICON = 1001090,    /* HostCustomIcon */
   HOST_MSG_GET_SELECTION = 1021339,      /* HostSelectionAnswer */
+  HOST_MSG_GET_ICON_SETTINGS = 1041699,  /* HostIconSettings, all zero: the icon of the type */
   HOST_MSG_GET_REAL_OBJECT = 1028476,    /* HostObjectAnswer, and 1036447 */
   HOST_MSG_GET_VISIBLE_OBJECT = 1036447,
   HOST_MSG_MANAGER_COMMAND = 300001001,   /* HostManagerCommand */
@@ -94,6 +95,13 @@ typedef struct HostCustomIcon {
 typedef struct HostSelectionAnswer {
   BaseSelect* sel; /* the answer, or null; it is the sender's then */
 } HostSelectionAnswer;
+
+typedef struct HostIconSettings {
+  HostFilename file; /* of the picture; the sender's then */
+  int32_t colorMode; /* 0 as it is, 1 in the object's display color, 2 in `color` */
+  int32_t reserved;
+  Vector color;
+} HostIconSettings;
 
 typedef struct HostObjectAnswer {
   BaseList2D* object;

@@ -50,18 +50,18 @@ struct Module {
 // The tree, in the order in which scripts find it. A type is known by the last part of its name.
 
 const Types kTypes = {
-    &g_DescriptionType,    &g_DescLevelType,     &g_DescIDType,          &g_CPolygonType,
-    &g_VectorType,         &g_Vector4dType,      &g_BaseSelectType,      &g_MatrixType,
-    &g_BaseTimeType,       &g_BaseContainerType, &g_QLXAtomType,         &g_CKeyType,
-    &g_GeListNodeType,     &g_GeListHeadType,    &g_BaseList2DType,      &g_BaseMaterialType,
-    &g_MaterialType,       &g_BaseShaderType,    &g_CCurveType,          &g_CTrackType,
-    &g_BaseTagType,        &g_SelectionTagType,  &g_CustomDataTagType,   &g_TextureTagType,
-    &g_VariableTagType,    &g_SegmentTagType,    &g_TangentTagType,      &g_PointTagType,
-    &g_PolygonTagType,     &g_NormalTagType,     &g_UVWTagType,          &g_VertexColorTagType,
-    &g_BaseObjectType,     &g_CameraObjectType,  &g_PointObjectType,     &g_PolygonObjectType,
-    &g_LineObjectType,     &g_SplineObjectType,  &g_BaseDrawType,        &g_AliasTransType,
-    &g_LayerShaderType,    &g_QuaternionType,    &g_VoronoiFractureType, &g_LodObjectType,
-    &g_InstanceObjectType,
+    &g_DescriptionType,    &g_DescLevelType,          &g_DescIDType,          &g_CPolygonType,
+    &g_VectorType,         &g_Vector4dType,           &g_BaseSelectType,      &g_MatrixType,
+    &g_BaseTimeType,       &g_BaseContainerType,      &g_QLXAtomType,         &g_CKeyType,
+    &g_GeListNodeType,     &g_GeListHeadType,         &g_BaseList2DType,      &g_BaseMaterialType,
+    &g_MaterialType,       &g_BaseShaderType,         &g_CCurveType,          &g_CTrackType,
+    &g_BaseTagType,        &g_SelectionTagType,       &g_CustomDataTagType,   &g_TextureTagType,
+    &g_VariableTagType,    &g_SegmentTagType,         &g_TangentTagType,      &g_PointTagType,
+    &g_PolygonTagType,     &g_NormalTagType,          &g_UVWTagType,          &g_VertexColorTagType,
+    &g_BaseObjectType,     &g_CameraObjectType,       &g_PointObjectType,     &g_PolygonObjectType,
+    &g_LineObjectType,     &g_SplineObjectType,       &g_BaseDrawType,        &g_AliasTransType,
+    &g_LayerShaderType,    &g_QuaternionType,         &g_VoronoiFractureType, &g_LodObjectType,
+    &g_InstanceObjectType, &g_CustomIconSettingsType,
 };
 
 const Module kModules[] = {

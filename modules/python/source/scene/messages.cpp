@@ -273,6 +273,18 @@ void Exchange(Items& items, SelectionAnswer& message) {
   Py_DECREF(wrapper);
 }
 
+struct IconSettings : HostIconSettings {
+  ~IconSettings() { Filename::Adopt(file); }  // ends it
+};
+
+void Exchange(Items& items, IconSettings& message) {
+  if (!items.IsAt(Items::kWrite)) return;
+  PyObject* wrapper = NewIconSettings(message);
+  if (!wrapper) return items.Fail();
+  items.Out("setting", wrapper);
+  Py_DECREF(wrapper);
+}
+
 void Exchange(Items& items, HostObjectAnswer& message) { items.Out("res", message.object); }
 
 void Exchange(Items& items, HostManagerCommand& message) {
@@ -435,8 +447,8 @@ PyObject* Send(const Call& call, PyObject* data) {
       return SendItems<HostWeights>(call, data);
     case HOST_MSG_GET_SELECTION:
       return SendItems<SelectionAnswer>(call, data);
-    case 1041699:  // what it answers has no Python type
-      return ToPython(false);
+    case HOST_MSG_GET_ICON_SETTINGS:
+      return SendItems<IconSettings>(call, data);
     default:
       return SendAny(call, data);
   }

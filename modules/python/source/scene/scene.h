@@ -129,6 +129,8 @@ struct WrapperOf : AtomWrapper {
 template <class Host>
 struct RecordType<WrapperOf<Host>> : TypeOf<Host> {};
 
+extern PyTypeObject g_CustomIconSettingsType;
+
 // The description of an element's parameters, a copy of its own.
 
 extern PyTypeObject g_DescriptionType;
