@@ -14,7 +14,6 @@ namespace {
 
 constexpr uint64_t kLargestFile = uint64_t(2) << 30;
 constexpr uint64_t kMostCorners = 200'000'000;  // of all objects together
-constexpr size_t kLongestHeader = 1 << 16;      // of a PLY file
 constexpr size_t kDeepest = 1000;               // node below node
 
 [[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
@@ -32,6 +31,19 @@ uint32_t NumberAt(std::string_view bytes, size_t at) {
   return number;
 }
 
+// Whether all lines are a header's up to its end: the library looks for that for ever.
+bool HasPlyHeader(std::string_view head) {
+  constexpr std::string_view kWords[] = {"ply", "format ", "comment", "obj_info", "element ", "property "};
+  if (!head.starts_with("ply")) return false;
+  for (size_t end; (end = head.find_first_of("\r\n")) != head.npos; head.remove_prefix(end + 1)) {
+    const std::string_view line = head.substr(0, head.find_last_not_of(" \t\r\n", end) + 1);
+    if (line == "end_header") return true;
+    const auto begins = [&](std::string_view word) { return line.starts_with(word); };
+    if (!line.empty() && std::ranges::none_of(kWords, begins)) return false;
+  }
+  return false;
+}
+
 // Whether a file with these first bytes, of that size, may be of the format. Text is told by what is in no
 // text.
 bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
@@ -43,8 +55,7 @@ bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
     return head.starts_with("MM") && length >= 6 && length <= size;
   }
   if (extension == "fbx") return head.starts_with("Kaydara FBX Binary  ") || isText;
-  // The library looks for the end of a header without end.
-  if (extension == "ply") return head.starts_with("ply") && head.find("end_header") != head.npos;
+  if (extension == "ply") return HasPlyHeader(head);
   if (extension == "stl") {
     if (isText) return head.find("solid") != head.npos;
     return size >= 84 && head.size() >= 84 && 84 + uint64_t(50) * NumberAt(head, 80) <= size;
@@ -104,7 +115,7 @@ const SceneFormat& CheckFile(const fs::path& file) {
   if (error) Refuse(error.message());
   if (size == 0) Refuse("it is empty");
   if (size > kLargestFile) Refuse("it is larger than 2 GiB");
-  std::string head(format->extension == std::string_view("ply") ? kLongestHeader : 4096, '\0');
+  std::string head(1 << 16, '\0');
   std::ifstream stream(file, std::ios::binary);
   stream.read(head.data(), std::streamsize(head.size()));
   if (!stream.is_open() || stream.bad()) Refuse("it can't be read");

@@ -339,6 +339,47 @@ TEST_F(SceneFiles, TheTableIsWhatItsFileSays) {
   EXPECT_EQ(MaterialsOf(*plate)[0], "Glaze");
 }
 
+// Of formats that are not written; their files start the fuzzer, too.
+TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
+  const struct {
+    const char *file, *extension, *object;
+    int32_t points, polygons;
+    Vector place;
+  } cases[] = {{"house_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
+               {"house75_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
+               {"triangle_gltf", "gltf", "nodes[1]", 3, 1, {0, 0, 0}},
+               {"quad_3ds", "3ds", "Box_Box_0", 5, 3, {0, 0, 0}}};
+  for (const auto& one : cases) {
+    const std::string content = ReadAll(fs::path(FUZZ_CORPUS) / "scene_import" / one.file).substr(1);
+    Document document = Import(folder_.Write(std::string("a.") + one.extension, content));
+    const auto* object = As<PolygonObject>(FindObject(*document, one.object));
+    ASSERT_TRUE(object) << one.file;
+    EXPECT_EQ(object->points.Count(), one.points);
+    EXPECT_EQ(object->polygons.Count(), one.polygons) << one.file;
+    EXPECT_EQ(object->place.Local().off, one.place) << one.file;
+  }
+}
+
+TEST_F(SceneFiles, UrisAreUnescaped) {
+  const float points[9] = {0, 0, 0, 1, 0, 0, 1, 1, 0};
+  folder_.Write("sub/a b.bin", {reinterpret_cast<const char*>(points), sizeof points});
+  const auto read = [&](const std::string& uri) {
+    const std::string text =
+        R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
+        R"("meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
+        R"("materials":[{"name":"M","normalTexture":{"index":0}}],"textures":[{"source":0}],)"
+        R"("images":[{"uri":"my%20picture.png"}],)"
+        R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}],)"
+        R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":")" +
+        uri + R"("}]})";
+    return Import(folder_.Write("a.gltf", text));
+  };
+  Document document = read("sub/a%20b.bin");
+  EXPECT_EQ(CountPoints(*document), 3u);
+  EXPECT_EQ(TextureNames(*document), std::set<std::string>{"my picture.png"});
+  EXPECT_NE(FaultOf([&] { read("%2e%2e/a%20b.bin"); }), "no fault");
+}
+
 // What a file names outside of its folder is not read.
 TEST_F(SceneFiles, FilesStayInTheirFolder) {
   folder_.Write("outside.mtl", "newmtl Red\nKd 1 0 0\n");
@@ -412,6 +453,8 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"noextension", "x", "its format is not known"},
       {"misnamed.obj", whole, "it is no whole .obj file"},
       {"misnamed.ply", obj, "it is no whole .ply file"},
+      {"endless.ply", ply.substr(0, ply.size() - 4), "it is no whole .ply file"},
+      {"other.ply", "ply\nelephant\nend_header\n", "it is no whole .ply file"},
       {"misnamed.3ds", obj, "it is no whole .3ds file"},
       {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
       {"cut.stl", solid.substr(0, solid.size() - 1), "it is no whole .stl file"},

@@ -42,6 +42,7 @@ void Answer(FileAnswer answer, std::string_view bytes = {}) {
 class Result final : public ByteSink {
  public:
   void Take(const void* bytes, size_t size) override {
+    if (size == 0) return;
     if (size < sizeof block_ - filled_) {
       std::memcpy(block_ + filled_, bytes, size);
       filled_ += size;

@@ -71,6 +71,9 @@ void ReadTexture(const aiScene& scene, const aiMaterial& material, std::initiali
   }
 }
 
+// These name pictures by URIs.
+bool HasUris(std::string_view loader) { return loader == "gltf" || loader == "glb" || loader == "dae"; }
+
 Vector32 ReadColor(const aiMaterial& material, const char* key, Vector32 otherwise) {
   aiColor3D color;
   if (material.Get(key, 0, 0, color) != aiReturn_SUCCESS) return otherwise;
@@ -220,7 +223,6 @@ FileScene ReadScene(const FileRequest& request) {
   importer.SetIOHandler(folder);
   importer.SetProgressHandler(new Handler);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-  importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ALL_MATERIALS, true);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ANIMATIONS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_WEIGHTS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
@@ -237,7 +239,10 @@ FileScene ReadScene(const FileRequest& request) {
                                 : request.loader == "ply" || request.loader == "stl";
     const bool isTheirs = !IsMadeUp(*scene->mMaterials[i], isNameless);
     materials.push_back(isTheirs ? int32_t(made.materials.size()) : -1);
-    if (isTheirs) made.materials.push_back(ReadMaterial(*scene, *scene->mMaterials[i]));
+    if (!isTheirs) continue;
+    FileMaterial& material = made.materials.emplace_back(ReadMaterial(*scene, *scene->mMaterials[i]));
+    if (HasUris(request.loader))
+      for (std::string& texture : material.textures) texture = Unescaped(texture);
   }
   for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
     FileMesh& mesh = made.meshes.emplace_back(ReadMesh(*scene->mMeshes[i]));

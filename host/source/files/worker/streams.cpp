@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <assimp/IOStream.hpp>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 
@@ -57,9 +58,15 @@ FileFolder::FileFolder(fs::path file, bool writes) : file_(fs::absolute(file)), 
   folder_ = fs::canonical(file_.parent_path());
 }
 
+// The library hands on what a file says, which may be a URI.
 fs::path FileFolder::Find(const char* name) const {
+  if (name == file_) return file_;
+  const fs::path path = FindAs(name);
+  return path.empty() && !writes_ ? FindAs(Unescaped(name)) : path;
+}
+
+fs::path FileFolder::FindAs(const fs::path& name) const {
   fs::path path = name;
-  if (path == file_) return path;
   if (path.is_relative()) path = folder_ / path;
   std::error_code error;
   const fs::path real = fs::weakly_canonical(path, error);
@@ -99,6 +106,19 @@ bool FileFolder::ComparePaths(const char* one, const char* second) const { retur
 
 void FileFolder::Fail(int error) {
   if (fault_.empty()) fault_ = std::strerror(error);
+}
+
+std::string Unescaped(std::string_view uri) {
+  std::string path;
+  for (size_t i = 0; i < uri.size(); ++i) {
+    unsigned code = 0;
+    const char* digits = uri.data() + i + 1;
+    const bool isCode = uri[i] == '%' && i + 2 < uri.size() &&
+                        std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2 && code != 0;
+    path += isCode ? char(code) : uri[i];
+    if (isCode) i += 2;
+  }
+  return path;
 }
 
 bool Handler::Update(float fraction) {

@@ -6,6 +6,7 @@
 #include <assimp/ProgressHandler.hpp>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace host {
 
@@ -26,13 +27,17 @@ class FileFolder : public Assimp::IOSystem {
   void Fail(int error);
 
  private:
-  // Empty for a file that is not to be opened.
+  // Empty for a file that is not to be opened, or is not there to be read.
   std::filesystem::path Find(const char* file) const;
+  std::filesystem::path FindAs(const std::filesystem::path& file) const;
 
   std::filesystem::path file_, folder_;
   bool writes_;
   std::string fault_;
 };
+
+// A path of a URI: %20 is a space.
+std::string Unescaped(std::string_view uri);
 
 // Hands on what the library says of its progress.
 struct Handler : Assimp::ProgressHandler {
