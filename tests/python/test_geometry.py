@@ -392,12 +392,14 @@ class PolygonTest(unittest.TestCase):
         self.assertEqual((op.GetNgonCount(), op.GetNgonEdgesCompact()), (0, [0] * 6))
         self.assertEqual(op.GetNGonTranslationMap(6, list(range(6))), [[i] for i in range(6)])
         self.assertEqual(op.GetNGonTranslationMap(ngoncnt=2, polymap=(0, 0, 1, 0, 1, 1)), [[0, 1, 3], [2, 4, 5]])
-        for polymap, error in (([0] * 5, ARRAY), ([0] * 7, ARRAY), ([], LENGTH), (5, LENGTH), (
+        for polymap, error in (([0] * 5, ARRAY), ([0] * 7, ARRAY), ([], ARRAY), (5, LENGTH), (
                 [0, 1, "a"], (TypeError, "PolygonObject.GetNGonTranslationMap expected int or long, not str")), (
                 [0, 1, 2, 3, 4, 2 ** 40], (OverflowError, "Python int too large to convert to C long"))):
             self.assertEqual(outcome(op.GetNGonTranslationMap, 6, polymap), error)
         for count in (-1, 7, 2 ** 31 - 1):
             self.assertIsNone(op.GetNGonTranslationMap(count, [0] * 6))
+        none = qlx.PolygonObject(3, 0)
+        self.assertEqual(none.GetNGonTranslationMap(*none.GetPolygonTranslationMap()), [])
         parent = [qlx.BaseObject(NULL)]
         op.InsertUnder(parent[0])
         self.assertEqual(outcome(op.GetNGonTranslationMap, 6, Items(6, *range(5), lambda: parent.clear() or 5)),

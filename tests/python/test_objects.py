@@ -231,9 +231,22 @@ class TagTest(unittest.TestCase):
         polygons.KillTag(POINTS)
         self.assertEqual(outcome(op.InsertTag, points), (AssertionError, REFUSED))
         self.assertEqual((points(), polygons.GetPointCount()), (points, 4))
-        polygons.MakeVariableTag(POINTS, 1)  # ahead of the object's own
+        # There is one such block, as long as the object says.
+        self.assertEqual(outcome(polygons.MakeVariableTag, POINTS, 1)[0], BaseException)
+        self.assertEqual(outcome(polygons.InsertTag, points.GetClone()), (AssertionError, REFUSED))
+        for count in (2, 4):
+            other = qlx.PolygonObject(count, 0)
+            self.assertIs(other.GetTag(POINTS).CopyTo(points, 0), count == 4)
         self.assertEqual((polygons.GetTagDataCount(POINTS), len(polygons.GetAllPoints())), (4, 4))
         self.assertEqual(polygons.GetPoint(3), qlx.Vector())
+
+    def test_caches_that_stay(self):
+        doc, op = qlx.documents.BaseDocument(), qlx.BaseObject(CUBE)
+        doc.InsertObject(op)
+        doc.ExecutePasses(None, True, True, True, 0)
+        op.GetCache().Remove()
+        self.assertEqual(outcome(doc.InsertObject, op.GetCache()), (AssertionError, REFUSED))
+        self.assertEqual((op.GetCache().GetPointCount(), op.GetRad()), (8, qlx.Vector(100, 100, 100)))
 
     def test_data_counts(self):
         op = qlx.PolygonObject(5, 2)

@@ -80,11 +80,14 @@ PyObject* GetPolygonTranslationMap(PolygonObject* self) {
 }
 
 PyObject* GetNGonTranslationMap(AtomWrapper* self, int32_t ngoncnt, PyObject* polymap) {
-  Py_ssize_t count = PyObject_Size(polymap);
   PolygonObject* host;
-  if (count < 0 || !Present<PolygonObject>::Get(&self->ob_base, host)) return nullptr;
-  if (count != host->GetPolygonCount()) return RaiseOutOfRange("Array size");
-  if (count == 0) return PyList_New(0);
+  // That of no polygons is empty, which arrays of the host can't be.
+  Py_ssize_t count = PyObject_Size(polymap);
+  if (count < 0) PyErr_Clear();
+  if (count == 0) {
+    if (!Present<PolygonObject>::Get(&self->ob_base, host)) return nullptr;
+    return host->GetPolygonCount() == 0 ? PyList_New(0) : RaiseOutOfRange("Array size");
+  }
   const HostArray<int32_t> map = GetInt32Array(polymap, count, "PolygonObject.GetNGonTranslationMap");
   // The sequence's own code may have destroyed the object.
   if (!map || PyErr_Occurred() || !Present<PolygonObject>::Get(&self->ob_base, host)) return nullptr;
