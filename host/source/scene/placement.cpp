@@ -105,72 +105,79 @@ Placement PlacementOf(const Matrix& matrix, int32_t order) {
 }
 
 ObjectPlace& ObjectPlace::operator=(const ObjectPlace& other) {
-  relative_ = other.relative_;
-  local_ = other.local_;
-  frozen_ = other.frozen_ ? std::make_unique<Placement>(*other.frozen_) : nullptr;
-  order_ = other.order_;
+  if (this == &other) return *this;
+  data_.reset();
+  if (!other.data_) return *this;
+  const Data& from = *other.data_;
+  Data& to = Change();
+  to.relative = from.relative;
+  to.local = from.local;
+  to.frozen = from.frozen ? std::make_unique<Placement>(*from.frozen) : nullptr;
+  to.order = from.order;
   return *this;
 }
 
-const Placement& ObjectPlace::Frozen() const {
-  static const Placement kNone;
-  return frozen_ ? *frozen_ : kNone;
-}
-
 Matrix ObjectPlace::RelativeMatrix() const {
-  return frozen_ ? kelvar::Product(kelvar::Inverse(FrozenMatrix()), local_) : local_;
+  return IsFrozen() ? kelvar::Product(kelvar::Inverse(FrozenMatrix()), Local()) : Local();
 }
 
 void ObjectPlace::SetRelativeMatrix(const Matrix& matrix) {
-  relative_ = PlacementOf(matrix, order_);
-  local_ = frozen_ ? kelvar::Product(FrozenMatrix(), matrix) : matrix;
+  Data& data = Change();
+  data.relative = PlacementOf(matrix, data.order);
+  data.local = data.frozen ? kelvar::Product(FrozenMatrix(), matrix) : matrix;
 }
 
 void ObjectPlace::SetLocal(const Matrix& local) {
-  local_ = local;
-  relative_ = PlacementOf(RelativeMatrix(), order_);
+  Data& data = Change();
+  data.local = local;
+  data.relative = PlacementOf(RelativeMatrix(), data.order);
 }
 
 void ObjectPlace::SetPosition(const Vector& position) {
-  local_.off = position;
-  relative_.position = frozen_ ? kelvar::Transformed(kelvar::Inverse(FrozenMatrix()), position) : position;
+  Data& data = Change();
+  data.local.off = position;
+  data.relative.position =
+      data.frozen ? kelvar::Transformed(kelvar::Inverse(FrozenMatrix()), position) : position;
 }
 
 // What stays is kept with its shear, and an angle beyond a whole turn as it is.
 void ObjectPlace::SetRelative(const Placement& relative) {
-  const bool isMoved = relative.rotation == relative_.rotation && relative.scale == relative_.scale;
-  relative_ = relative;
+  Data& data = Change();
+  const bool isMoved = relative.rotation == data.relative.rotation && relative.scale == data.relative.scale;
+  data.relative = relative;
   if (!isMoved) return Compose();
-  local_.off = frozen_ ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
+  data.local.off = data.frozen ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
 }
 
 void ObjectPlace::SetFrozen(const Placement& frozen) {
-  if (!frozen_) frozen_ = std::make_unique<Placement>();
-  *frozen_ = frozen;
+  Change().frozen = std::make_unique<Placement>(frozen);
   Compose();
 }
 
 void ObjectPlace::SetAbsolute(const Placement& absolute) {
-  if (!frozen_) return SetRelative(absolute);
-  SetLocal(MatrixOf(absolute, order_));
+  if (!IsFrozen()) return SetRelative(absolute);
+  SetLocal(MatrixOf(absolute, Order()));
 }
 
 void ObjectPlace::SetOrder(int32_t order) {
   order = std::clamp<int32_t>(order, kOrderYXZ, kOrderHPB);
-  if (order == order_) return;
-  if (frozen_) frozen_->rotation = RotationAngles(RotationMatrix(frozen_->rotation, order_), order);
-  relative_.rotation = RotationAngles(RotationMatrix(relative_.rotation, order_), order);
-  order_ = order;
+  if (order == Order()) return;
+  Data& data = Change();
+  const auto turn = [&](Vector& angles) { angles = RotationAngles(RotationMatrix(angles, data.order), order); };
+  if (data.frozen) turn(data.frozen->rotation);
+  turn(data.relative.rotation);
+  data.order = order;
 }
 
 std::vector<double> ObjectPlace::Numbers() const {
-  std::vector<double> numbers{double(order_)};
+  std::vector<double> numbers{double(Order())};
   const auto add = [&](std::initializer_list<Vector> vectors) {
     for (const Vector& v : vectors) numbers.insert(numbers.end(), {v.x, v.y, v.z});
   };
-  add({local_.off, local_.v1, local_.v2, local_.v3});
-  add({relative_.position, relative_.rotation, relative_.scale});
-  if (frozen_) add({frozen_->position, frozen_->rotation, frozen_->scale});
+  const Matrix& local = Local();
+  add({local.off, local.v1, local.v2, local.v3});
+  add({Relative().position, Relative().rotation, Relative().scale});
+  if (IsFrozen()) add({Frozen().position, Frozen().rotation, Frozen().scale});
   return numbers;
 }
 
@@ -186,17 +193,19 @@ bool ObjectPlace::SetNumbers(const std::vector<double>& numbers) {
       at += 3;
     }
   };
-  order_ = int32_t(order);
-  take({&local_.off, &local_.v1, &local_.v2, &local_.v3});
-  take({&relative_.position, &relative_.rotation, &relative_.scale});
-  frozen_ = at < numbers.size() ? std::make_unique<Placement>() : nullptr;
-  if (frozen_) take({&frozen_->position, &frozen_->rotation, &frozen_->scale});
+  Data& data = Change();
+  data.order = int32_t(order);
+  take({&data.local.off, &data.local.v1, &data.local.v2, &data.local.v3});
+  take({&data.relative.position, &data.relative.rotation, &data.relative.scale});
+  data.frozen = at < numbers.size() ? std::make_unique<Placement>() : nullptr;
+  if (data.frozen) take({&data.frozen->position, &data.frozen->rotation, &data.frozen->scale});
   return true;
 }
 
 void ObjectPlace::Compose() {
-  local_ = MatrixOf(relative_, order_);
-  if (frozen_) local_ = kelvar::Product(FrozenMatrix(), local_);
+  Data& data = Change();
+  data.local = MatrixOf(data.relative, data.order);
+  if (data.frozen) data.local = kelvar::Product(FrozenMatrix(), data.local);
 }
 
 }  // namespace host

@@ -41,22 +41,22 @@ class ObjectPlace {
   ObjectPlace(const ObjectPlace& other) { *this = other; }
   ObjectPlace& operator=(const ObjectPlace& other);
 
-  const Matrix& Local() const { return local_; }
+  const Matrix& Local() const { return data_ ? data_->local : kIdentityMatrix; }
   void SetLocal(const Matrix& local);
   void SetPosition(const Vector& position);
   Matrix RelativeMatrix() const;
   void SetRelativeMatrix(const Matrix& matrix);
-  Matrix FrozenMatrix() const { return frozen_ ? MatrixOf(*frozen_, order_) : kIdentityMatrix; }
+  Matrix FrozenMatrix() const { return IsFrozen() ? MatrixOf(*data_->frozen, Order()) : kIdentityMatrix; }
 
-  const Placement& Relative() const { return relative_; }
-  const Placement& Frozen() const;
-  Placement Absolute() const { return frozen_ ? PlacementOf(local_, order_) : relative_; }
+  const Placement& Relative() const { return data_ ? data_->relative : kNowhere; }
+  const Placement& Frozen() const { return IsFrozen() ? *data_->frozen : kNowhere; }
+  Placement Absolute() const { return IsFrozen() ? PlacementOf(Local(), Order()) : Relative(); }
 
   void SetRelative(const Placement& relative);
   void SetFrozen(const Placement& frozen);
   void SetAbsolute(const Placement& absolute);
 
-  int32_t Order() const { return order_; }
+  int32_t Order() const { return data_ ? data_->order : kOrderHPB; }
   void SetOrder(int32_t order);  // the matrices stay
 
   // All of it as numbers, for files; false for what are none.
@@ -64,12 +64,22 @@ class ObjectPlace {
   bool SetNumbers(const std::vector<double>& numbers);
 
  private:
+  struct Data {
+    Placement relative;
+    Matrix local = kIdentityMatrix;
+    std::unique_ptr<Placement> frozen;  // null: none
+    int32_t order = kOrderHPB;
+  };
+  static constexpr Placement kNowhere{};
+
+  bool IsFrozen() const { return data_ && data_->frozen; }
+  Data& Change() {
+    if (!data_) data_ = std::make_unique<Data>();
+    return *data_;
+  }
   void Compose();
 
-  Placement relative_;
-  Matrix local_ = kIdentityMatrix;
-  std::unique_ptr<Placement> frozen_;  // null: none
-  int32_t order_ = kOrderHPB;
+  std::unique_ptr<Data> data_;  // null: at the origin
 };
 
 }  // namespace host
