@@ -4,17 +4,19 @@
 #include <cmath>
 
 #include "boundary/host.h"
+#include "scene/geometry.h"
 
 namespace host {
 namespace {
 
 enum DeformerType : int32_t { kBend = 5128, kTaper = 5133, kTwist = 5134 };
 enum DeformerParameter : int32_t { kSize = 1000, kMode, kStrength, kDirection };
-enum Mode : int32_t { kLimited, kUnlimited, kWithinBox };
+constexpr double kUnlimited = 1, kWithinBox = 2;  // modes; others stay in the box along its axis only
 
 // Along y of its box, from `low` on for `height`; `strength` is what happens over all of it.
 struct Deformer {
-  int32_t type, mode;
+  int32_t type;
+  double mode;
   Vector half;
   double low, height, strength, direction;
 
@@ -28,23 +30,17 @@ struct Deformer {
   }
 };
 
-double NumberOf(const BaseObject& object, int32_t parameter) {
-  const HostGeData* value = container::FindData(&object.data, parameter);
-  if (value && value->type == HOST_DATA_FLOAT) return value->value.real;
-  return value && value->type == HOST_DATA_INT32 ? double(value->value.integer) : 0;
-}
-
 Deformer Read(const BaseObject& object) {
   const HostGeData* size = container::FindData(&object.data, kSize);
   const Vector box = size && size->type == HOST_DATA_VECTOR ? size->value.vector : Vector{};
   const Vector half = kelvar::Absolute(box) * 0.5;
   return {object.type.id,
-          int32_t(NumberOf(object, kMode)),
+          NumberOf(object, kMode, 0),
           half,
           -half.y,
           2 * half.y,
-          NumberOf(object, kStrength),
-          NumberOf(object, kDirection)};
+          NumberOf(object, kStrength, 0),
+          NumberOf(object, kDirection, 0)};
 }
 
 Vector Twist(const Deformer& deformer, const Vector& p) {

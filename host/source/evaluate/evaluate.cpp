@@ -16,6 +16,7 @@
 #include "evaluate/mesh.h"
 #include "evaluate/primitives.h"
 #include "evaluate/state.h"
+#include "scene/geometry.h"
 #include "scene/kinds.h"
 #include "scene/links.h"
 #include "scene/tree.h"
@@ -48,10 +49,7 @@ constexpr size_t kMostOfAll = 1 << 19;      // objects of all instances of a pas
 std::atomic<uint64_t> g_passes{0};
 std::atomic<bool> g_haveDeformers{false};
 
-bool IsOn(const BaseList2D* node, int32_t parameter) {
-  const HostGeData* value = node ? container::FindData(&node->data, parameter) : nullptr;
-  return !value || value->type != HOST_DATA_INT32 || value->value.integer != 0;
-}
+bool IsOn(const BaseList2D* node, int32_t parameter) { return !node || NumberOf(*node, parameter, 1) != 0; }
 
 const NodeRecord* RecordOf(const QLXAtom& atom) { return PluginOf(atom); }
 
@@ -67,11 +65,6 @@ void SetBranch(BaseObject& object, int32_t branch, BaseObject* made) {
   if (!made) return;
   made->isFixed = true;  // until it is built anew, whatever a script does to it
   Append(*made, *head);
-}
-
-BaseObject* FirstIn(const BaseObject& object, int32_t branch) {
-  const GeListHead* head = FindBranch(object, branch);
-  return head ? As<BaseObject>(head->down) : nullptr;
 }
 
 // What an instance stands for; null where that would show the instance itself.
@@ -206,7 +199,7 @@ class Evaluator {
     if (!hold.IsAlive()) return DestroyNow(made);
     evaluation.cached = state;
     ++evaluation.version;
-    if (made && made == FirstIn(object, kCacheBranch)) return;  // a plug-in's, as good as new
+    if (made && made == FirstIn(&object, kCacheBranch)) return;  // a plug-in's, as good as new
     SetBranch(object, kCacheBranch, made);
   }
 
@@ -287,7 +280,7 @@ class Evaluator {
     if (record.GetVirtualObjects) made = record.GetVirtualObjects(PluginData(object), &object, &help);
     if (!made && hold.IsAlive() && record.GetContour)
       made = record.GetContour(PluginData(object), &object, document_, 1, nullptr);
-    if (!made || !hold.IsAlive() || made == FirstIn(object, kCacheBranch)) return made;
+    if (!made || !hold.IsAlive() || made == FirstIn(&object, kCacheBranch)) return made;
     const bool isLoose = !made->up && !made->list && !made->pred && !made->next && !made->isFixed;
     if (isLoose && As<BaseObject>(made)) return made;
     Warn(fmt::format("'{}' made an object that stands in a scene: it is left there",
@@ -297,7 +290,7 @@ class Evaluator {
 
   void UpdateDeformed(BaseObject& object, Evaluation& evaluation) {
     const bool isShape = As<PointObject>(&object) != nullptr;
-    BaseObject* cache = isShape ? nullptr : FirstIn(object, kCacheBranch);
+    BaseObject* cache = isShape ? nullptr : FirstIn(&object, kCacheBranch);
     const auto deformers = isShape || cache ? DeformersOf(object) : std::vector<BaseObject*>();
     if (deformers.empty() && !evaluation.deformed) return;
     State state;

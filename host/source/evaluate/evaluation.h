@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "scene/object.h"
+#include "scene/tree.h"
 
 namespace host {
 
@@ -36,6 +37,12 @@ struct Evaluation {
   std::vector<Cloned> clones;
   size_t instanced = 0;  // how many objects the cache of an instance is of
 };
+
+// What stands first in one of the object's own lists; null for none.
+inline BaseObject* FirstIn(const BaseObject* object, int32_t branch) {
+  const GeListHead* head = object ? FindBranch(*object, branch) : nullptr;
+  return head ? As<BaseObject>(head->down) : nullptr;
+}
 
 inline Evaluation& EvaluationOf(BaseObject& object) {
   if (!object.evaluation) object.evaluation = std::make_unique<Evaluation>();

@@ -16,8 +16,6 @@
 namespace host {
 namespace {
 
-constexpr int32_t kTypePhong = 5612;
-enum PhongParameter : int32_t { kPhongLimit = 1000, kPhongLimitAngle = 1001 };
 // How a spline is interpolated; spline primitives have the same parameters.
 constexpr int32_t kSplineFirstShared = 1002, kSplineLastShared = 1005;
 
@@ -40,15 +38,6 @@ struct Destroy {
 template <class Element>
 using Made = std::unique_ptr<Element, Destroy>;
 
-void AddPhong(BaseObject& object, double angle) {
-  Made<BaseList2D> tag(MakeElement(kTypePhong, kTypeTag));
-  if (!tag) return;
-  Put(tag->data, kPhongLimit, Value::Int32(1));
-  Put(tag->data, kPhongLimitAngle, Value::Float(angle));
-  GeListHead& tags = *Branch(object, kTypeTag);
-  Append(*tag.release(), tags);
-}
-
 int32_t CountOf(size_t number) {
   if (number > size_t(std::numeric_limits<int32_t>::max())) throw std::bad_alloc();
   return int32_t(number);
@@ -58,16 +47,16 @@ int32_t CountOf(size_t number) {
 
 PolygonObject* NewObject(const Mesh& mesh) {
   const int32_t count = CountOf(mesh.polygons.size());
-  Made<PolygonObject> object(NewPolygonObject(CountOf(mesh.points.size()), count));
-  std::copy(mesh.points.begin(), mesh.points.end(), object->Points().begin());
-  std::copy(mesh.polygons.begin(), mesh.polygons.end(), object->Polygons().begin());
-  object->ngonEdges = mesh.ngonEdges;
-  object->phongBreak = SelectionOf(mesh.breaks);
-  if (mesh.phong) AddPhong(*object, *mesh.phong);
+  Made<PolygonObject> made(NewPolygonObject(CountOf(mesh.points.size()), count));
+  std::copy(mesh.points.begin(), mesh.points.end(), made->Points().begin());
+  std::copy(mesh.polygons.begin(), mesh.polygons.end(), made->Polygons().begin());
+  made->ngonEdges = mesh.ngonEdges;
+  made->phongBreak = SelectionOf(mesh.breaks);
+  if (mesh.phong) object::SetPhong(made.get(), 1, 1, *mesh.phong);
   if (!mesh.uvw.empty())
     std::copy_n(mesh.uvw.begin(), std::min(mesh.uvw.size(), mesh.polygons.size()),
-                AddBlock(*object, kDataUVW, count).Items<UVWStruct>().begin());
-  return object.release();
+                AddBlock(*made, kDataUVW, count).Items<UVWStruct>().begin());
+  return made.release();
 }
 
 SplineObject* NewObject(const SplineShape& shape, const BaseContainer& settings) {

@@ -5,16 +5,12 @@
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
 #include "evaluate/evaluation.h"
+#include "scene/geometry.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
 namespace host {
 namespace {
-
-BaseObject* FirstIn(const BaseObject* object, int32_t branch) {
-  const GeListHead* head = object ? FindBranch(*object, branch) : nullptr;
-  return head ? As<BaseObject>(head->down) : nullptr;
-}
 
 constexpr int32_t kAllOfShape = DIRTYFLAGS_DATA | DIRTYFLAGS_MATRIX | DIRTYFLAGS_CACHE;
 
@@ -134,7 +130,7 @@ BaseObject* GetAndCheckHierarchyClone(BaseObject* self, HierarchyHelp* hh, BaseO
     BaseObject* clone = input ? CloneOf(*input, flags, trans) : nullptr;
     if (!clone) continue;
     if (inputs.size() == 1) return clone;
-    if (!group) group = Alloc(5140);
+    if (!group) group = Alloc(kTypeNull);
     if (!group) {
       DestroyNow(clone);
       return nullptr;

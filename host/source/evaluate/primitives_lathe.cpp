@@ -130,7 +130,7 @@ struct Turn {
 class Lathe {
  public:
   Lathe(const Profile& profile, const Turn& turn) : profile_(profile), turn_(turn), heights_(profile) {
-    mesh_.phong = kPhongAngle;
+    mesh_.phong = kPhongStandard;
     const size_t expected = profile.pictures.size() * size_t(turn.steps);
     mesh_.points.reserve(expected + profile.rings.size());
     mesh_.polygons.reserve(expected);

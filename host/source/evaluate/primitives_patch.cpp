@@ -412,7 +412,7 @@ Mesh MakeCube(const Settings& settings) {
         for (const double sign2 : {-1.0, 1.0}) box.AddEdge(axis, sign1, sign2);
     for (int signs = 0; signs < 8; ++signs)
       box.AddCorner({signs & 1 ? 1.0 : -1.0, signs & 2 ? 1.0 : -1.0, signs & 4 ? 1.0 : -1.0});
-    patches.mesh.phong = kPhongAngle;
+    patches.mesh.phong = kPhongStandard;
   }
   return std::move(patches.mesh);
 }
@@ -421,7 +421,7 @@ Mesh MakePlane(const Settings& settings) {
   Patches patches;
   const Vector half{settings.Length(1120) / 2, 0, settings.Length(1121) / 2};
   RoundBox(patches, half, 0, {settings.Count(1122), 1, settings.Count(1123)}, 1).AddSide(kTopSide);
-  patches.mesh.phong = kPhongAngle;  // deformers bend it
+  patches.mesh.phong = kPhongStandard;  // deformers bend it
   return std::move(patches.mesh);
 }
 
@@ -456,7 +456,7 @@ Mesh MakePlatonic(const Settings& settings) {
 
 Mesh MakePatchSphere(double radius, int32_t segments, int32_t type) {
   Patches patches;
-  patches.mesh.phong = kPhongAngle;
+  patches.mesh.phong = kPhongStandard;
   // About as many around as were asked for. With an even number of squares on a side, and of triangles' threes,
   // there is a point at each pole, where the picture needs one.
   if (type == 2) {

@@ -3,11 +3,9 @@
 #define HOST_EVALUATE_PRIMITIVES_SHAPES_H
 
 #include "evaluate/primitives.h"
+#include "scene/geometry.h"
 
 namespace host {
-
-// The angle of smooth shading.
-constexpr double kPhongAngle = 0.698131700797732;
 
 // An object's parameters, in their types and ranges whatever its container holds.
 class Settings {

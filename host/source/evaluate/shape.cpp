@@ -7,19 +7,16 @@
 #include "evaluate/evaluation.h"
 #include "evaluate/state.h"
 #include "scene/aliastrans.h"
+#include "scene/geometry.h"
 #include "scene/kinds.h"
 #include "scene/tree.h"
 
 namespace host {
 namespace {
 
-constexpr int32_t kTypeNull = 5140;
 constexpr int32_t kAlone = COPYFLAGS_NO_HIERARCHY | COPYFLAGS_NO_ANIMATION;
 
-BaseObject* FirstCached(const BaseObject& object) {
-  const GeListHead* head = FindBranch(object, kCacheBranch);
-  return head ? As<BaseObject>(head->down) : nullptr;
-}
+BaseObject* FirstCached(const BaseObject& object) { return FirstIn(&object, kCacheBranch); }
 
 // What is on the generator is on what it made, too.
 void CopyTags(const BaseObject& from, BaseObject& to) { object::CopyTagsTo(&from, &to, 1, 0, 1); }

@@ -8,7 +8,10 @@
 
 namespace host {
 
+constexpr int32_t kTypeNull = 5140;
 constexpr int32_t kTypePhong = 5612;
+enum PhongParameter : int32_t { kPhongLimit = 1000, kPhongAngle = 1001, kPhongUsesBreaks = 1002 };
+constexpr double kPhongStandard = 0.698131700797732;  // the angle, 40 degrees
 
 // How many of each an object gets; -1: as many as it has.
 struct Counts {

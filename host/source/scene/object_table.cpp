@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "boundary/host.h"
+#include "scene/geometry.h"
 #include "scene/kinds.h"
 #include "scene/object.h"
 #include "scene/tree.h"
@@ -12,8 +13,6 @@ namespace host {
 namespace {
 
 enum Parameter : int32_t { kEditorMode = 901, kRenderMode = 902, kDeformMode = 909 };
-enum PhongParameter : int32_t { kPhongLimit = 1000, kPhongAngle = 1001 };
-constexpr int32_t kTypePhong = 5612;
 constexpr int32_t kWhereMissing = 2;  // of CopyTagsTo
 constexpr int32_t kModeOn = 0, kModeOff = 1, kModeUndefined = 2;
 
@@ -23,10 +22,8 @@ GeListHead* Tags(const BaseObject* object) { return object ? FindBranch(*object,
 BaseTag* TagAt(GeListNode* node) { return As<BaseTag>(node); }
 
 int32_t ModeOf(const BaseObject* object, int32_t parameter) {
-  const HostGeData* value = object ? container::FindData(&object->data, parameter) : nullptr;
-  if (!value || value->type != HOST_DATA_INT32) return kModeUndefined;
-  const int64_t mode = value->value.integer;
-  return mode == kModeOn || mode == kModeOff ? int32_t(mode) : kModeUndefined;
+  const double mode = object ? NumberOf(*object, parameter, kModeUndefined) : kModeUndefined;
+  return mode == kModeOn ? kModeOn : mode == kModeOff ? kModeOff : kModeUndefined;
 }
 
 void SetNumber(BaseList2D* node, int32_t parameter, int32_t number) {
@@ -166,10 +163,7 @@ int32_t GetRenderMode(const BaseObject* self) { return ModeOf(self, kRenderMode)
 void SetRenderMode(BaseObject* self, int32_t mode) {
   SetNumber(self, kRenderMode, mode == kModeOn || mode == kModeOff ? mode : kModeUndefined);
 }
-HostBool GetDeformMode(const BaseObject* self) {
-  const HostGeData* value = self ? container::FindData(&self->data, kDeformMode) : nullptr;
-  return !value || value->type != HOST_DATA_INT32 || value->value.integer != 0;
-}
+HostBool GetDeformMode(const BaseObject* self) { return !self || NumberOf(*self, kDeformMode, 1) != 0; }
 void SetDeformMode(BaseObject* self, HostBool mode) { SetNumber(self, kDeformMode, mode != 0); }
 
 int32_t GetUniqueIP(const BaseObject* self) { return self ? int32_t(self->uniqueIP) : 0; }

@@ -10,9 +10,6 @@
 namespace host {
 namespace {
 
-enum PhongParameter : int32_t { kPhongHasLimit = 1000, kPhongAngle = 1001, kPhongUsesBreaks = 1002 };
-
-constexpr double kPhongStandard = 0.698131700797732;
 constexpr double kSameAngle = 1e-9;  // rounding never makes a break
 constexpr size_t kNormalNumbers = 12;
 
@@ -150,7 +147,7 @@ Vector32* CreatePhongNormals(const PolygonObject* self) {
   }
   const auto* phong = static_cast<BaseList2D*>(host::object::GetTag(object, kTypePhong, 0));
   if (!phong) return nullptr;
-  const bool hasLimit = NumberOf(*phong, kPhongHasLimit, 1) != 0;
+  const bool hasLimit = NumberOf(*phong, kPhongLimit, 1) != 0;
   const double limit = hasLimit ? NumberOf(*phong, kPhongAngle, kPhongStandard) : HUGE_VAL;
 
   const Surface surface(*object);
