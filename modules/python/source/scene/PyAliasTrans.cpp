@@ -6,22 +6,15 @@
 #include "scene/scene.h"
 
 namespace qlx {
+
+template <>
+struct Present<AliasTrans> {
+  static PyObject* Wrap(AliasTrans* host, bool owned);  // the wrapper frees it
+};
+
 namespace {
 
 AliasTransRecord* AsRecord(PyObject* object) { return reinterpret_cast<AliasTransRecord*>(object); }
-
-PyObject* Construct(PyTypeObject* type, PyObject* args, PyObject* keywords) {
-  Arguments<&Construct, TypeList<>, ""> none;
-  if (!none.Parse(args, keywords)) return nullptr;
-  AliasTrans* data = AliasTrans::Alloc();
-  if (!data) return ReportAllocFailed(type, 0);
-  PyObject* object = AllocWrapper(g_wrapperTracker, type);
-  if (object)
-    AsRecord(object)->data = data;
-  else
-    data->Free();
-  return object;
-}
 
 void Free(PyObject* self) {
   if (AsRecord(self)->data) AsRecord(self)->data->Free();
@@ -45,11 +38,20 @@ PyMethodDef g_methods[] = {
 
 }  // namespace
 
+PyObject* Present<AliasTrans>::Wrap(AliasTrans* host, bool) {
+  PyObject* object = AllocWrapper(g_wrapperTracker, &g_AliasTransType);
+  if (object)
+    AsRecord(object)->data = host;
+  else
+    host->Free();
+  return object;
+}
+
 PyTypeObject g_AliasTransType = MakeType<AliasTransRecord>({
     .name = "qlx.AliasTrans",
     .doc = "The translation of links while elements are copied.",
     .methods = g_methods,
-    .create = Construct,
+    .create = Create<&AliasTrans::Alloc, "">,
     .destroy = Free,
 });
 

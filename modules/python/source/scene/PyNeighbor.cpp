@@ -10,19 +10,6 @@ namespace {
 
 NeighborRecord* AsRecord(PyObject* object) { return reinterpret_cast<NeighborRecord*>(object); }
 
-PyObject* Construct(PyTypeObject* type, PyObject* args, PyObject* keywords) {
-  Arguments<&Construct, TypeList<>, ""> none;
-  if (!none.Parse(args, keywords)) return nullptr;
-  Neighbor* data = Neighbor::Alloc();
-  if (!data) return ReportAllocFailed(type, 0);
-  PyObject* object = AllocWrapper(g_wrapperTracker, type);
-  if (object)
-    AsRecord(object)->data = data;
-  else
-    data->Free();
-  return object;
-}
-
 void Unlink(NeighborRecord* self) {
   FreeLink(self->linked);
   self->linked = {};
@@ -112,12 +99,21 @@ PyTypeObject g_NeighborType = MakeType<NeighborRecord>({
     .name = "qlx.utils.Neighbor",
     .doc = "Neighbor()\n\nWhich polygons and edges of an object lie side by side. Call Init first.",
     .methods = g_methods,
-    .create = Construct,
+    .create = Create<&Neighbor::Alloc, "">,
     .destroy = Free,
 });
 
 namespace {
 const TypeQueueEntry g_entry(g_NeighborType);
+}
+
+PyObject* Present<Neighbor>::Wrap(Neighbor* host, bool) {
+  PyObject* object = AllocWrapper(g_wrapperTracker, &g_NeighborType);
+  if (object)
+    AsRecord(object)->data = host;
+  else
+    host->Free();
+  return object;
 }
 
 bool Present<Neighbor>::Get(PyObject* object, Neighbor*& host) {

@@ -74,6 +74,7 @@ struct Present<Neighbor> {
   static PyTypeObject& Type() { return g_NeighborType; }
   static constexpr bool kResolvedFirst = false;
   static bool Get(PyObject* object, Neighbor*& host);
+  static PyObject* Wrap(Neighbor* host, bool owned);  // the wrapper frees it
 };
 
 // A list of copies of an object's elements of that data type; null with an exception, or alone where the host
