@@ -49,7 +49,7 @@ size_t Size(const host::FileScene& scene) {
   size_t size = 0;
   for (const host::FileNode& node : scene.nodes)
     for (const int32_t mesh : node.meshes)
-      size += scene.meshes[size_t(mesh)].points.size() + scene.meshes[size_t(mesh)].corners.size();
+      size += scene.meshes[size_t(mesh)].points.size() + scene.meshes[size_t(mesh)].CornerCount();
   return size;
 }
 

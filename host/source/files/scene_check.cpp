@@ -97,7 +97,8 @@ void CheckMesh(const FileMesh& mesh, size_t materials) {
     Refuse(fmt::format("the mesh '{}' has a face with a corner that is no point", mesh.name));
   uint64_t corners = 0;
   for (const uint32_t size : mesh.sizes) corners += size;
-  if (mesh.sizes.empty() ? mesh.corners.size() % 3 != 0 : corners != mesh.corners.size())
+  if (mesh.faceSize == 0 ||
+      (mesh.sizes.empty() ? mesh.CornerCount() % mesh.faceSize != 0 : corners != mesh.CornerCount()))
     Refuse(fmt::format("the mesh '{}' has faces without corners", mesh.name));
 }
 
@@ -140,7 +141,7 @@ void CheckScene(const FileScene& scene) {
     for (const int32_t mesh : node.meshes) {
       if (mesh < 0 || mesh >= int64_t(scene.meshes.size()))
         Refuse(fmt::format("'{}' has a mesh that is not there", node.name));
-      corners += scene.meshes[size_t(mesh)].corners.size() + scene.meshes[size_t(mesh)].points.size();
+      corners += scene.meshes[size_t(mesh)].CornerCount() + scene.meshes[size_t(mesh)].points.size();
     }
     if (corners > kMostCorners) Refuse("its objects are too large");
   }

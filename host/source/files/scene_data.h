@@ -59,11 +59,17 @@ struct FileMesh {
   Rows<Vector32> points;
   Rows<Vector32> normals, uvw;  // one a point, or empty
   Rows<ColorA32> colors;
-  Rows<uint32_t> sizes;  // how many corners each face has; empty: three each
-  Rows<uint32_t> corners;
+  Rows<uint32_t> sizes;  // how many corners each face has; empty: faceSize each
+  uint32_t faceSize = 3;
+  int32_t isInOrder = 0;   // each point is a corner once, in order: there are no others
+  Rows<uint32_t> corners;  // points
+
+  size_t CornerCount() const { return isInOrder ? points.size() : corners.size(); }
+  size_t FaceCount() const { return sizes.empty() ? CornerCount() / faceSize : sizes.size(); }
 
   static auto Fields(auto& of) {
-    return std::tie(of.name, of.material, of.points, of.normals, of.uvw, of.colors, of.sizes, of.corners);
+    return std::tie(of.name, of.material, of.points, of.normals, of.uvw, of.colors, of.sizes, of.faceSize,
+                    of.isInOrder, of.corners);
   }
 };
 

@@ -57,9 +57,9 @@ inline uint32_t BitsOf(float number) {
 // Files have the third axis the other way round. A zero stays a plain one.
 inline double Mirrored(double z) { return 0.0 - z; }
 
-// The object of a node's meshes, without a name: points at exactly one place become one, normals, colours and
-// texture coordinates go to tags of the corners. `firstPolygons` gets the first polygon of each mesh, and their
-// number at the end. Throws std::bad_alloc.
+// The object of a node's meshes, without a name: points at exactly one place become one, unless a file has the
+// object's own; normals, colours and texture coordinates go to tags of the corners. `firstPolygons` gets the
+// first polygon of each mesh, and their number at the end. Throws std::bad_alloc.
 PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vector<int32_t>& firstPolygons);
 
 // A new document of a scene that was checked; the file is what it came from. Throws as ImportScene.

@@ -65,9 +65,10 @@ class Corners {
 
 // How many polygons the faces of a mesh become at most.
 size_t CountPolygons(const FileMesh& mesh) {
-  if (mesh.sizes.empty()) return mesh.corners.size() / 3;
+  const auto polygonsOf = [](size_t size) { return size < 3 ? 0 : size < 5 ? 1 : size - 2; };
+  if (mesh.sizes.empty()) return mesh.FaceCount() * polygonsOf(mesh.faceSize);
   size_t count = 0;
-  for (const uint32_t size : mesh.sizes) count += size < 3 ? 0 : size < 5 ? 1 : size - 2;
+  for (const uint32_t size : mesh.sizes) count += polygonsOf(size);
   return count;
 }
 
@@ -79,15 +80,17 @@ class Polygons {
     object.polygons.Resize(int32_t(most));
   }
 
-  // `points` has the point of each of the mesh's vertices.
+  // `points` has the point of each of the mesh's vertices; null: that of the same number.
   void AddMesh(const FileMesh& mesh, const int32_t* points) {
     mesh_ = &mesh;
     points_ = points;
-    const std::span<const uint32_t> corners(mesh.corners.data(), mesh.corners.size());
-    const size_t faces = mesh.sizes.empty() ? corners.size() / 3 : mesh.sizes.size();
+    const size_t faces = mesh.FaceCount();
     for (size_t face = 0, corner = 0; face < faces; ++face) {
-      const size_t size = mesh.sizes.empty() ? 3 : mesh.sizes[face];
-      AddFace(corners.subspan(corner, size));
+      const size_t size = mesh.sizes.empty() ? mesh.faceSize : mesh.sizes[face];
+      if (mesh.isInOrder)
+        AddFace(size, [&](size_t i) { return uint32_t(corner + i); });
+      else
+        AddFace(size, [at = mesh.corners.data() + corner](size_t i) { return at[i]; });
       corner += size;
     }
   }
@@ -102,23 +105,25 @@ class Polygons {
   }
 
  private:
+  int32_t PointOf(uint32_t vertex) const { return points_ ? points_[vertex] : int32_t(vertex); }
+
   void Add(const std::array<uint32_t, 4>& of, uint8_t inner = 0) {
-    object_.Polygons()[count_] = {points_[of[0]], points_[of[1]], points_[of[2]], points_[of[3]]};
+    object_.Polygons()[count_] = {PointOf(of[0]), PointOf(of[1]), PointOf(of[2]), PointOf(of[3])};
     corners_.Set(*mesh_, count_, of);
     if (!inner_.empty()) inner_[count_] = inner;
     ++count_;
   }
 
-  // The corners of a face in the file's order; ours goes the other way round from the same one.
-  void AddFace(std::span<const uint32_t> corners) {
-    if (corners.size() < 3) return;  // a line or a point
-    if (corners.size() == 3) return Add({corners[0], corners[2], corners[1], corners[1]});
-    if (corners.size() == 4) return Add({corners[0], corners[3], corners[2], corners[1]});
-    const auto at = [&](int32_t i) { return corners[i == 0 ? 0 : corners.size() - size_t(i)]; };
+  // A face of so many vertices, in the file's order; ours goes the other way round from the same one.
+  template <class VertexOf>
+  void AddFace(size_t size, VertexOf vertexOf) {
+    if (size < 3) return;  // a line or a point
+    if (size == 3) return Add({vertexOf(0), vertexOf(2), vertexOf(1), vertexOf(1)});
+    if (size == 4) return Add({vertexOf(0), vertexOf(3), vertexOf(2), vertexOf(1)});
+    const auto at = [&](int32_t i) { return vertexOf(i == 0 ? 0 : size - size_t(i)); };
     ring_.clear();
     parts_.clear();
-    for (size_t i = 0; i < corners.size(); ++i)
-      ring_.push_back(object_.Points()[size_t(points_[at(int32_t(i))])]);
+    for (size_t i = 0; i < size; ++i) ring_.push_back(object_.Points()[size_t(PointOf(at(int32_t(i))))]);
     CutNgon(ring_, parts_);
     if (inner_.empty()) inner_.resize(most_);
     for (const NgonPart& part : parts_) {
@@ -142,42 +147,76 @@ struct EndObject {
   void operator()(PolygonObject* object) const { DestroyNow(object); }
 };
 
-size_t HashOf(const Vector32& point) {
+uint32_t HashOf(const Vector32& point) {
   uint64_t hash = BitsOf(point.x);
   for (const float number : {point.y, point.z})
     hash = (hash * 0x9e3779b97f4a7c15 ^ (hash >> 31)) + BitsOf(number);
   hash *= 0x9e3779b97f4a7c15;
-  return size_t(hash ^ (hash >> 32));
+  return uint32_t(hash ^ (hash >> 32));
 }
 
-// Numbers the places of all vertices by when they first come.
-void Weld(const FileScene& scene, const FileNode& node, std::vector<int32_t>& points,
-          std::vector<const Vector32*>& firsts) {
-  std::vector<int32_t> slots(std::bit_ceil(2 * points.size() + 1), -1);
-  const size_t mask = slots.size() - 1;
-  firsts.reserve(points.size());
-  int32_t* to = points.data();
-  constexpr size_t kAtOnce = 32;  // memory is told of so many places ahead of the first look
-  std::array<size_t, kAtOnce> places;
-  for (const int32_t mesh : node.meshes) {
-    const Rows<Vector32>& all = scene.meshes[size_t(mesh)].points;
-    for (size_t i = 0; i < all.size(); ++i) {
-      if (i % kAtOnce == 0)
-        for (size_t k = 0; k < std::min(kAtOnce, all.size() - i); ++k)
-          __builtin_prefetch(&slots[places[k] = HashOf(all[i + k]) & mask]);
-      const Vector32& point = all[i];
-      const auto isOther = [&](const Vector32& first) {
-        return first.x != point.x || first.y != point.y || first.z != point.z;
-      };
-      size_t at = places[i % kAtOnce];
-      while (slots[at] >= 0 && isOther(*firsts[size_t(slots[at])])) at = (at + 1) & mask;
-      if (slots[at] < 0) {
-        slots[at] = int32_t(firsts.size());
-        firsts.push_back(&point);
-      }
-      *to++ = slots[at];
+// Numbers places by when they first come.
+class Places {
+ public:
+  // For about so many points, each of which comes a few times.
+  explicit Places(size_t points) : slots_(std::bit_ceil(points / 2 + kAtOnce)) {}
+
+  void Number(const Rows<Vector32>& points, int32_t* numbers) {
+    std::array<uint32_t, kAtOnce> hashes;
+    for (size_t begin = 0; begin < points.size(); begin += kAtOnce) {
+      const size_t count = std::min(kAtOnce, points.size() - begin);
+      if (2 * (firsts_.size() + count) > slots_.size()) Grow();
+      for (size_t i = 0; i < count; ++i)
+        __builtin_prefetch(&slots_[(hashes[i] = HashOf(points[begin + i])) & (slots_.size() - 1)]);
+      for (size_t i = 0; i < count; ++i) numbers[begin + i] = Find(points[begin + i], hashes[i]);
     }
   }
+
+  // The first point at each place.
+  const std::vector<const Vector32*>& Firsts() const { return firsts_; }
+
+ private:
+  struct Slot {
+    int32_t number = -1;
+    uint32_t hash = 0;
+  };
+  static constexpr size_t kAtOnce = 32;  // memory is told of so many slots ahead of the first look
+
+  int32_t Find(const Vector32& point, uint32_t hash) {
+    const auto isOther = [&](const Slot& slot) {
+      const Vector32& first = *firsts_[size_t(slot.number)];
+      return slot.hash != hash || first.x != point.x || first.y != point.y || first.z != point.z;
+    };
+    size_t at = hash & (slots_.size() - 1);
+    while (slots_[at].number >= 0 && isOther(slots_[at])) at = (at + 1) & (slots_.size() - 1);
+    if (slots_[at].number < 0) {
+      slots_[at] = {int32_t(firsts_.size()), hash};
+      firsts_.push_back(&point);
+    }
+    return slots_[at].number;
+  }
+
+  void Grow() {
+    std::vector<Slot> slots(2 * slots_.size());
+    for (const Slot& slot : slots_) {
+      if (slot.number < 0) continue;
+      size_t at = slot.hash & (slots.size() - 1);
+      while (slots[at].number >= 0) at = (at + 1) & (slots.size() - 1);
+      slots[at] = slot;
+    }
+    slots_.swap(slots);
+  }
+
+  std::vector<Slot> slots_;  // half of them are empty
+  std::vector<const Vector32*> firsts_;
+};
+
+// Whether a file's points are an object's: its faces share them, and nothing is said of them that a point can't
+// have twice.
+bool ArePointsOwn(const FileScene& scene, const FileNode& node) {
+  if (node.meshes.size() != 1) return false;
+  const FileMesh& mesh = scene.meshes[size_t(node.meshes[0])];
+  return !mesh.isInOrder && mesh.normals.empty() && mesh.uvw.empty() && mesh.colors.empty();
 }
 
 }  // namespace
@@ -188,22 +227,32 @@ PolygonObject* MakeObject(const FileScene& scene, const FileNode& node, std::vec
     vertices += scene.meshes[size_t(mesh)].points.size();
     most += CountPolygons(scene.meshes[size_t(mesh)]);
   }
-  std::vector<int32_t> points(vertices);  // the point of each vertex
-  std::vector<const Vector32*> firsts;    // the vertex that each point was first
-  Weld(scene, node, points, firsts);
+  const bool arePointsOwn = ArePointsOwn(scene, node);
+  std::vector<int32_t> numbers(arePointsOwn ? 0 : vertices);  // the point of each vertex
+  Places distinct(numbers.size());
+  int32_t* ofMesh = numbers.data();
+  for (const int32_t mesh : arePointsOwn ? std::span<const int32_t>() : node.meshes) {
+    const Rows<Vector32>& points = scene.meshes[size_t(mesh)].points;
+    distinct.Number(points, ofMesh);
+    ofMesh += points.size();
+  }
 
-  std::unique_ptr<PolygonObject, EndObject> object(NewPolygonObject(int32_t(firsts.size()), 0));
+  const size_t count = arePointsOwn ? vertices : distinct.Firsts().size();
+  std::unique_ptr<PolygonObject, EndObject> object(NewPolygonObject(int32_t(count), 0));
   if (!object) throw std::bad_alloc();
-  const std::span<Vector> places = object->Points();
-  std::ranges::transform(firsts, places.begin(), [](const Vector32* point) { return PointOf(*point); });
+  if (arePointsOwn)
+    std::ranges::transform(scene.meshes[size_t(node.meshes[0])].points, object->Points().begin(), PointOf);
+  else
+    std::ranges::transform(distinct.Firsts(), object->Points().begin(),
+                           [](const Vector32* point) { return PointOf(*point); });
 
   Polygons polygons(*object, scene, node, most);
-  const int32_t* pointsOfMesh = points.data();
+  ofMesh = numbers.data();
   for (const int32_t number : node.meshes) {
     const FileMesh& mesh = scene.meshes[size_t(number)];
     firstPolygons.push_back(polygons.Count());
-    polygons.AddMesh(mesh, pointsOfMesh);
-    pointsOfMesh += mesh.points.size();
+    polygons.AddMesh(mesh, arePointsOwn ? nullptr : ofMesh);
+    ofMesh += arePointsOwn ? 0 : mesh.points.size();
   }
   firstPolygons.push_back(polygons.Count());
   polygons.Finish();

@@ -14,8 +14,10 @@
 #include <csignal>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "app/settings.h"
 
@@ -27,6 +29,20 @@ namespace host {
 namespace {
 
 constexpr int kTurn = 50;  // milliseconds between questions whether to stop
+
+// For the C library's memory: the reading library makes millions of small blocks, and large ones again and
+// again. Pages are large ones where the machine has them, and memory is taken in large steps and kept.
+constexpr const char kMemory[] =
+    "GLIBC_TUNABLES=glibc.malloc.hugetlb=1:glibc.malloc.top_pad=67108864:"
+    "glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824";
+
+std::vector<char*> Environment(std::string& memory) {
+  std::vector<char*> all{memory.data()};
+  for (char** variable = environ; *variable; ++variable)
+    if (!std::string_view(*variable).starts_with("GLIBC_TUNABLES=")) all.push_back(*variable);
+  all.push_back(nullptr);
+  return all;
+}
 
 class Descriptor {
  public:
@@ -76,7 +92,9 @@ class Process {
     posix_spawnattr_setsigmask(&attributes, &none);
     std::string argument = program;
     char* arguments[] = {argument.data(), nullptr};
-    const int error = posix_spawn(&id_, program.c_str(), &files, &attributes, arguments, environ);
+    std::string memory = kMemory;
+    const int error =
+        posix_spawn(&id_, program.c_str(), &files, &attributes, arguments, Environment(memory).data());
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     if (error) ThrowSystemError(error);

@@ -340,6 +340,34 @@ TEST_F(SceneFiles, TheTableIsWhatItsFileSays) {
   EXPECT_EQ(MaterialsOf(*plate)[0], "Glaze");
 }
 
+// What reads a file may cut its mesh for what is said of corners, or for nothing.
+TEST_F(SceneFiles, PointsAtOnePlaceAreOneUnlessTheFacesShareThem) {
+  const std::string head = "ply\nformat ascii 1.0\nelement vertex 5\n",
+                    list = "property list uchar int vertex_indices\n";
+  const std::string xyz = "property float x\nproperty float y\nproperty float z\n";
+  const std::string faces = "element face 2\n" + list + "end_header\n";
+  const struct {
+    const char *name, *extension;
+    std::string text;
+    size_t points;
+  } cases[] = {
+      {"shared", "ply", head + xyz + faces + "0 0 0\n1 0 0\n1 1 0\n0 1 0\n0 0 0\n3 0 1 2\n3 4 2 3\n", 5},
+      {"coloured", "ply",
+       head + xyz + "property uchar red\nproperty uchar green\nproperty uchar blue\n" + faces +
+           "0 0 0 1 2 3\n1 0 0 4 5 6\n1 1 0 7 8 9\n0 1 0 1 1 1\n0 0 0 9 9 9\n3 0 1 2\n3 4 2 3\n",
+       4},
+      {"numbered", "obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3\nf 1 3 4\n", 4},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.name);
+    const fs::path file = folder_.Write(std::string(one.name) + "." + one.extension, one.text);
+    const Document document = Import(file);
+    const auto* object = As<PolygonObject>(ObjectsOf(*document).at(0));
+    EXPECT_EQ(object->Points().size(), one.points);
+    EXPECT_EQ(object->polygons.Count(), 2);
+  }
+}
+
 // Of formats that are not written; their files start the fuzzer, too.
 TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
   const struct {

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -7,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -129,9 +127,6 @@ void ReportProgress(double fraction) {
 }  // namespace host
 
 int main() {
-  // The library makes large blocks anew again and again: their memory is kept, not given back each time.
-  mallopt(M_MMAP_THRESHOLD, 1 << 30);
-  mallopt(M_TRIM_THRESHOLD, INT_MAX);
   // A file that can't grow is told by the call that writes.
   std::signal(SIGXFSZ, SIG_IGN);
   try {

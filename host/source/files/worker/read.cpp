@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -30,6 +31,30 @@ Rows<Item> RowsOf(const Theirs* items, size_t count) {
   return Rows<Item>(std::span(reinterpret_cast<const Item*>(items), items ? count : 0));
 }
 
+void ReadFaces(std::span<const aiFace> faces, FileMesh& made) {
+  size_t corners = 0;
+  const unsigned first = faces.empty() ? 3 : faces.front().mNumIndices;
+  bool areAlike = first > 0, isInOrder = true;
+  for (const aiFace& face : faces) {
+    areAlike = areAlike && face.mNumIndices == first;
+    for (unsigned i = 0; isInOrder && i < face.mNumIndices; ++i) isInOrder = face.mIndices[i] == corners + i;
+    corners += face.mNumIndices;
+  }
+  made.isInOrder = isInOrder && corners == made.points.size();
+  if (areAlike) {
+    made.faceSize = first;
+  } else {
+    std::vector<uint32_t> sizes(faces.size());
+    std::ranges::transform(faces, sizes.begin(), &aiFace::mNumIndices);
+    made.sizes = std::move(sizes);
+  }
+  if (made.isInOrder) return;
+  std::vector<uint32_t> flat;
+  flat.reserve(corners);
+  for (const aiFace& face : faces) flat.insert(flat.end(), face.mIndices, face.mIndices + face.mNumIndices);
+  made.corners = std::move(flat);
+}
+
 FileMesh ReadMesh(const aiMesh& mesh) {
   FileMesh made;
   made.name = TextOf(mesh.mName);
@@ -37,22 +62,7 @@ FileMesh ReadMesh(const aiMesh& mesh) {
   made.normals = RowsOf<Vector32>(mesh.mNormals, mesh.mNumVertices);
   made.uvw = RowsOf<Vector32>(mesh.mTextureCoords[0], mesh.mNumVertices);
   made.colors = RowsOf<ColorA32>(mesh.mColors[0], mesh.mNumVertices);
-  size_t corners = 0;
-  bool areTriangles = true;
-  for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-    corners += mesh.mFaces[i].mNumIndices;
-    areTriangles = areTriangles && mesh.mFaces[i].mNumIndices == 3;
-  }
-  std::vector<uint32_t> flat, sizes;
-  flat.reserve(corners);
-  if (!areTriangles) sizes.reserve(mesh.mNumFaces);
-  for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-    const aiFace& face = mesh.mFaces[i];
-    if (!areTriangles) sizes.push_back(face.mNumIndices);
-    flat.insert(flat.end(), face.mIndices, face.mIndices + face.mNumIndices);
-  }
-  made.corners = std::move(flat);
-  made.sizes = std::move(sizes);
+  ReadFaces({mesh.mFaces, mesh.mNumFaces}, made);
   return made;
 }
 

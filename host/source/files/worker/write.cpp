@@ -49,12 +49,12 @@ aiMesh* MakeMesh(const FileMesh& mesh, int32_t withoutMaterial, bool apart) {
     for (unsigned i = 0; i < made->mNumVertices; ++i)
       made->mTangents[i] = {float(i & 0xffff), float(i >> 16), 0};
   }
-  made->mNumFaces = unsigned(mesh.sizes.empty() ? mesh.corners.size() / 3 : mesh.sizes.size());
+  made->mNumFaces = unsigned(mesh.FaceCount());
   made->mFaces = new aiFace[made->mNumFaces];
   const uint32_t* corner = mesh.corners.data();
   for (unsigned i = 0; i < made->mNumFaces; ++i) {
     aiFace& face = made->mFaces[i];
-    face.mNumIndices = mesh.sizes.empty() ? 3 : mesh.sizes[i];
+    face.mNumIndices = mesh.sizes.empty() ? mesh.faceSize : mesh.sizes[i];
     face.mIndices = new unsigned[face.mNumIndices];
     std::copy_n(corner, face.mNumIndices, face.mIndices);
     corner += face.mNumIndices;
