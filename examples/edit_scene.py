@@ -123,7 +123,7 @@ def main():
     kind = FORMATS[os.path.splitext(target)[1].lower()]
     if not documents.SaveDocument(doc, target, qlx.SAVEDOCUMENTFLAGS_NONE, kind):
         sys.exit(1)
-    print(f"{count} models of {os.path.basename(source)} changed, a stand and {BEADS} beads added: {target}")
+    print(f"{count} models of {os.path.basename(source)} changed, a stand and {BEADS} beads added: {os.path.relpath(target)}")
 
 
 if __name__ == "__main__":

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -14,7 +16,6 @@ namespace {
 
 constexpr uint64_t kLargestFile = uint64_t(2) << 30;
 constexpr uint64_t kMostCorners = 200'000'000;  // of all objects together
-constexpr size_t kDeepest = 1000;               // node below node
 
 [[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
 
@@ -63,6 +64,70 @@ bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
   if (extension == "gltf" || extension == "dae")
     return isText && head.find(extension == "dae" ? '<' : '{') != head.npos;
   return isText;
+}
+
+std::string_view TakeWord(std::string_view& line) {
+  constexpr std::string_view kSpaces = " \t\r";
+  line.remove_prefix(std::min(line.find_first_not_of(kSpaces), line.size()));
+  const std::string_view word = line.substr(0, line.find_first_of(kSpaces));
+  line.remove_prefix(word.size());
+  return word;
+}
+
+uint64_t NumberIn(std::string_view word) {
+  uint64_t number = 0;
+  std::from_chars(word.data(), word.data() + word.size(), number);
+  return number;
+}
+
+// Whether a PLY text has a line for each of its elements, and the last one is whole: the library makes up what
+// is missing.
+bool IsPlyWhole(std::istream& stream) {
+  uint64_t rows = 0;
+  std::vector<bool> areLists, lastLists;  // the properties of the element under way, and of the last with rows
+  bool hasRows = false;
+  std::string text;
+  while (std::getline(stream, text)) {
+    std::string_view line = text;
+    const std::string_view word = TakeWord(line);
+    if (word == "end_header") break;
+    if (word == "format" && TakeWord(line) != "ascii") return true;
+    if (word == "element") {
+      if (hasRows) lastLists = areLists;
+      areLists.clear();
+      TakeWord(line);
+      const uint64_t count = NumberIn(TakeWord(line));
+      hasRows = count > 0;
+      rows += std::min<uint64_t>(count, kLargestFile);
+    } else if (word == "property") {
+      areLists.push_back(TakeWord(line) == "list");
+    }
+  }
+  if (hasRows) lastLists = areLists;
+  std::string_view last;
+  while (rows > 0 && std::getline(stream, text)) {
+    last = text;
+    if (!TakeWord(last).empty()) --rows;
+  }
+  if (rows > 0) return false;
+  last = text;
+  for (const bool isList : lastLists) {
+    const std::string_view word = TakeWord(last);
+    if (word.empty()) return false;
+    for (uint64_t left = isList ? NumberIn(word) : 0; left > 0; --left)
+      if (TakeWord(last).empty()) return false;
+  }
+  return true;
+}
+
+// Whether an STL text ends as it should, with nothing begun.
+bool IsStlWhole(std::istream& stream, uint64_t size) {
+  std::string end(size_t(std::min<uint64_t>(size, 4096)), '\0');
+  stream.seekg(std::streamoff(size - end.size()));
+  stream.read(end.data(), std::streamsize(end.size()));
+  std::ranges::transform(end, end.begin(), [](unsigned char c) { return std::tolower(c); });
+  const size_t at = end.rfind("endsolid");
+  return at != end.npos && end.find("facet", at) == end.npos;
 }
 
 bool IsFinite(const Vector32& vector) {
@@ -121,11 +186,18 @@ const SceneFormat& CheckFile(const fs::path& file) {
   stream.read(head.data(), std::streamsize(head.size()));
   if (!stream.is_open() || stream.bad()) Refuse("it can't be read");
   head.resize(size_t(stream.gcount()));
-  if (!Begins(format->extension, head, size)) Refuse(fmt::format("it is no whole .{} file", format->extension));
+  stream.clear();
+  stream.seekg(0);
+  const std::string_view extension = format->extension;
+  const bool isText = head.find('\0') == head.npos;
+  if (!Begins(extension, head, size) || (extension == "ply" && !IsPlyWhole(stream)) ||
+      (extension == "stl" && isText && !IsStlWhole(stream, size)))
+    Refuse(fmt::format("it is no whole .{} file", extension));
   return *format;
 }
 
 void CheckScene(const FileScene& scene) {
+  if (scene.nodes.empty()) Refuse("there is nothing in it");
   for (const FileMaterial& material : scene.materials)
     if (material.textures.size() != kTextureSlots || material.embedded.size() != kTextureSlots)
       Refuse("a material is damaged");

@@ -7,12 +7,15 @@
 
 namespace host {
 
+constexpr size_t kDeepest = 1000;  // node below node
+
 // The format of a file that is there, is a regular one, is neither empty nor too large, and begins as its
 // extension says. Throws std::runtime_error with the reason.
 const SceneFormat& CheckFile(const std::filesystem::path& file);
 
-// After it no number in the scene is out of range, each that places something is finite, and the objects of its
-// nodes are no larger than is allowed. Throws std::runtime_error with the reason.
+// After it there is something in the scene, no number in it is out of range, each that places something is
+// finite, and the objects of its nodes are no larger than is allowed. Throws std::runtime_error with the
+// reason.
 void CheckScene(const FileScene& scene);
 
 }  // namespace host

@@ -13,6 +13,7 @@
 
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
+#include "files/scene_check.h"
 #include "files/scene_ids.h"
 #include "files/scene_mesh.h"
 #include "files/scene_worker.h"
@@ -75,6 +76,21 @@ std::string LineOf(std::string_view name) {
   return line;
 }
 
+// In files names are what tells objects apart, and materials.
+class Names {
+ public:
+  std::string Unique(const std::string& name) {
+    std::string unique = name;
+    int& next = copies_[name];
+    while (!names_.insert(unique).second) unique = fmt::format("{}.{}", name, ++next);
+    return unique;
+  }
+
+ private:
+  std::set<std::string> names_;
+  std::unordered_map<std::string, int> copies_;
+};
+
 struct EndObject {
   void operator()(BaseObject* object) const { DestroyNow(object); }
 };
@@ -85,6 +101,7 @@ class Builder {
     const std::string_view extension = format.extension;
     style_.triangles = extension == "glb" || extension == "stl";
     style_.normals = extension == "obj";
+    isFlat_ = extension == "obj" || extension == "ply" || extension == "stl";
   }
 
   FileScene Build(const BaseDocument& document) {
@@ -111,18 +128,22 @@ class Builder {
     struct Pending {
       const GeListNode* node;
       int32_t parent;
+      uint32_t depth;
       const BaseObject* textured;  // the nearest above that has a texture
+      Matrix system;               // of what is above
     };
-    std::vector<Pending> pending{{&root, -1, nullptr}};
+    std::vector<Pending> pending{{&root, -1, 1, nullptr, kIdentityMatrix}};
     while (!pending.empty()) {
-      const auto [node, parent, above] = pending.back();
+      const auto [node, parent, depth, above, system] = pending.back();
       pending.pop_back();
-      if (node->next) pending.push_back({node->next, parent, above});
+      if (node->next) pending.push_back({node->next, parent, depth, above, system});
       const auto& object = static_cast<const BaseObject&>(*node);
       const BaseObject* textured = HasTexture(object) ? &object : above;
-      const auto number = int32_t(scene_.nodes.size());
-      AddNode(object, parent, textured);
-      if (object.down) pending.push_back({object.down, number, textured});
+      const auto number = isFlat_ ? -1 : int32_t(scene_.nodes.size());
+      if (!isFlat_ && depth > kDeepest) Refuse("its hierarchy is too deep");
+      const Matrix matrix = isFlat_ ? kelvar::Product(system, object.place.Local()) : object.place.Local();
+      AddNode(object, parent, textured, matrix);
+      if (object.down) pending.push_back({object.down, number, depth + 1, textured, isFlat_ ? matrix : system});
     }
   }
 
@@ -144,12 +165,12 @@ class Builder {
     fill(&FileMesh::colors);
   }
 
-  void AddNode(const BaseObject& object, int32_t parent, const BaseObject* textured) {
+  void AddNode(const BaseObject& object, int32_t parent, const BaseObject* textured, const Matrix& matrix) {
     const auto number = int32_t(scene_.nodes.size());
     FileNode& node = scene_.nodes.emplace_back();
     node.parent = parent;
-    node.name = UniqueName(LineOf(object.name));
-    node.matrix = MatrixOf(object.place.Local());
+    node.name = objectNames_.Unique(LineOf(object.name));
+    node.matrix = MatrixOf(matrix);
     if (object.type.id == id::kCamera) {
       const double aperture = std::max(1.0, NumberOf(object, id::kCameraSensor, id::kAperture));
       const double focus = std::max(1.0, NumberOf(object, id::kCameraFocus, id::kAperture));
@@ -174,14 +195,6 @@ class Builder {
         scene_.meshes.push_back(std::move(mesh));
       }
     }
-  }
-
-  // In files names are what tells objects apart.
-  std::string UniqueName(const std::string& name) {
-    std::string unique = name;
-    int& next = copies_[name];
-    while (!names_.insert(unique).second) unique = fmt::format("{}.{}", name, ++next);
-    return unique;
   }
 
   static bool HasTexture(const BaseObject& object) {
@@ -226,7 +239,8 @@ class Builder {
   void AddMaterial(const BaseMaterial& material) {
     FileMaterial& made = scene_.materials.emplace_back();
     const auto uses = [&](int32_t parameter) { return NumberOf(material, parameter) != 0; };
-    made.name = LineOf(material.name);
+    const std::string name = LineOf(material.name);
+    made.name = materialNames_.Unique(name.empty() ? "Material" : name);
     made.color = ColorOf(material, id::kMaterialColor);
     if (uses(id::kMaterialUseLuminance)) made.emissive = ColorOf(material, id::kMaterialLuminanceColor);
     if (uses(id::kMaterialUseSpecular)) made.specular = ColorOf(material, id::kMaterialSpecularColor);
@@ -250,10 +264,10 @@ class Builder {
   const SceneFormat& format_;
   const fs::path folder_;
   MeshStyle style_;
+  bool isFlat_;  // the format has no hierarchy
   FileScene scene_;
   std::unordered_map<const GeListNode*, int32_t> numbers_;
-  std::set<std::string> names_;
-  std::unordered_map<std::string, int> copies_;
+  Names objectNames_, materialNames_;
 };
 
 // A folder beside the file, which goes with all that is left in it.
@@ -275,13 +289,17 @@ class NewFiles {
 
   // Their contents are on the disk; the file itself comes last, because it names the others.
   void Publish() const {
-    std::vector<fs::path> files;
+    std::vector<fs::path> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder_))
-      if (entry.path().filename() != file_.filename()) files.push_back(entry.path());
-    files.push_back(File());
-    for (const fs::path& from : files) {
-      KeepMode(from);
-      if (rename(from.c_str(), (file_.parent_path() / from.filename()).c_str())) RefuseSystem(errno);
+      if (entry.path().filename() != file_.filename()) names.push_back(entry.path().filename());
+    names.push_back(file_.filename());
+    fs::create_directory(Old());
+    for (size_t i = 0; i < names.size(); ++i) {
+      KeepMode(names[i]);
+      if (KeepOld(names[i]) && !rename((folder_ / names[i]).c_str(), Place(names[i]).c_str())) continue;
+      const int error = errno;
+      for (size_t k = 0; k < i; ++k) BringBack(names[k]);
+      RefuseSystem(error);
     }
     const int folder = open(file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) return;
@@ -290,11 +308,31 @@ class NewFiles {
   }
 
  private:
+  fs::path Place(const fs::path& name) const { return file_.parent_path() / name; }
+  fs::path Old() const { return folder_ / "old"; }
+
   // Who may read and write a file that was there stays so.
-  void KeepMode(const fs::path& from) const {
+  void KeepMode(const fs::path& name) const {
     std::error_code error;
-    const fs::file_status status = fs::status(file_.parent_path() / from.filename(), error);
-    if (!error && fs::is_regular_file(status)) fs::permissions(from, status.permissions(), error);
+    const fs::file_status status = fs::status(Place(name), error);
+    if (!error && fs::is_regular_file(status)) fs::permissions(folder_ / name, status.permissions(), error);
+  }
+
+  // What another file of the same save may fail behind. False, with errno, when it can't be kept.
+  bool KeepOld(const fs::path& name) const {
+    std::error_code error;
+    if (name == file_.filename() || !fs::is_regular_file(Place(name), error)) return true;
+    fs::create_hard_link(Place(name), Old() / name, error);
+    if (error) fs::copy_file(Place(name), Old() / name, error);
+    errno = error.value();
+    return !error;
+  }
+  void BringBack(const fs::path& name) const {
+    std::error_code ignored;
+    if (fs::exists(Old() / name, ignored))
+      fs::rename(Old() / name, Place(name), ignored);
+    else
+      fs::remove(Place(name), ignored);
   }
 
   fs::path file_, folder_;
@@ -311,6 +349,7 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
     fs::path file = fs::absolute(to);
     if (fs::is_symlink(file)) file = fs::canonical(file);
     if (fs::exists(file) && !fs::is_regular_file(file)) Refuse("there is something else of that name");
+    if (fs::exists(file) && access(file.c_str(), W_OK)) RefuseSystem(errno);
     FileScene scene = Builder(*format, file.parent_path()).Build(document);
     if (scene.meshes.empty()) Refuse("there are no polygons to save");
     const NewFiles files(file);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <memory>
 #include <stdexcept>
 
 #include "boundary/host.h"
@@ -14,8 +15,15 @@
 namespace host {
 namespace {
 
+struct GiveBack {
+  void operator()(Vector32* items) const { general::Free(items); }
+};
+
+using PhongNormals = std::unique_ptr<Vector32[], GiveBack>;
+
 struct Attributes {
-  const VariableTag *uvw, *normals, *colors;
+  const VariableTag *uvw, *colors;
+  PhongNormals normals;  // four a polygon, or null
   bool isColorOfPoints;
 };
 
@@ -45,10 +53,8 @@ class Writer {
       vertex.uvw = {float(at.x), float(1 - at.y), float(at.z)};
     }
     if (attributes_.normals) {
-      const auto& all = attributes_.normals->Items<std::array<int16_t, 12>>()[size_t(corner.polygon)];
-      const Vector normal = kelvar::Normalized(
-          Vector{double(all[3 * slot]), double(all[3 * slot + 1]), Mirrored(double(all[3 * slot + 2]))});
-      vertex.normal = {float(normal.x), float(normal.y), float(normal.z)};
+      const Vector32& normal = attributes_.normals[4 * size_t(corner.polygon) + slot];
+      vertex.normal = {normal.x, normal.y, float(Mirrored(normal.z))};
     } else if (flatNormals_) {
       const Vector normal = FlatNormal(object_, polygon);
       vertex.normal = {float(normal.x), float(normal.y), float(Mirrored(normal.z))};
@@ -169,8 +175,10 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
   else
     JoinNgons(object.Polygons(), object.ngonEdges, corners, sizes);
 
-  Attributes attributes{BlockOf(object, kDataUVW, count), BlockOf(object, kDataNormal, count),
-                        FindBlock(object, kDataVertexColor), false};
+  Attributes attributes{.uvw = BlockOf(object, kDataUVW, count),
+                        .colors = FindBlock(object, kDataVertexColor),
+                        .normals = PhongNormals(polygonobject::CreatePhongNormals(&object)),
+                        .isColorOfPoints = false};
   attributes.isColorOfPoints = IsColorOfPoints(attributes.colors);
   if (attributes.colors &&
       attributes.colors->Count() < (attributes.isColorOfPoints ? object.points.Count() : count))

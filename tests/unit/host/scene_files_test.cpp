@@ -7,6 +7,7 @@
 #include "app/symbols.h"
 #include "evaluate/evaluate.h"
 #include "files/scene_check.h"
+#include "scene/geometry.h"
 #include "scene_files_support.h"
 
 using namespace host;
@@ -46,7 +47,7 @@ class SceneFiles : public Scene {
     auto& shader = *New<BaseShader>(*Branch(wood, kTypeShader), id::kBitmap, "Picture");
     HostGeData file{};
     file.type = HOST_DATA_FILENAME;
-    file.value.filename = MakeFilename((folder_.Path() / "pictures/wood.png").native());
+    file.value.filename = MakeFilename((folder_.Path() / "pictures/wo od%20.png").native());
     Put(shader.data, id::kBitmapFile, Value::Adopt(file));
     SetLinkEntry(wood.data, id::kMaterialSlots[0].shader, &shader);
 
@@ -216,7 +217,7 @@ TEST_P(SceneFormats, ComesBackAsItWent) {
     EXPECT_EQ(MaterialNames(*again), MaterialNames(*small));
   }
   if (keeps.names) {
-    EXPECT_EQ(TextureNames(*again), (std::set<std::string>{"wood.png"}));
+    EXPECT_EQ(TextureNames(*again), (std::set<std::string>{"wo od%20.png"}));
   }
   if (keeps.hierarchy) {
     for (const BaseObject* object : ObjectsOf(*small)) {
@@ -240,6 +241,33 @@ TEST_P(SceneFormats, ComesBackAsItWent) {
   const Facets all{keeps.names, keeps.names, true, false};
   EXPECT_EQ(FacesOf(*third, all), FacesOf(*again, all));
   EXPECT_EQ(ObjectsOf(*third).size(), ObjectsOf(*again).size());
+}
+
+// Materials of one name are told apart, and what they are doesn't change from one save to the next.
+TEST_P(SceneFormats, KeepsMaterials) {
+  if (!GetParam().names) return;
+  Document document = EmptyDocument();
+  const Vector colors[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  for (const Vector& color : colors) {
+    BaseMaterial& material = AddMaterial(*document, color.z > 0 ? "" : "Paint", color);
+    Put(material.data, id::kMaterialUseTransparency, Value::Int32(1));
+    Put(material.data, id::kMaterialTransparencyBrightness, Value::Float(0.25));
+    const double x = color.x + 2 * color.y;
+    AddTexture(AddPolygons(*Branch(*document, kTypeObject), "One", {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0}},
+                           {{0, 1, 2, 2}}),
+               material, "");
+  }
+  Document again = Import(
+      Save(*Import(Save(*document, Format(GetParam().extension))), Format(GetParam().extension), "again"));
+  std::map<std::string, Vector> found;
+  const GeListHead* head = FindBranch(*again, kTypeMaterial);
+  for (const GeListNode* node = head->down; node; node = node->next) {
+    const auto& material = *As<BaseMaterial>(node);
+    found[NameOf(material)] = container::FindData(&material.data, id::kMaterialColor)->value.vector;
+    EXPECT_EQ(Number(material, id::kMaterialTransparencyBrightness), 0.25) << NameOf(material);
+  }
+  EXPECT_EQ(found, (std::map<std::string, Vector>{
+                       {"Paint", colors[0]}, {"Paint.1", colors[1]}, {"Material", colors[2]}}));
 }
 
 // Numbers of any size are kept in single precision, and points that are close together stay apart.
@@ -486,6 +514,11 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"other.ply", "ply\nelephant\nend_header\n", "it is no whole .ply file"},
       {"misnamed.3ds", obj, "it is no whole .3ds file"},
       {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
+      {"cut line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1", "it is no whole .ply file"},
+      {"missing line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n\n", "it is no whole .ply file"},
+      {"text.obj", "hello world, this is a text", "there is nothing in it"},
+      {"cut text.stl", "solid a\n facet normal 0 0 1\n  outer loop\n   vertex 0 0 0\n",
+       "it is no whole .stl file"},
       {"cut.stl", solid.substr(0, solid.size() - 1), "it is no whole .stl file"},
       {"text.dae", "no markup", "it is no whole .dae file"},
       {"cut.dae", "<COLLADA", ""},
@@ -600,6 +633,42 @@ TEST_F(SceneFiles, WhatCannotBeWrittenLeavesTheOldFile) {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder_.Path()))
       EXPECT_TRUE(entry.path().filename().native().starts_with("old.")) << entry.path();
   }
+}
+
+// Two faces of a roof: with a phong tag that is not sharp their normals meet half-way.
+TEST_F(SceneFiles, SmoothSurfacesAreSavedWithTheirNormals) {
+  for (const char* extension : {"obj", "dae", "glb", "ply"}) {
+    SCOPED_TRACE(extension);
+    Document document = EmptyDocument();
+    PolygonObject& roof = AddPolygons(*Branch(*document, kTypeObject), "Roof",
+                                      {{0, 0, -1}, {0, 0, 1}, {1, 1, 1}, {1, 1, -1}, {2, 0, 1}, {2, 0, -1}},
+                                      {{0, 1, 2, 3}, {3, 2, 4, 5}});
+    auto& phong = *New<BaseTag>(*Branch(roof, kTypeTag), kTypePhong, "Phong");
+    Put(phong.data, kPhongLimit, Value::Int32(0));
+    Document again = Import(Save(*document, Format(extension)));
+    const VariableTag* tag = FindBlock(OnlyPolygons(*again), kDataNormal);
+    ASSERT_TRUE(tag);
+    int upright = 0;
+    for (const auto& normals : tag->Items<std::array<int16_t, 12>>())
+      for (size_t i = 0; i < 4; ++i) upright += normals[3 * i] == 0 && std::abs(normals[3 * i + 1]) == 32000;
+    EXPECT_GE(upright, 4);
+    EXPECT_EQ(OnlyPolygons(*again).points.Count(), 6);
+  }
+}
+
+// Where a format has no hierarchy, any depth is saved; elsewhere none that could not be read again.
+TEST_F(SceneFiles, DeepHierarchiesAreRefusedOrFlattened) {
+  Document document = EmptyDocument();
+  GeListNode* parent = Branch(*document, kTypeObject);
+  for (int i = 0; i < 1100; ++i) {
+    parent = New<BaseObject>(*parent, id::kNull, "Level");
+    static_cast<BaseObject*>(parent)->place.SetLocal({{0, 1, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+  }
+  AddPolygons(*parent, "One", {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
+  for (const char* extension : {"dae", "glb"})
+    EXPECT_NE(FaultOf([&] { Save(*document, Format(extension)); }).find("too deep"), std::string::npos);
+  Document again = Import(Save(*document, Format("obj")));
+  EXPECT_EQ(OnlyPolygons(*again).Points()[0], (Vector{0, 1100, 0}));
 }
 
 TEST_F(SceneFiles, WhatNoFileHoldsIsRefused) {

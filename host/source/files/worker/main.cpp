@@ -60,7 +60,9 @@ class Result final : public ByteSink {
     while (size > 0) {
       const ssize_t wrote = write(STDOUT_FILENO, bytes, size);
       if (wrote < 0 && errno == EINTR) continue;
-      if (wrote < 0) throw std::runtime_error(std::strerror(errno));
+      if (wrote < 0)
+        throw std::runtime_error(errno == EFBIG ? "what is in it is larger than the process's limit of files"
+                                                : std::strerror(errno));
       bytes += wrote;
       size -= size_t(wrote);
       written_ += uint64_t(wrote);
@@ -112,6 +114,8 @@ void LimitUse(const FileRequest& request, size_t sent) {
   Limit(RLIMIT_DATA, DataInUse() + std::min<uint64_t>((uint64_t(4) << 30) + 64 * size, machine / 4 * 3));
   Limit(RLIMIT_CPU, uint64_t(request.seconds) + size / (1 << 20));
   Limit(RLIMIT_CORE, 0);
+  // The answer is no file on a disk.
+  if (!request.loader.empty()) Limit(RLIMIT_FSIZE, RLIM_INFINITY);
 }
 
 }  // namespace

@@ -81,8 +81,8 @@ void ReadTexture(const aiScene& scene, const aiMaterial& material, std::initiali
   }
 }
 
-// These name pictures by URIs.
-bool HasUris(std::string_view loader) { return loader == "gltf" || loader == "glb" || loader == "dae"; }
+// These name pictures by URIs that the library hands on.
+bool HasUris(std::string_view loader) { return loader == "gltf" || loader == "glb"; }
 
 Vector32 ReadColor(const aiMaterial& material, const char* key, Vector32 otherwise) {
   aiColor3D color;
@@ -147,7 +147,7 @@ aiMatrix4x4 SystemOf(aiMatrix4x4 matrix, const std::string& loader) {
       float& number = matrix[row][column];
       number = float((number > 0) - (number < 0));
     }
-  return matrix;
+  return matrix.Determinant() == 0 ? aiMatrix4x4() : matrix;
 }
 
 using NodeNumbers = std::unordered_map<std::string, int32_t>;

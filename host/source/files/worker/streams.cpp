@@ -121,6 +121,20 @@ std::string Unescaped(std::string_view uri) {
   return path;
 }
 
+std::string Escaped(std::string_view path) {
+  constexpr std::string_view kReserved = " \"#%<>?[\\]^`{|}";
+  std::string uri;
+  for (const char c : path) {
+    if (uint8_t(c) > ' ' && c != 127 && kReserved.find(c) == kReserved.npos) {
+      uri += c;
+      continue;
+    }
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    uri += {'%', kDigits[uint8_t(c) >> 4], kDigits[uint8_t(c) & 15]};
+  }
+  return uri;
+}
+
 bool Handler::Update(float fraction) {
   if (fraction >= 0) ReportProgress(fraction);
   return true;

@@ -38,6 +38,7 @@ class FileFolder : public Assimp::IOSystem {
 
 // A path of a URI: %20 is a space.
 std::string Unescaped(std::string_view uri);
+std::string Escaped(std::string_view path);
 
 // Hands on what the library says of its progress.
 struct Handler : Assimp::ProgressHandler {

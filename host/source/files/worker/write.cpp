@@ -63,19 +63,22 @@ aiMesh* MakeMesh(const FileMesh& mesh, int32_t withoutMaterial, bool apart) {
   return made;
 }
 
-void AddTexture(aiMaterial& made, const FileMaterial& material, TextureSlot slot, aiTextureType type) {
-  if (material.textures[slot].empty()) return;
-  const aiString path(material.textures[slot]);
+// `asUris`: the library writes them as they are where URIs are wanted.
+void AddTexture(aiMaterial& made, const FileMaterial& material, TextureSlot slot, aiTextureType type,
+                bool asUris) {
+  const std::string& texture = material.textures[slot];
+  if (texture.empty()) return;
+  const aiString path(asUris ? Escaped(texture) : texture);
   made.AddProperty(&path, AI_MATKEY_TEXTURE(type, 0));
 }
 
-aiMaterial* MakeMaterial(const FileMaterial& material) {
+aiMaterial* MakeMaterial(const FileMaterial& material, bool asUris) {
   auto* made = new aiMaterial;
   const aiString name(material.name);
   made->AddProperty(&name, AI_MATKEY_NAME);
   const aiColor3D color = ColorOf(material.color), specular = ColorOf(material.specular),
                   emissive = ColorOf(material.emissive), ambient(0, 0, 0);
-  const aiColor4D base(color.r, color.g, color.b, material.opacity);
+  const aiColor4D base(color.r, color.g, color.b, 1);  // glTF's is multiplied by the opacity
   made->AddProperty(&color, 1, AI_MATKEY_COLOR_DIFFUSE);
   made->AddProperty(&base, 1, AI_MATKEY_BASE_COLOR);
   made->AddProperty(&ambient, 1, AI_MATKEY_COLOR_AMBIENT);
@@ -97,20 +100,20 @@ aiMaterial* MakeMaterial(const FileMaterial& material) {
     const aiString blends("BLEND");
     made->AddProperty(&blends, "$mat.gltf.alphaMode", 0, 0);
   }
-  AddTexture(*made, material, kTextureColor, aiTextureType_DIFFUSE);
-  AddTexture(*made, material, kTextureColor, aiTextureType_BASE_COLOR);
-  AddTexture(*made, material, kTextureLuminance, aiTextureType_EMISSIVE);
-  AddTexture(*made, material, kTextureSpecular, aiTextureType_SPECULAR);
-  AddTexture(*made, material, kTextureAlpha, aiTextureType_OPACITY);
-  AddTexture(*made, material, kTextureBump, aiTextureType_HEIGHT);
-  AddTexture(*made, material, kTextureNormal, aiTextureType_NORMALS);
+  AddTexture(*made, material, kTextureColor, aiTextureType_DIFFUSE, asUris);
+  AddTexture(*made, material, kTextureColor, aiTextureType_BASE_COLOR, asUris);
+  AddTexture(*made, material, kTextureLuminance, aiTextureType_EMISSIVE, asUris);
+  AddTexture(*made, material, kTextureSpecular, aiTextureType_SPECULAR, asUris);
+  AddTexture(*made, material, kTextureAlpha, aiTextureType_OPACITY, asUris);
+  AddTexture(*made, material, kTextureBump, aiTextureType_HEIGHT, asUris);
+  AddTexture(*made, material, kTextureNormal, aiTextureType_NORMALS, asUris);
   return made;
 }
 
 aiMaterial* MakeDefaultMaterial() {
   FileMaterial material;
   material.name = AI_DEFAULT_MATERIAL_NAME;
-  return MakeMaterial(material);
+  return MakeMaterial(material, false);
 }
 
 // The root is the library's own kind: the files of its exporters have it too, and its importers leave it out.
@@ -149,12 +152,13 @@ aiCamera* MakeCamera(const FileScene& scene, const FileCamera& camera) {
   return made;
 }
 
-aiLight* MakeLight(const FileScene& scene, const FileLight& light) {
+// Collada has no area lights: they are points there.
+aiLight* MakeLight(const FileScene& scene, const FileLight& light, bool hasAreas) {
   auto* made = Named<aiLight>(scene, light.node, light.view);
-  made->mType = light.type == kLightSpot      ? aiLightSource_SPOT
-                : light.type == kLightDistant ? aiLightSource_DIRECTIONAL
-                : light.type == kLightArea    ? aiLightSource_AREA
-                                              : aiLightSource_POINT;
+  made->mType = light.type == kLightSpot               ? aiLightSource_SPOT
+                : light.type == kLightDistant          ? aiLightSource_DIRECTIONAL
+                : light.type == kLightArea && hasAreas ? aiLightSource_AREA
+                                                       : aiLightSource_POINT;
   made->mPosition = VectorOf(light.view.position);
   made->mDirection = VectorOf(light.view.direction);
   made->mUp = VectorOf(light.view.up);
@@ -178,14 +182,16 @@ void WriteScene(const FileRequest& request) {
   auto& made = *new aiScene;
   made.mRootNode = MakeNodes(scene);
   const size_t materials = scene.materials.size();
-  Fill(made.mNumMaterials, made.mMaterials, materials + 1,
-       [&](size_t i) { return i < materials ? MakeMaterial(scene.materials[i]) : MakeDefaultMaterial(); });
+  const bool isGltf = request.exporter == "glb2";
+  Fill(made.mNumMaterials, made.mMaterials, materials + 1, [&](size_t i) {
+    return i < materials ? MakeMaterial(scene.materials[i], isGltf) : MakeDefaultMaterial();
+  });
   Fill(made.mNumMeshes, made.mMeshes, scene.meshes.size(),
-       [&](size_t i) { return MakeMesh(scene.meshes[i], int32_t(materials), request.exporter == "glb2"); });
+       [&](size_t i) { return MakeMesh(scene.meshes[i], int32_t(materials), isGltf); });
   Fill(made.mNumCameras, made.mCameras, scene.cameras.size(),
        [&](size_t i) { return MakeCamera(scene, scene.cameras[i]); });
   Fill(made.mNumLights, made.mLights, scene.lights.size(),
-       [&](size_t i) { return MakeLight(scene, scene.lights[i]); });
+       [&](size_t i) { return MakeLight(scene, scene.lights[i], request.exporter != "collada"); });
 
   auto& exporter = *new Assimp::Exporter;
   auto* folder = new FileFolder(request.path, true);
