@@ -387,6 +387,24 @@ class Files(Case):
         with self.assertRaises(TypeError):
             documents.LoadDocument(good, ALL, 1)
 
+    def test_what_the_console_tells(self):
+        other = self.file("new\nline \x1b[2J\u009b.obj", "o")
+        misnamed, kept = os.path.join(self.folder, "scene.obj"), os.path.join(self.folder, "scene.tmp")
+        gone = os.path.join(self.folder, "gone.glb")
+        os.symlink(os.path.join(self.folder, "nowhere"), gone)
+        doc = documents.LoadDocument(self.file("good.obj", OBJ.format("kept")), ALL)
+        with errors() as lines:
+            documents.LoadDocument(other, ALL)
+            for path in (misnamed, kept):
+                self.assertIs(documents.SaveDocument(doc, path, 0, qlx.FORMAT_GLBEXPORT), True)
+            self.assertIs(documents.SaveDocument(doc, gone, 0, qlx.FORMAT_GLBEXPORT), False)
+        self.assertIn("can't load %s/new\\x0aline \\x1b[2J\\x9b.obj: " % self.folder, lines[0])
+        self.assertEqual(lines[1:], ["qlxpy: saved %s in the format .glb, which its name does not tell" % misnamed,
+                                     "qlxpy: can't save %s: No such file or directory" % gone])
+        os.rename(kept, kept + ".glb")
+        again = documents.LoadDocument(kept + ".glb", ALL)
+        self.assertEqual(names(again.GetObjects()), ["kept"])
+
     def large(self):
         count = 200000
         return self.file("large.obj", "o large\n" + "".join("v %d %d 0\n" % (i, i % 7) for i in range(count)) +
