@@ -222,6 +222,8 @@ class State(Case):
                 ("Mode", qlx.MODE_OBJECT, qlx.MODE_EDGES, qlx.MODE_EDGES), ("Action", 0, 200000084, 200000084),
                 ("Time", qlx.BaseTime(0), half, half), ("MinTime", qlx.BaseTime(0), half, half), ("MaxTime", qlx.BaseTime(3), half, half),
                 ("LoopMinTime", qlx.BaseTime(0), half, half), ("LoopMaxTime", qlx.BaseTime(3), half, half),
+                ("Time", half, qlx.BaseTime(float("nan")), qlx.BaseTime(0)), ("Time", qlx.BaseTime(0), half, half),
+                ("MaxTime", half, qlx.BaseTime(0, 0), qlx.BaseTime(0)),
                 ("DocumentName", "Untitled", "a.obj", "a.obj"), ("DocumentPath", "", "/tmp/", "/tmp")):
             get, set = getattr(doc, "Get" + name), getattr(doc, "Set" + name)
             self.assertEqual((get(), set(value), get()), (before, None, after), name)
@@ -231,6 +233,13 @@ class State(Case):
         self.assertEqual((doc.GetChanged(), doc.SetChanged(), doc.GetChanged()), (False, None, True))
         documents.SetDocumentTime(doc, qlx.BaseTime(2))
         self.assertEqual((doc.GetTime(), doc.SetRewind(), doc.GetTime()), (qlx.BaseTime(2), None, half))
+        with self.assertRaises(Exception):
+            doc[qlx.DOCUMENT_TIME] = qlx.BaseTime(float("nan"))
+        doc.GetDataInstance()[qlx.DOCUMENT_TIME] = qlx.BaseTime(float("nan"))
+        self.assertEqual((doc.GetTime(), doc.GetSplinePlane()), (qlx.BaseTime(0), qlx.PRIM_PLANE_XY))
+        for value, plane in ((qlx.PRIM_PLANE_XZ, qlx.PRIM_PLANE_XZ), (qlx.PRIM_PLANE_ZY, qlx.PRIM_PLANE_ZY), (9, qlx.PRIM_PLANE_XZ)):
+            doc[qlx.DOCUMENT_SPLINEPLANE] = value
+            self.assertEqual(doc.GetSplinePlane(), plane)
         doc[qlx.DOCUMENT_FPS] = 50
         doc.SetData(qlx.BaseContainer(), False)  # what is missing is the default
         self.assertEqual((doc.GetFps(), doc.GetMaxTime()), (30, qlx.BaseTime(3)))
