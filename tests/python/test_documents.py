@@ -222,6 +222,8 @@ class State(Case):
                 ("Mode", qlx.MODE_OBJECT, qlx.MODE_EDGES, qlx.MODE_EDGES), ("Action", 0, 200000084, 200000084),
                 ("Time", qlx.BaseTime(0), half, half), ("MinTime", qlx.BaseTime(0), half, half), ("MaxTime", qlx.BaseTime(3), half, half),
                 ("LoopMinTime", qlx.BaseTime(0), half, half), ("LoopMaxTime", qlx.BaseTime(3), half, half),
+                ("Time", half, qlx.BaseTime(float("nan")), qlx.BaseTime(0)), ("Time", qlx.BaseTime(0), half, half),
+                ("MaxTime", half, qlx.BaseTime(0, 0), qlx.BaseTime(0)),
                 ("DocumentName", "Untitled", "a.obj", "a.obj"), ("DocumentPath", "", "/tmp/", "/tmp")):
             get, set = getattr(doc, "Get" + name), getattr(doc, "Set" + name)
             self.assertEqual((get(), set(value), get()), (before, None, after), name)
@@ -231,6 +233,13 @@ class State(Case):
         self.assertEqual((doc.GetChanged(), doc.SetChanged(), doc.GetChanged()), (False, None, True))
         documents.SetDocumentTime(doc, qlx.BaseTime(2))
         self.assertEqual((doc.GetTime(), doc.SetRewind(), doc.GetTime()), (qlx.BaseTime(2), None, half))
+        with self.assertRaises(Exception):
+            doc[qlx.DOCUMENT_TIME] = qlx.BaseTime(float("nan"))
+        doc.GetDataInstance()[qlx.DOCUMENT_TIME] = qlx.BaseTime(float("nan"))
+        self.assertEqual((doc.GetTime(), doc.GetSplinePlane()), (qlx.BaseTime(0), qlx.PRIM_PLANE_XY))
+        for value, plane in ((qlx.PRIM_PLANE_XZ, qlx.PRIM_PLANE_XZ), (qlx.PRIM_PLANE_ZY, qlx.PRIM_PLANE_ZY), (9, qlx.PRIM_PLANE_XZ)):
+            doc[qlx.DOCUMENT_SPLINEPLANE] = value
+            self.assertEqual(doc.GetSplinePlane(), plane)
         doc[qlx.DOCUMENT_FPS] = 50
         doc.SetData(qlx.BaseContainer(), False)  # what is missing is the default
         self.assertEqual((doc.GetFps(), doc.GetMaxTime()), (30, qlx.BaseTime(3)))
@@ -386,6 +395,24 @@ class Files(Case):
                 call(dead, *arguments)
         with self.assertRaises(TypeError):
             documents.LoadDocument(good, ALL, 1)
+
+    def test_what_the_console_tells(self):
+        other = self.file("new\nline \x1b[2J\u009b.obj", "o")
+        misnamed, kept = os.path.join(self.folder, "scene.obj"), os.path.join(self.folder, "scene.tmp")
+        gone = os.path.join(self.folder, "gone.glb")
+        os.symlink(os.path.join(self.folder, "nowhere"), gone)
+        doc = documents.LoadDocument(self.file("good.obj", OBJ.format("kept")), ALL)
+        with errors() as lines:
+            documents.LoadDocument(other, ALL)
+            for path in (misnamed, kept):
+                self.assertIs(documents.SaveDocument(doc, path, 0, qlx.FORMAT_GLBEXPORT), True)
+            self.assertIs(documents.SaveDocument(doc, gone, 0, qlx.FORMAT_GLBEXPORT), False)
+        self.assertIn("can't load %s/new\\x0aline \\x1b[2J\\x9b.obj: " % self.folder, lines[0])
+        self.assertEqual(lines[1:], ["qlxpy: saved %s in the format .glb, which its name does not tell" % misnamed,
+                                     "qlxpy: can't save %s: No such file or directory" % gone])
+        os.rename(kept, kept + ".glb")
+        again = documents.LoadDocument(kept + ".glb", ALL)
+        self.assertEqual(names(again.GetObjects()), ["kept"])
 
     def large(self):
         count = 200000

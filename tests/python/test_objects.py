@@ -5,7 +5,7 @@ import unittest
 import qlx
 from calls import Call, check, check_dead, outcome
 
-NULL, CUBE, CAMERA, NOWHERE = 5140, 5159, 5103, 123456
+NULL, CUBE, CAMERA, TWIST, NOWHERE = 5140, 5159, 5103, 5134, 123456
 PHONG, TEXTURE, UVW, POINTS = 5612, 5616, 5671, 5600
 REFUSED = "the object cannot be inserted there"
 DEAD = "the object 'qlx.BaseObject' is not alive"
@@ -353,5 +353,14 @@ class CacheTest(unittest.TestCase):
         self.assertIsNone(op.Touch())
         spline = qlx.SplineObject(2, 0)
         self.assertEqual((op.GetRealSpline(), spline.GetRealSpline()), (None, spline))
+        document, twist = qlx.documents.BaseDocument(), qlx.BaseObject(TWIST)
+        twist[qlx.TWISTOBJECT_ANGLE] = 1.0
+        twist.InsertUnder(spline)
+        spline.SetAllPoints([qlx.Vector(100, -125, 0), qlx.Vector(100, 125, 0)])
+        document.InsertObject(spline)
+        document.ExecutePasses(None, False, True, True, 0)
+        real = spline.GetRealSpline()
+        self.assertEqual((type(real), real), (qlx.SplineObject, spline.GetDeformCache()))
+        self.assertNotEqual(real.GetPoint(1), spline.GetPoint(1))
 
 

@@ -51,6 +51,7 @@ ERRORS = [
     (lambda: qlx.QLXAtom(), NotImplementedError, NO_INSTANCE),
     (lambda: qlx.GeListNode(CUBE), NotImplementedError, NO_INSTANCE),
     (lambda: qlx.plugins.BaseData(), NotImplementedError, NO_INSTANCE),
+    (lambda: qlx.plugins.GeResource(), NotImplementedError, NO_INSTANCE),
     (lambda: type("Sub", (BaseList2D,), {}), TypeError, "type 'qlx.BaseList2D' is not an acceptable base type"),
     (lambda: type("Sub", (Vector,), {}), TypeError, "type 'qlx.Vector' is not an acceptable base type"),
     (lambda: setattr(BaseList2D(CUBE), "other", 1), AttributeError, None),

@@ -53,7 +53,8 @@ using OwnedDocument = std::unique_ptr<BaseDocument, Destroy>;
 // How far a file is, as a line of the terminal that is drawn anew, and is gone at the end.
 class ConsoleProgress final : public Progress {
  public:
-  ConsoleProgress(Stopper& stopper, const fs::path& file) : stopper_(stopper), file_(file.filename()) {}
+  ConsoleProgress(Stopper& stopper, const fs::path& file)
+      : stopper_(stopper), file_(Escaped(file.filename().native())) {}
   ConsoleProgress(const ConsoleProgress&) = delete;
   ConsoleProgress& operator=(const ConsoleProgress&) = delete;
   ~ConsoleProgress() {
@@ -65,13 +66,13 @@ class ConsoleProgress final : public Progress {
     if (!isTerminal_ || Clock::now() < next_) return true;
     next_ = Clock::now() + 5 * kBetweenLooks;
     isShown_ = true;
-    WriteStream(STDERR_FILENO, fmt::format("\r{}: {} {:.0f} %\033[K", file_.string(), what, 100 * fraction));
+    WriteStream(STDERR_FILENO, fmt::format("\r{}: {} {:.0f} %\033[K", file_, what, 100 * fraction));
     return true;
   }
 
  private:
   Stopper& stopper_;
-  const fs::path file_;
+  const std::string file_;
   const bool isTerminal_ = isatty(STDERR_FILENO) == 1;
   bool isShown_ = false;
   Clock::time_point next_ = Clock::now() + kBeforeFirstLine;
@@ -102,7 +103,7 @@ std::string DescribeFault(const char* action, const fs::path& file) {
   } catch (const std::bad_alloc&) {
     return fmt::format("{} {}: not enough memory", action, file.native());
   } catch (const std::exception& error) {
-    return fmt::format("{} {}: {}", action, file.native(), error.what());
+    return fmt::format("{} {}: {}", action, file.native(), ReasonOf(error));
   }
 }
 
@@ -161,6 +162,10 @@ void WriteCopy(BaseDocument& document, const fs::path& file, int32_t flags, int3
 
 bool Save(BaseDocument& document, const fs::path& file, int32_t flags, int32_t format, Stopper& stopper) {
   WriteCopy(document, file, flags, format, stopper);
+  const SceneFormat* named = FindFormat(file.extension().native());
+  if (named && named->id != format)
+    Complain(fmt::format("saved {} in the format .{}, which its name does not tell", file.native(),
+                         FindFormat(format)->extension));
   const SceneTurn turn;
   if (document.IsDead()) return true;
   document.isChanged = false;

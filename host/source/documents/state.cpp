@@ -6,6 +6,7 @@
 #include "app/event_queue.h"
 #include "boundary/host.h"
 #include "documents/documents.h"
+#include "kelvar/basetime.h"
 
 // What it links, such as the target, is among its parameters.
 void BaseDocument::CopyOwn(BaseList2D& to) const {
@@ -29,7 +30,8 @@ enum Parameter : int32_t {
   kRenderLevelOfDetail,
   kMode,
   kAction,
-  kTarget
+  kTarget,
+  kSplinePlane
 };
 
 constexpr int32_t kMostFps = 2500;
@@ -64,13 +66,16 @@ void StoreFraction(BaseDocument* document, int32_t id, double value) {
   Store(document, id, {HOST_DATA_FLOAT, 0, {.real = std::isnan(value) ? 1 : std::clamp(value, 0.0, 1.0)}});
 }
 
+// What is no number is at the start.
+BaseTime NumberOf(const BaseTime& time) { return std::isnan(kelvar::Seconds(time)) ? BaseTime{0, 1} : time; }
+
 BaseTime TimeOf(const BaseDocument* document, int32_t id) {
   const HostGeData* data = Find(document, id, HOST_DATA_TIME);
-  return data ? data->value.time : BaseTime{0, 1};
+  return data ? NumberOf(data->value.time) : BaseTime{0, 1};
 }
 
 void StoreTime(BaseDocument* document, int32_t id, const BaseTime* time) {
-  if (time) Store(document, id, {HOST_DATA_TIME, 0, {.time = *time}});
+  if (time) Store(document, id, {HOST_DATA_TIME, 0, {.time = NumberOf(*time)}});
 }
 
 // They are there from when they are asked for. Null for an unknown type.
@@ -120,6 +125,8 @@ void SetLoopMinTime(BaseDocument* self, const BaseTime* time) { StoreTime(self, 
 
 BaseTime GetLoopMaxTime(const BaseDocument* self) { return TimeOf(self, kLoopMaxTime); }
 void SetLoopMaxTime(BaseDocument* self, const BaseTime* time) { StoreTime(self, kLoopMaxTime, time); }
+
+int32_t GetSplinePlane(const BaseDocument* self) { return Integer(self, kSplinePlane, 0); }
 
 void SetRewind(BaseDocument* self, int32_t /*flags*/) {
   const BaseTime start = GetMinTime(self);

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "tables/utf8.h"
+
 namespace host {
 namespace fs = std::filesystem;
 namespace {
@@ -66,6 +68,33 @@ std::error_code WriteStream(int descriptor, std::string_view text) {
   return {};
 }
 
-void Complain(std::string_view line) { WriteStream(STDERR_FILENO, fmt::format("qlxpy: {}\n", line)); }
+void Complain(std::string_view line) { WriteStream(STDERR_FILENO, fmt::format("qlxpy: {}\n", Escaped(line))); }
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  const auto escape = [&](char byte) { escaped += fmt::format("\\x{:02x}", uint8_t(byte)); };
+  while (!text.empty()) {
+    const std::string_view good = text.substr(0, FindIllFormedUtf8(text));
+    for (size_t i = 0; i < good.size(); ++i) {
+      // U+0080 to U+009F are control characters as well, of two bytes.
+      if (good[i] == '\xc2' && uint8_t(good[i + 1]) < 0xa0)
+        escape(good[++i]);
+      else if (uint8_t(good[i]) < ' ' || good[i] == 127)
+        escape(good[i]);
+      else
+        escaped += good[i];
+    }
+    text.remove_prefix(good.size());
+    if (text.empty()) break;
+    escape(text[0]);
+    text.remove_prefix(1);
+  }
+  return escaped;
+}
+
+std::string ReasonOf(const std::exception& error) {
+  const auto* fault = dynamic_cast<const std::filesystem::filesystem_error*>(&error);
+  return fault ? fault->code().message() : error.what();
+}
 
 }  // namespace host

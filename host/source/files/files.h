@@ -2,6 +2,7 @@
 #ifndef HOST_FILES_FILES_H
 #define HOST_FILES_FILES_H
 
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -23,8 +24,14 @@ std::error_code DeleteTree(const std::filesystem::path& path);
 // Writes a text as it is, past every buffer, so that both streams keep one order.
 std::error_code WriteStream(int descriptor, std::string_view text);
 
-// One line on the error stream, behind the program's name.
+// One line on the error stream, behind the program's name; what a terminal would obey is escaped in it.
 void Complain(std::string_view line);
+
+// A text, such as the name of a file, with \x.. in place of control characters and of bytes that are no text.
+std::string Escaped(std::string_view text);
+
+// Why an operation on files failed, without the words of the library around it.
+std::string ReasonOf(const std::exception& error);
 
 struct TomlEntry {
   std::string key;

@@ -13,6 +13,7 @@
 
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
+#include "files/files.h"
 #include "files/scene_check.h"
 #include "files/scene_ids.h"
 #include "files/scene_mesh.h"
@@ -365,7 +366,7 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    throw FileFault(fmt::format("{}: {}", to.native(), error.what()));
+    throw FileFault(fmt::format("{}: {}", to.native(), ReasonOf(error)));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "boundary/host.h"
+#include "files/files.h"
 #include "files/scene_check.h"
 #include "files/scene_ids.h"
 #include "files/scene_mesh.h"
@@ -65,7 +66,11 @@ Node& Made(int32_t type) {
 class Importer {
  public:
   Importer(const FileScene& scene, const fs::path& file, Progress* progress)
-      : scene_(scene), folder_(file.parent_path()), stem_(Clean(file.stem().native())), progress_(progress) {}
+      : scene_(scene), folder_(file.parent_path()), stem_(Clean(file.stem().native())), progress_(progress) {
+    std::error_code error;
+    const fs::path goal = fs::canonical(file, error);
+    goalFolder_ = error ? folder_ : goal.parent_path();
+  }
 
   void AddMaterials(BaseDocument& document) {
     for (const FileMaterial& material : scene_.materials) {
@@ -208,16 +213,17 @@ class Importer {
     Put(made.data, to.use, Value::Int32(1));
   }
 
-  // In the file's folder, also where the file names a place on another machine.
+  // In the file's folder, or that of the file that it is a link to, also where the file names a place on
+  // another machine.
   fs::path PathOf(std::string text) const {
     std::ranges::replace(text, '\\', '/');
     std::erase(text, '\0');
     if (text.starts_with("file://")) text.erase(0, 7);
-    const fs::path path = (folder_ / text).lexically_normal();
     std::error_code error;
-    if (fs::exists(path, error)) return path;
-    const fs::path beside = folder_ / fs::path(text).filename();
-    return fs::exists(beside, error) ? beside : path;
+    for (const fs::path& folder : {folder_, goalFolder_})
+      for (const fs::path& path : {(folder / text).lexically_normal(), folder / fs::path(text).filename()})
+        if (fs::exists(path, error)) return path;
+    return (folder_ / text).lexically_normal();
   }
 
   void SetCamera(BaseObject& made, const FileCamera& camera) {
@@ -246,6 +252,7 @@ class Importer {
 
   const FileScene& scene_;
   const fs::path folder_;
+  fs::path goalFolder_;
   const std::string stem_;
   Progress* const progress_;
   std::vector<BaseMaterial*> materials_;
@@ -281,7 +288,7 @@ BaseDocument* ImportScene(const fs::path& file, int32_t loadFlags, Progress* pro
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    throw FileFault(fmt::format("{}: {}", file.native(), Clean(error.what())));
+    throw FileFault(fmt::format("{}: {}", file.native(), Clean(ReasonOf(error))));
   }
 }
 

@@ -117,6 +117,8 @@ Value Parameter::Fit(const HostGeData& value) const {
   } else if (fitting.type == HOST_DATA_VECTOR) {
     Vector& vector = fitting.value.vector;
     isRight = Limit(vector.x, *this) && Limit(vector.y, *this) && Limit(vector.z, *this);
+  } else if (fitting.type == HOST_DATA_TIME) {
+    isRight = !std::isnan(fitting.value.time.numerator / fitting.value.time.denominator);
   }
   return isRight ? Value::Adopt(fitting) : Value();
 }

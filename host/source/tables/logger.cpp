@@ -73,7 +73,7 @@ struct Loggers {
 }  // namespace
 
 void Warn(std::string_view text) {
-  logger::GetDefault()->log.log(spdlog::level::warn, spdlog::string_view_t(std::string(text) + "\n"));
+  logger::GetDefault()->log.log(spdlog::level::warn, spdlog::string_view_t(Escaped(text) + "\n"));
 }
 
 }  // namespace host

@@ -9,10 +9,11 @@
 #include "app/settings.h"
 #include "boundary/host.h"
 #include "files/files.h"
+#include "scene/links.h"
 #include "tables/tables.h"
 #include "tables/values.h"
 
-struct GeResource {
+struct GeResource : host::Linkable {
   std::map<int32_t, std::string> texts;
 };
 
@@ -81,7 +82,13 @@ GeResource* Open(const HostFilename* folder) {
   return resource.release();
 }
 
-void Close(GeResource* self) { delete self; }
+void Close(GeResource* self) { DestroyNow(self); }
+
+HostBool SetLink(GeResource* self, HostLink* link) {
+  if (!self || !link) return 0;
+  self->Link(*link);
+  return 1;
+}
 
 HostString LoadText(const GeResource* self, int32_t id) {
   if (!self) return {};

@@ -455,6 +455,36 @@ TEST_F(SceneFiles, FilesStayInTheirFolder) {
   EXPECT_FALSE(isRead("link.mtl"));
 }
 
+// What belongs to a model is found beside a link to it, or else beside the model.
+TEST_F(SceneFiles, LinksHaveWhatTheirGoalHas) {
+  const auto library = [](const char* color) {
+    return std::string("newmtl One\nKd ") + color + "\nmap_Kd picture.png\n";
+  };
+  folder_.Write("goal/one.mtl", library("1 0 0"));
+  folder_.Write("goal/picture.png");
+  folder_.Write("secret.mtl", library("0 1 0"));
+  fs::create_directory(folder_.Path() / "links");
+  const fs::path link = folder_.Path() / "links/a.obj";
+  fs::create_symlink("../goal/a.obj", link);
+  const auto materialOf = [&](const std::string& name) {
+    folder_.Write("goal/a.obj", "mtllib " + name + "\nv 0 0 0\nv 1 0 0\nv 1 1 0\nusemtl One\nf 1 2 3\n");
+    Document document = Import(link);
+    const auto& material = static_cast<BaseMaterial&>(*FindBranch(*document, kTypeMaterial)->down);
+    const Vector& color = container::FindData(&material.data, id::kMaterialColor)->value.vector;
+    const GeListHead* shaders = FindBranch(material, kTypeShader);
+    std::string picture;
+    if (shaders && shaders->down)
+      picture = View(&container::FindData(&static_cast<BaseShader&>(*shaders->down).data, id::kBitmapFile)
+                          ->value.filename);
+    return std::pair(color, fs::path(picture).lexically_relative(folder_.Path()).native());
+  };
+  EXPECT_EQ(materialOf("one.mtl"), std::pair(Vector(1, 0, 0), std::string("goal/picture.png")));
+  EXPECT_NE(materialOf("../secret.mtl").first, (Vector{0, 1, 0}));
+  EXPECT_NE(materialOf("../links/../secret.mtl").first, (Vector{0, 1, 0}));
+  folder_.Write("links/one.mtl", library("0 0 1"));
+  EXPECT_EQ(materialOf("one.mtl").first, (Vector{0, 0, 1}));
+}
+
 TEST_F(SceneFiles, PartsOfAFileCanBeLeftOut) {
   Document small = Small();
   const fs::path file = Save(*small, Format("dae"));

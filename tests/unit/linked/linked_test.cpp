@@ -10,9 +10,11 @@
 
 #include "interpreter/lib_python_leaks.h"
 #include "interpreter/lib_python_lock.h"
+#include "interpreter/lib_python_scriptscope.h"
 #include "kelvar/baselist.h"
 #include "kit/i_wrapper.h"
 #include "linked_support.h"
+#include "plugins/plugins.h"
 #include "scene/links.h"
 #include "scene/scene.h"
 #include "values/values.h"
@@ -132,6 +134,45 @@ TEST_F(LinkedTest, ThreadsUseElementsThatTheHostDestroys) {
   }
   Run("for op in elements: assert op() is None");
   Py_DECREF(list);
+}
+
+// That of the host is dead when the host closes it; one that the scope took over ends with its last wrapper, on
+// whatever thread, or at once where there is none.
+TEST_F(LinkedTest, ResourcesEndWithTheirOwner) {
+  const Filename folder = Filename::FromString(kelvar::Text(HOST_STARTUP "/qlx.res"));
+  HostLink links[3] = {};
+  GeResource* resources[3] = {};
+  for (int i = 0; i < 3; ++i) {
+    resources[i] = GeResource::Open(folder);
+    ASSERT_TRUE(resources[i] && resources[i]->SetLink(&links[i]));
+  }
+  qlx::ScriptScope scope;
+  ASSERT_TRUE(scope.Init() && scope.SetResource("shown", resources[0], false));
+  EXPECT_TRUE(scope.SetResource("__res__", resources[1], true));
+  EXPECT_FALSE(scope.SetResource("\xff", resources[2], true));
+  EXPECT_FALSE(scope.SetResource("none", nullptr, true) || scope.Contains("none"));
+  EXPECT_TRUE(kelvar::GetLink(links[1]) && !kelvar::GetLink(links[2]));
+  EXPECT_TRUE(
+      scope.Run("import threading\n"
+                "assert type(shown) is type(__res__) and shown != __res__\n"
+                "try: type(shown)()\n"
+                "except NotImplementedError as error: assert str(error) == 'this type cannot be "
+                "instantiated'\n"
+                "else: assert False\n"
+                "thread = threading.Thread(target=globals().pop, args=('__res__',))\n"
+                "thread.start(); thread.join(); del thread\n",
+                "resource"));
+  EXPECT_FALSE(scope.Contains("__res__") || kelvar::GetLink(links[1]));
+  GeResource* found = nullptr;
+  EXPECT_TRUE(qlx::Present<GeResource>::Get(scope.Get("shown"), found) && found == resources[0]);
+  resources[0]->Close();
+  EXPECT_FALSE(qlx::Present<GeResource>::Get(scope.Get("shown"), found));
+  PyObject *type, *value, *trace;
+  PyErr_Fetch(&type, &value, &trace);
+  EXPECT_EQ(type, PyExc_ReferenceError);
+  EXPECT_STREQ(PyUnicode_AsUTF8(value), "the object 'qlx.plugins.GeResource' is not alive");
+  for (PyObject* object : {type, value, trace}) Py_XDECREF(object);
+  scope.Free();
 }
 
 class LeakTest : public LinkedTest {

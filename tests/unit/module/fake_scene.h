@@ -5,6 +5,7 @@
 
 #include <deque>
 
+#include "kelvar/resource.h"
 #include "kit/i_typequeue.h"
 #include "kit/i_wrapper.h"
 #include "support.h"
@@ -72,6 +73,8 @@ class SceneTest : public InterpreterTest {
     tables::bitmap.Free = Free<BaseBitmap>;
     tables::baselist.Free = Free<BaseList2D>;
     tables::container.Free = Free<BaseContainer>;
+    tables::resource.SetLink = SetLink<GeResource>;
+    tables::resource.Close = Free<GeResource>;
     ASSERT_EQ(qlx::ReadyTypeQueue(), "");
   }
 };

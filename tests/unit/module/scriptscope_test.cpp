@@ -93,6 +93,8 @@ TEST_F(ScriptScopeTest, EveryOperationBinds) {
       {[&] { return scope->SetData("x", none); }, "x", "x is None"},
       {[&] { return scope->SetNode("op", Make().As<QLXAtom>(), false); }, "op",
        "type(op).__name__ == 'BaseList2D'"},
+      {[&] { return scope->SetResource("__res__", Make().As<GeResource>(), false); }, "__res__",
+       "type(__res__).__name__ == 'GeResource'"},
       {[&] { return scope->SetFilename("__file__", Path("/a/\xff.py")); }, "__file__",
        "__file__ == '/a/\\udcff.py'"},
       {[&] { return scope->SetObject("l", list); }, "l", "l == []"},
@@ -128,6 +130,7 @@ TEST_F(ScriptScopeTest, WhatCantBeBoundIsRefused) {
         {"SetNone", scope->SetNone(name)},
         {"SetData", scope->SetData(name, HostGeData{})},
         {"SetNode", scope->SetNode(name, Make().As<QLXAtom>(), false)},
+        {"SetResource", scope->SetResource(name, Make().As<GeResource>(), true)},
         {"SetFilename", scope->SetFilename(name, Path("/a"))},
         {"SetObject", scope->SetObject(name, Py_None)}};
     for (const auto& [operation, answer] : answers) EXPECT_FALSE(answer) << operation;

@@ -707,6 +707,14 @@ typedef struct HostDocumentGroup {
    * fails   0 */
   HostBool (*ExecutePasses)(BaseDocument* self, HostBool animation, HostBool expressions, HostBool caches,
                             int32_t flags, HostStop stop, void* user);
+
+  /* The plane that is chosen for drawing splines, a parameter of the document: 0 XY, 1 ZY, 2 XZ.
+   * owner   -
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  int32_t (*GetSplinePlane)(const BaseDocument* self);
 } HostDocumentGroup;
 
 #ifdef __cplusplus

@@ -536,7 +536,7 @@ typedef struct HostObjectGroup {
    * fails   nothing */
   void (*Touch)(BaseObject* self);
 
-  /* The spline that the object is, or that it made when it was evaluated last.
+  /* The spline that the object is, or that it made when it was evaluated last, as deformers left it then.
    * owner   the object
    * thread  any
    * waits   no

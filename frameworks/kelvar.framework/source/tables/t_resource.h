@@ -30,9 +30,10 @@ typedef struct HostResourceGroup {
    * fails   null */
   GeResource* (*Open)(const HostFilename* folder);
 
-  /* Takes a resource back; null is allowed.
+  /* Takes a resource back; null is allowed. Its links are dead at once. Only with the interpreter's lock
+   * held, where Python runs and the resource was linked.
    * owner   the host
-   * thread  main
+   * thread  any
    * waits   no
    * since   23100
    * fails   nothing */
@@ -53,6 +54,14 @@ typedef struct HostResourceGroup {
    * since   23100
    * fails   nothing */
   void (*SetSymbolHook)(ResourceSymbolHook hook);
+
+  /* Points a link at the resource; what the link held before is not looked at. 1, or 0 when memory lacks.
+   * owner   the caller, of the link
+   * thread  any
+   * waits   no
+   * since   23100
+   * fails   0 */
+  HostBool (*SetLink)(GeResource* self, HostLink* link);
 } HostResourceGroup;
 
 #ifdef __cplusplus

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
 
 #include "files/worker/worker.h"
 
@@ -55,7 +56,10 @@ class Stream : public Assimp::IOStream {
 }  // namespace
 
 FileFolder::FileFolder(fs::path file, bool writes) : file_(fs::absolute(file)), writes_(writes) {
-  folder_ = fs::canonical(file_.parent_path());
+  std::error_code error;
+  folder_ = fs::canonical(file_.parent_path(), error);
+  if (!error) goalFolder_ = writes ? folder_ : fs::canonical(file_, error).parent_path();
+  if (error) throw std::runtime_error(error.message());
 }
 
 // The library hands on what a file says, which may be a URI.
@@ -66,13 +70,19 @@ fs::path FileFolder::Find(const char* name) const {
 }
 
 fs::path FileFolder::FindAs(const fs::path& name) const {
-  fs::path path = name;
-  if (path.is_relative()) path = folder_ / path;
+  const fs::path found = FindAt(folder_ / name);
+  if (!found.empty() || goalFolder_ == folder_) return found;
+  return FindAt(goalFolder_ / (name.is_relative() ? name : name.lexically_relative(file_.parent_path())));
+}
+
+fs::path FileFolder::FindAt(const fs::path& path) const {
   std::error_code error;
   const fs::path real = fs::weakly_canonical(path, error);
   if (error) return {};
-  const auto [inFolder, rest] = std::mismatch(folder_.begin(), folder_.end(), real.begin(), real.end());
-  if (inFolder != folder_.end()) return {};
+  const auto isIn = [&](const fs::path& folder) {
+    return std::mismatch(folder.begin(), folder.end(), real.begin(), real.end()).first == folder.end();
+  };
+  if (!isIn(folder_) && !isIn(goalFolder_)) return {};
   if (writes_) return real.parent_path() == folder_ ? real : fs::path();
   return fs::is_regular_file(real, error) ? real : fs::path();
 }

@@ -10,7 +10,8 @@
 
 namespace host {
 
-// Opens the scene's file and, to read, what lies in its folder or below; nothing else, whatever a file names.
+// Opens the scene's file and, to read, what lies in its folder or below, or in that of the file that it is a
+// link to; nothing else, whatever a file names.
 class FileFolder : public Assimp::IOSystem {
  public:
   FileFolder(std::filesystem::path file, bool writes);
@@ -30,8 +31,9 @@ class FileFolder : public Assimp::IOSystem {
   // Empty for a file that is not to be opened, or is not there to be read.
   std::filesystem::path Find(const char* file) const;
   std::filesystem::path FindAs(const std::filesystem::path& file) const;
+  std::filesystem::path FindAt(const std::filesystem::path& file) const;
 
-  std::filesystem::path file_, folder_;
+  std::filesystem::path file_, folder_, goalFolder_;
   bool writes_;
   std::string fault_;
 };

@@ -19,6 +19,7 @@
 #include "kit/i_errors.h"
 #include "kit/i_present.h"
 #include "kit/i_wrapper.h"
+#include "plugins/plugins.h"
 
 namespace qlx {
 namespace {
@@ -123,6 +124,10 @@ bool ScriptScope::SetInt(std::string_view name, int32_t value) { return Store(na
 
 bool ScriptScope::SetData(std::string_view name, const HostGeData& data) {
   return Store(name, GeDataToPython(data, nullptr));
+}
+
+bool ScriptScope::SetResource(std::string_view name, GeResource* resource, bool owned) {
+  return resource && Store(name, Present<GeResource>::Wrap(resource, owned));
 }
 
 bool ScriptScope::SetNode(std::string_view name, QLXAtom* node, bool owned) {

@@ -12,6 +12,7 @@
 #include "kelvar/atom.h"
 #include "kelvar/filename.h"
 #include "kelvar/gedata.h"
+#include "kelvar/resource.h"
 #include "kelvar/string.h"
 #include "tavor/error.h"
 
@@ -42,6 +43,8 @@ class ScriptScope {
   bool SetInt(std::string_view name, int32_t value);
   bool SetNone(std::string_view name) { return SetObject(name, Py_None); }
   bool SetData(std::string_view name, const HostGeData& data);
+  // With `owned` the scope takes the resource over, also where it can't be bound.
+  bool SetResource(std::string_view name, GeResource* resource, bool owned);
   // With `owned` the scope takes the node over, also where it can't be bound.
   bool SetNode(std::string_view name, QLXAtom* node, bool owned);
   bool SetFilename(std::string_view name, const Filename& file);

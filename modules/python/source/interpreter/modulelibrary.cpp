@@ -163,6 +163,12 @@ int32_t IsExecutingWord() {
   return Serve([]() -> int32_t { return IsScriptExecuting(); });
 }
 
+int32_t SetResourceWord(ModuleScriptScope* self, const HostString* name, GeResource* resource, int32_t owned) {
+  return Named(self, name, [&](ScriptScope& scope, std::string_view key) {
+    return scope.SetResource(key, resource, owned);
+  });
+}
+
 CPyObject* GeDataToPythonWord(const HostGeData* data, BaseDocument* document) {
   if (!data) return nullptr;
   return Serve([&] { return reinterpret_cast<CPyObject*>(GeDataToPython(*data, document)); });
@@ -206,6 +212,7 @@ constexpr ModuleLibraryTable kTable = {
             .IsComplete = IsCompleteWord,
             .ExecuteText = ExecuteTextWord,
             .IsExecuting = IsExecutingWord,
+            .SetResource = SetResourceWord,
         },
     .conversion = {.GeDataToPython = GeDataToPythonWord, .GeDataFromPython = GeDataFromPythonWord},
 };

@@ -97,7 +97,7 @@ const Module kModules[] = {
     {"modules.substance", "Substance materials.", {}},
     {"modules.motiontracker", "Motion tracking.", {&g_MotionTrackerObjectType}},
     {"modules.volume", "Volumes.", {&g_VolumeObjectType, &g_VolumeBuilderType}},
-    {"plugins", "Plug-ins: their classes and registration.", {&g_BaseDataType}},
+    {"plugins", "Plug-ins: their classes and registration.", {&g_GeResourceType, &g_BaseDataType}},
     {"utils", "Helpers for geometry and modeling.", {&g_NeighborType}},
     {"threading", "Threads of the host.", {}},
     {"internals", "What serves the tests of the package.", {}},

@@ -154,6 +154,11 @@ PyMethodDef g_methods[] = {
         "IsEditMode", "IsEditMode() -> bool\n\nWhether the mode is that of points, edges or polygons."),
     Method<&BaseDocument::IsAxisEnabled>("IsAxisEnabled",
                                          "IsAxisEnabled() -> bool\n\nWhether the mode is that of axes."),
+    Method<&BaseDocument::GetSplinePlane>("GetSplinePlane",
+                                          "GetSplinePlane() -> int\n\n"
+                                          "The plane that is chosen for drawing splines: qlx.PRIM_PLANE_XY, "
+                                          "PRIM_PLANE_ZY or PRIM_PLANE_XZ. It is "
+                                          "the parameter qlx.DOCUMENT_SPLINEPLANE."),
     Method<&BaseDocument::GetDocumentName>(
         "GetDocumentName", "GetDocumentName() -> str\n\nThe name of the file, or of what has none yet."),
     Method<&BaseDocument::SetDocumentName, "%", "fn">("SetDocumentName",

@@ -284,9 +284,9 @@ PyMethodDef g_methods[] = {
         "GetIsoparm",
         "GetIsoparm() -> qlx.LineObject or None\n\nThe lines that stand for the object in views."),
     Method<&SetIsoparm, "O!", "op">("SetIsoparm", "SetIsoparm(op) -> None\n\nGives it a copy of those lines."),
-    Method<&BaseObject::GetRealSpline>(
-        "GetRealSpline",
-        "GetRealSpline() -> qlx.SplineObject or None\n\nThe spline that it is, or that it made last."),
+    Method<&BaseObject::GetRealSpline>("GetRealSpline",
+                                       "GetRealSpline() -> qlx.SplineObject or None\n\nThe spline that it is, "
+                                       "or that it made last, as deformers left it."),
     Method<&BaseObject::IsDirty, "i", "flags">(
         "IsDirty",
         "IsDirty(flags) -> bool\n\nWhether what the DIRTYFLAGS name has changed since the caches were built."),

@@ -9,6 +9,7 @@
 
 #include "../../../../kelvar.framework/source/tables/t_document.h"
 #include "../../../../kelvar.framework/source/tables/t_gedata.h"
+#include "../../../../kelvar.framework/source/tables/t_resource.h"
 #include "t_cpythonlibrary.h"
 
 #ifdef __cplusplus
@@ -76,8 +77,11 @@ typedef struct ScriptScopeTable {
   int32_t (*ExecuteText)(const HostString* source, const HostString* name, const HostFilename* file);
   /* word 33: whether the calling thread is in the script of a scene node. */
   int32_t (*IsExecuting)(void);
+  /* word 34: binds a resource; null gives 0. With `owned` the script takes it over and closes it
+   * on whatever thread it ends there, also where it can't be bound, unless Python can't be used at all. */
+  int32_t (*SetResource)(ModuleScriptScope* self, const HostString* name, GeResource* resource, int32_t owned);
 
-  void* reserved[14]; /* words 34 to 47 */
+  void* reserved[13]; /* words 35 to 47 */
 } ScriptScopeTable;
 
 /* Host values to Python objects and back. The caller holds the lock by CPyGilState_Ensure of
