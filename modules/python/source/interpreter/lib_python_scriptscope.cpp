@@ -19,6 +19,7 @@
 #include "kit/i_errors.h"
 #include "kit/i_present.h"
 #include "kit/i_wrapper.h"
+#include "threading/threads.h"
 
 namespace qlx {
 namespace {
@@ -127,6 +128,10 @@ bool ScriptScope::SetData(std::string_view name, const HostGeData& data) {
 
 bool ScriptScope::SetNode(std::string_view name, QLXAtom* node, bool owned) {
   return node && Store(name, WrapHostObject(node, owned));
+}
+
+bool ScriptScope::SetThread(std::string_view name, BaseThread* thread) {
+  return thread && Store(name, Present<BaseThread>::Wrap(thread));
 }
 
 bool ScriptScope::SetFilename(std::string_view name, const Filename& file) {

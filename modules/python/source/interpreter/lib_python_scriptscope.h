@@ -13,6 +13,7 @@
 #include "kelvar/filename.h"
 #include "kelvar/gedata.h"
 #include "kelvar/string.h"
+#include "kelvar/thread.h"
 #include "tavor/error.h"
 
 namespace qlx {
@@ -44,6 +45,7 @@ class ScriptScope {
   bool SetData(std::string_view name, const HostGeData& data);
   // With `owned` the scope takes the node over, also where it can't be bound.
   bool SetNode(std::string_view name, QLXAtom* node, bool owned);
+  bool SetThread(std::string_view name, BaseThread* thread);
   bool SetFilename(std::string_view name, const Filename& file);
   bool SetObject(std::string_view name, PyObject* object);
   bool SetObjectRef(std::string_view name, const KeptReference& object) {

@@ -163,6 +163,11 @@ int32_t IsExecutingWord() {
   return Serve([]() -> int32_t { return IsScriptExecuting(); });
 }
 
+int32_t SetThreadWord(ModuleScriptScope* self, const HostString* name, BaseThread* thread) {
+  return Named(self, name,
+               [&](ScriptScope& scope, std::string_view key) { return scope.SetThread(key, thread); });
+}
+
 CPyObject* GeDataToPythonWord(const HostGeData* data, BaseDocument* document) {
   if (!data) return nullptr;
   return Serve([&] { return reinterpret_cast<CPyObject*>(GeDataToPython(*data, document)); });
@@ -206,6 +211,7 @@ constexpr ModuleLibraryTable kTable = {
             .IsComplete = IsCompleteWord,
             .ExecuteText = ExecuteTextWord,
             .IsExecuting = IsExecutingWord,
+            .SetThread = SetThreadWord,
         },
     .conversion = {.GeDataToPython = GeDataToPythonWord, .GeDataFromPython = GeDataFromPythonWord},
 };

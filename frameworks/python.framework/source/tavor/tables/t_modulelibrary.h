@@ -9,6 +9,7 @@
 
 #include "../../../../kelvar.framework/source/tables/t_document.h"
 #include "../../../../kelvar.framework/source/tables/t_gedata.h"
+#include "../../../../kelvar.framework/source/tables/t_thread.h"
 #include "t_cpythonlibrary.h"
 
 #ifdef __cplusplus
@@ -77,7 +78,10 @@ typedef struct ScriptScopeTable {
   /* word 33: whether the calling thread is in the script of a scene node. */
   int32_t (*IsExecuting)(void);
 
-  void* reserved[14]; /* words 34 to 47 */
+  /* word 34: binds a handle to a thread, which dies with it; null gives 0. */
+  int32_t (*SetThread)(ModuleScriptScope* self, const HostString* name, BaseThread* thread);
+
+  void* reserved[13]; /* words 35 to 47 */
 } ScriptScopeTable;
 
 /* Host values to Python objects and back. The caller holds the lock by CPyGilState_Ensure of
