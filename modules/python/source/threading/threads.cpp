@@ -38,16 +38,13 @@ HostBool Answer(void* data, GeListNode*, int32_t id, void* message) {
   return 1;
 }
 
-ScriptThread& ThreadOf(GeListNode* keeper) {
-  keeper->Message(kSetMember, &g_asked);
-  return *g_asked;
-}
-
 template <class Visit>
 void ForEachThread(Visit visit) {
   for (GeListNode* node = g_keepers->GetFirst(); node; node = node->GetNext()) {
-    ScriptThread& thread = ThreadOf(node);
-    if (auto* host = static_cast<BaseThread*>(LookUp(thread.host))) visit(thread, *host);
+    g_asked = nullptr;
+    node->Message(kSetMember, &g_asked);
+    auto* host = g_asked ? static_cast<BaseThread*>(LookUp(g_asked->host)) : nullptr;
+    if (host) visit(*g_asked, *host);
   }
 }
 
@@ -84,15 +81,6 @@ void ReportLeftBehind() {
     LogError(tavor::Error("threads of scripts that still run at the end are left behind: " + names));
 }
 
-void DropKeeper(ScriptThread& thread) {
-  if (auto* node = static_cast<BaseList2D*>(LookUp(thread.keeper))) {
-    node->Remove();
-    node->Free();
-  }
-  FreeLink(thread.keeper);
-  thread.keeper = {};
-}
-
 }  // namespace
 
 void RegisterThreadNode() {
@@ -113,8 +101,8 @@ void StopPythonThreads() {
   ForEachThread([](ScriptThread&, BaseThread& host) { host.End(false); });
   WaitForAll();
   ReportLeftBehind();
+  g_keepers->FlushAll();
   FreeEnded();
-  while (GeListNode* node = g_keepers->GetFirst()) DropKeeper(ThreadOf(node));
 }
 
 void FreeThreadList() {
@@ -145,7 +133,11 @@ void HandOverEnded(ScriptThread& thread) {
 void FreeEnded() {
   for (ScriptThread *thread = g_ended.exchange(nullptr), *next; thread; thread = next) {
     next = thread->next;
-    DropKeeper(*thread);
+    if (auto* node = static_cast<BaseList2D*>(LookUp(thread->keeper))) {
+      node->Remove();
+      node->Free();
+    }
+    FreeLink(thread->keeper);
     FreeLink(thread->host);
     delete thread;
   }
