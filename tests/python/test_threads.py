@@ -290,14 +290,14 @@ class ThreadsTest(unittest.TestCase):
     def test_processes_that_end_while_threads_run(self):
         begin = ("import atexit, sys, time\nfrom qlx.threading import *\nbegan = []\n"
                  "def until(test):\n  while not test(): time.sleep(0.001)\nclass T(QLXThread):\n  def Main(self):\n    ")
-        left, stop = "threads of scripts that still run at the end are left behind: 'T'\n", "Stop: a script let go of the running thread 'T'\n"
+        left = "threads of scripts that still run at the end are left behind: 'T', 'T', 'T', 'T', 'T'\n"
+        stop = "Stop: a script let go of the running thread 'T'\n"
         started = "\nt = T(); t.Start()\n"
         for text, code, out, errors in (
                 ("while not self.TestBreak(): time.sleep(0.001)\n    print('ends', flush=True)" + started, 0, "ends\n", ""),
-                ("while True: pass" + started, 0, "", left), ("time.sleep(60)" + started, 0, "", left),
-                ("GeThreadLock()\nGeThreadLock()" + started, 0, "", left),
-                ("until(lambda: hasattr(self, 'other')); self.other.Wait()" + started + "t.other = T(); t.other.other = t; t.other.Start()", 0, "",
-                 left.replace("'T'", "'T', 'T'")),
+                ("self.work()\ndef spin():\n  while True: pass\nGeThreadLock()\nthreads = [T() for i in range(5)]\n"
+                 "works = spin, lambda: time.sleep(60), GeThreadLock, threads[4].Wait, threads[3].Wait\n"
+                 "for t, t.work in zip(threads, works): t.Start()", 0, "", left),
                 ("began.append(1); time.sleep(0.2); print('ends', flush=True)" + started + "until(lambda: began); del t; time.sleep(0.4)", 0,
                  "ends\n", stop),
                 ("began.append(1); time.sleep(0.2); print('ends', flush=True)" + started + "until(lambda: began); del t", 0, "ends\n", stop),
