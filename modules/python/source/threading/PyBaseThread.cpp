@@ -27,6 +27,11 @@ PyMethodDef g_methods[] = {
     {},
 };
 
+// The caller has pinned it: its object may go meanwhile.
+PyObject* Await(BaseThread* host, bool checkevents) {
+  return WaitFor([&](int32_t limit) { return host->Wait(checkevents, limit); }) ? NewNone() : nullptr;
+}
+
 }  // namespace
 
 PyObject* EndThread(BaseThread* self, bool wait) {
@@ -36,13 +41,13 @@ PyObject* EndThread(BaseThread* self, bool wait) {
     const HostBlockingScope blocking;
     self->End(false);
   }
-  return wait ? AwaitThread(self, false) : NewNone();
+  return wait ? Await(self, false) : NewNone();
 }
 
 PyObject* AwaitThread(BaseThread* self, bool checkevents) {
   const Pin<BaseThread> pin(self);
   if (!pin.held) return PyErr_NoMemory();
-  return WaitFor([&](int32_t limit) { return self->Wait(checkevents, limit); }) ? NewNone() : nullptr;
+  return Await(self, checkevents);
 }
 
 PyTypeObject g_BaseThreadType = MakeType<AtomWrapper>({
