@@ -60,7 +60,10 @@ MODULES = {
         SceneSaverData SceneLoaderData PreferenceData""",
     "utils": """
         SendModelingCommand noise SplineHelp SplineLengthData Neighbor ViewportSelect GeRayCollider PolygonReduction""",
-    "threading": "GeThreadLock BaseThread QLXThread",
+    "threading": """
+        GeThreadLock GeThreadUnlock GeIsMainThread GeIsMainThreadAndNoDrawThread GeGetCPUCount GeGetCurrentThreadCount
+        GeGetCurrentThreadId IdentifyThread GeGetCurrentThread GeGetDummyThread GeGetEscTestThread
+        GeCheckBackgroundThreadsRunning GeStopBackgroundThreads BaseThread QLXThread""",
     "internals": "CheckOwnership",
 }
 

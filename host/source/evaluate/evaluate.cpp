@@ -21,6 +21,7 @@
 #include "scene/links.h"
 #include "scene/tree.h"
 #include "tables/tables.h"
+#include "threads/thread.h"
 
 // Valid while the generator makes its objects.
 struct HierarchyHelp {
@@ -279,7 +280,7 @@ class Evaluator {
     HierarchyHelp help{document_};
     if (record.GetVirtualObjects) made = record.GetVirtualObjects(PluginData(object), &object, &help);
     if (!made && hold.IsAlive() && record.GetContour)
-      made = record.GetContour(PluginData(object), &object, document_, 1, nullptr);
+      made = record.GetContour(PluginData(object), &object, document_, 1, CurrentThread());
     if (!made || !hold.IsAlive() || made == FirstIn(&object, kCacheBranch)) return made;
     const bool isLoose = !made->up && !made->list && !made->pred && !made->next && !made->isFixed;
     if (isLoose && As<BaseObject>(made)) return made;
@@ -347,7 +348,8 @@ class Evaluator {
       if (!record)
         Deform(*deformer, its, global, copy->Points());
       else if (record->ModifyObject)
-        record->ModifyObject(PluginData(*deformer), deformer, document_, copy, &global, &its, 1, 0, nullptr);
+        record->ModifyObject(PluginData(*deformer), deformer, document_, copy, &global, &its, 1, 0,
+                             CurrentThread());
     }
     if (!hold.IsAlive()) return DestroyNow(copy);
     SetBranch(*shape, kDeformBranch, copy);
@@ -393,7 +395,7 @@ bool Execute(const HostLink& link, const std::function<bool()>& isStopped) {
     const NodeRecord* record = node ? RecordOf(*node) : nullptr;
     auto* document = static_cast<BaseDocument*>(link::GetLink(link));
     if (record && document && record->Execute)
-      record->Execute(PluginData(*node), node, document, nullptr, entry.priority, entry.flags);
+      record->Execute(PluginData(*node), node, document, CurrentThread(), entry.priority, entry.flags);
   }
   return true;
 }

@@ -17,6 +17,7 @@
 #include "files/files.h"
 #include "tables/tables.h"
 #include "tables/values.h"
+#include "threads/background.h"
 
 namespace fs = std::filesystem;
 
@@ -143,8 +144,11 @@ void SpecialEventAdd(int32_t id, uint64_t p1, uint64_t p2) { GetEventQueue().Add
 
 void EventAdd(int32_t flags) { GetEventQueue().AddRefresh(flags); }
 
-// The host has no background work yet, so there is nothing to stop.
-void StopAllThreads(int32_t, int32_t, int32_t) {}
+void StopAllThreads(int32_t views, int32_t renderings, int32_t others) {
+  if (views) StopBackground(BACKGROUND_THREAD_VIEW);
+  if (renderings) StopBackground(BACKGROUND_THREAD_RENDERING);
+  if (others) StopBackground(BACKGROUND_THREAD_OTHER);
+}
 
 void StatusBarBusy() { State().busy = true; }
 

@@ -176,7 +176,8 @@ BasePlugin* RegisterNode(const NodeRecord* record) {
   type.name = plugin->title;
   type.info = record->base.info;
   type.record = &node->record;
-  if (!FindType(type.base) || type.base == kTypeHead)
+  const bool needsBase = type.base || record->base.kind != PLUGIN_KIND_NODE;
+  if (needsBase && (!FindType(type.base) || type.base == kTypeHead))
     return Refuse(*plugin, fmt::format("its base type {} is not there", type.base));
   if (FindType(type.id)) return Refuse(*plugin, "the id is that of a type of elements");
   if (plugin->title.empty() || Plugins().Find(type.id)) return Register(std::move(plugin));  // refuses

@@ -125,6 +125,7 @@ PLACE(ScriptScopeTable, IsComplete, 15 * 8);
 PLACE(ScriptScopeTable, ExecuteText, 16 * 8);
 PLACE(ScriptScopeTable, IsExecuting, 17 * 8);
 PLACE(ScriptScopeTable, SetResource, 18 * 8);
+PLACE(ScriptScopeTable, SetThread, 19 * 8);
 SIZE(ConversionTable, 48 * 8);
 PLACE(ConversionTable, GeDataToPython, 0 * 8);
 PLACE(ConversionTable, GeDataFromPython, 1 * 8);

@@ -50,8 +50,9 @@ class Evaluation : public Scene {
           for (Vector& point : static_cast<PointObject*>(op)->Points()) point.y += 1;
           return 1;
         };
-      record.Execute = [](void*, GeListNode* node, BaseDocument*, BaseThread*, int32_t priority,
+      record.Execute = [](void*, GeListNode* node, BaseDocument*, BaseThread* thread, int32_t priority,
                           int32_t flags) {
+        EXPECT_TRUE(thread && thread == host::thread::GeGetCurrentThread());
         g_plugins.executed += std::to_string(node->type.id % 10) + ":" + std::to_string(priority) + " ";
         return flags;
       };

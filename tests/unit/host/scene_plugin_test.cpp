@@ -109,11 +109,8 @@ TEST_F(PluginScene, TypesThatCannotBeAreRefused) {
   const struct {
     int32_t id, base;
     const char* name;
-  } cases[] = {{2000003, 5155, ""},
-               {kType, 5155, "X"},
-               {kCube, 5155, "X"},
-               {2000003, 4711, "X"},
-               {2000003, 110063, "X"}};
+  } cases[] = {{2000003, 5155, ""},  {kType, 5155, "X"}, {kCube, 5155, "X"},
+               {2000003, 4711, "X"}, {2000003, 0, "X"},  {2000003, 110063, "X"}};
   for (const auto& c : cases) {
     Text name(Word(c.name));
     NodeRecord record = MakeRecord(c.id, &name);

@@ -7,13 +7,13 @@
 #include "t_document.h"
 #include "t_prioritylist.h"
 #include "t_splineobject.h"
+#include "t_thread.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
 typedef struct BasePlugin BasePlugin;
-typedef struct BaseThread BaseThread;
 
 /* The kinds of plug-ins; 0 in a search stands for any. */
 enum PluginKind {
@@ -60,7 +60,7 @@ typedef struct CommandRecord {
  * null callback is the default that its comment tells. A callback may destroy the element. */
 typedef struct NodeRecord {
   PluginRecord base;
-  int32_t baseType; /* the type that it derives from */
+  int32_t baseType; /* the type that it derives from; of a node also 0, for none */
   int32_t reserved;
   const HostString* description; /* the name of the file of its parameters in the resources, or null */
   void* (*Create)(void* self);   /* null: the element is not made */

@@ -20,6 +20,7 @@
 #include "kit/i_present.h"
 #include "kit/i_wrapper.h"
 #include "plugins/plugins.h"
+#include "threading/threads.h"
 
 namespace qlx {
 namespace {
@@ -132,6 +133,10 @@ bool ScriptScope::SetResource(std::string_view name, GeResource* resource, bool 
 
 bool ScriptScope::SetNode(std::string_view name, QLXAtom* node, bool owned) {
   return node && Store(name, WrapHostObject(node, owned));
+}
+
+bool ScriptScope::SetThread(std::string_view name, BaseThread* thread) {
+  return thread && Store(name, Present<BaseThread>::Wrap(thread));
 }
 
 bool ScriptScope::SetFilename(std::string_view name, const Filename& file) {

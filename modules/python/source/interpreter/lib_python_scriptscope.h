@@ -14,6 +14,7 @@
 #include "kelvar/gedata.h"
 #include "kelvar/resource.h"
 #include "kelvar/string.h"
+#include "kelvar/thread.h"
 #include "tavor/error.h"
 
 namespace qlx {
@@ -47,6 +48,7 @@ class ScriptScope {
   bool SetResource(std::string_view name, GeResource* resource, bool owned);
   // With `owned` the scope takes the node over, also where it can't be bound.
   bool SetNode(std::string_view name, QLXAtom* node, bool owned);
+  bool SetThread(std::string_view name, BaseThread* thread);
   bool SetFilename(std::string_view name, const Filename& file);
   bool SetObject(std::string_view name, PyObject* object);
   bool SetObjectRef(std::string_view name, const KeptReference& object) {

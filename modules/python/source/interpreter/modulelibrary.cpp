@@ -169,6 +169,11 @@ int32_t SetResourceWord(ModuleScriptScope* self, const HostString* name, GeResou
   });
 }
 
+int32_t SetThreadWord(ModuleScriptScope* self, const HostString* name, BaseThread* thread) {
+  return Named(self, name,
+               [&](ScriptScope& scope, std::string_view key) { return scope.SetThread(key, thread); });
+}
+
 CPyObject* GeDataToPythonWord(const HostGeData* data, BaseDocument* document) {
   if (!data) return nullptr;
   return Serve([&] { return reinterpret_cast<CPyObject*>(GeDataToPython(*data, document)); });
@@ -184,37 +189,42 @@ int32_t GeDataFromPythonWord(CPyObject* object, HostGeData* data) {
   });
 }
 
-constexpr ModuleLibraryTable kTable = {
-    .bytes = sizeof(ModuleLibraryTable),
-    .version = MODULE_LIBRARY_VERSION,
-    .IsPythonRunning = IsPythonRunningWord,
-    .GetVirtualMachine = GetVirtualMachineWord,
-    .GetLibrary = GetLibraryWord,
-    .RunText = RunTextWord,
-    .ExecuteScriptFile = ExecuteScriptFileWord,
-    .scriptScope =
-        {
-            .Create = CreateWord,
-            .Destroy = DestroyWord,
-            .Init = InitWord,
-            .Reset = ResetWord,
-            .Free = FreeWord,
-            .Contains = ContainsWord,
-            .Get = GetWord,
-            .SetInt = SetIntWord,
-            .SetNone = SetNoneWord,
-            .SetData = SetDataWord,
-            .SetNode = SetNodeWord,
-            .SetFilename = SetFilenameWord,
-            .SetObject = SetObjectWord,
-            .ImportPackage = ImportPackageWord,
-            .Run = RunWord,
-            .IsComplete = IsCompleteWord,
-            .ExecuteText = ExecuteTextWord,
-            .IsExecuting = IsExecutingWord,
-            .SetResource = SetResourceWord,
-        },
-    .conversion = {.GeDataToPython = GeDataToPythonWord, .GeDataFromPython = GeDataFromPythonWord},
+constexpr ModuleLibraryTable kTable =
+                                 {
+                                     .bytes = sizeof(ModuleLibraryTable),
+                                     .version = MODULE_LIBRARY_VERSION,
+                                     .IsPythonRunning = IsPythonRunningWord,
+                                     .GetVirtualMachine = GetVirtualMachineWord,
+                                     .GetLibrary = GetLibraryWord,
+                                     .RunText = RunTextWord,
+                                     .ExecuteScriptFile = ExecuteScriptFileWord,
+                                     .scriptScope =
+                                         {
+                                             .Create = CreateWord,
+                                             .Destroy = DestroyWord,
+                                             .Init = InitWord,
+                                             .Reset = ResetWord,
+                                             .Free = FreeWord,
+                                             .Contains = ContainsWord,
+                                             .Get = GetWord,
+                                             .SetInt = SetIntWord,
+                                             .SetNone = SetNoneWord,
+                                             .SetData = SetDataWord,
+                                             .SetNode = SetNodeWord,
+                                             .SetFilename = SetFilenameWord,
+                                             .SetObject = SetObjectWord,
+                                             .ImportPackage = ImportPackageWord,
+                                             .Run = RunWord,
+                                             .IsComplete = IsCompleteWord,
+                                             .ExecuteText = ExecuteTextWord,
+                                             .IsExecuting = IsExecutingWord,
+                                             .SetResource = SetResourceWord,
+                                         }
+
+                                             .SetThread = SetThreadWord,
+},
+                             .conversion = {.GeDataToPython = GeDataToPythonWord,
+                                            .GeDataFromPython = GeDataFromPythonWord},
 };
 static_assert(sizeof(ModuleLibraryTable) == MODULE_LIBRARY_WORDS * sizeof(void*));
 

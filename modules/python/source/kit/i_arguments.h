@@ -15,6 +15,7 @@
 #include "kit/i_present.h"
 
 class GeData;
+struct BaseThread;
 
 namespace qlx {
 
@@ -97,7 +98,7 @@ constexpr auto TargetOf() {
   else if constexpr (letter == 'U')
     return Target<Uuid>{};
   else if constexpr (letter == 'X')
-    return Target<void*>{};
+    return Target<BaseThread*>{};
   else if constexpr (letter == '#')
     return Target<GadgetArg>{};
   else if constexpr (Item.form == ValueLetter::kVector)
@@ -134,8 +135,6 @@ constexpr bool Fits() {
   else if constexpr (Item.letter == 'C')
     return std::is_pointer_v<Plain> &&
            std::same_as<std::remove_cv_t<std::remove_pointer_t<Plain>>, BaseContainer>;
-  else if constexpr (Item.letter == 'X')
-    return std::is_pointer_v<Plain>;
   else if constexpr (Item.letter == 'O' && Item.typed)
     return std::is_pointer_v<Plain> && WrapperRecord<std::remove_pointer_t<Plain>>;
   else if constexpr (std::is_pointer_v<Plain> && !std::is_pointer_v<T>)
@@ -190,8 +189,6 @@ struct Argument {
       return static_cast<Plain>(value);
     else if constexpr (std::is_pointer_v<Plain> && Item.letter == 'O' && Item.typed)
       return reinterpret_cast<Plain>(value);
-    else if constexpr (std::is_pointer_v<Plain> && Item.letter == 'X')
-      return static_cast<Plain>(value);
     else if constexpr (kNullWhereNotGiven)
       return value.denominator < 0 ? nullptr : static_cast<const T*>(&value);
     else if constexpr (std::is_pointer_v<Plain> && !std::is_pointer_v<T>)

@@ -166,6 +166,16 @@ PyObject* RaiseFileInUse() {
 
 PyObject* RaiseFileNotOpen() { return RaiseFormatted(PyExc_IOError, "hyperfile object is not open yet"); }
 
+PyObject* RaiseThreadDead() { return RaiseFormatted(PyExc_TypeError, "thread object is dead"); }
+
+PyObject* RaiseAskedThreadDead() {
+  return RaiseFormatted(PyExc_TypeError, "internal established thread object is already dead");
+}
+
+PyObject* RaiseAbstractMethod() {
+  return RaiseFormatted(PyExc_EnvironmentError, "This method is abstract and cannot be called.");
+}
+
 PyObject* RaiseNoMemoryBlock(PyObject* object) {
   return RaiseFormatted(PyExc_TypeError, "must be bytes or bytearray or memoryview, not %.50s",
                         NameOfType(object));

@@ -53,6 +53,9 @@ PyObject* RaiseNoUuidModule();                     // ImportError
 PyObject* RaiseNullByte();                         // ValueError: a path with a null byte
 PyObject* RaiseFileInUse();                        // IOError: it is open already
 PyObject* RaiseFileNotOpen();                      // IOError
+PyObject* RaiseThreadDead();                       // TypeError: its object went while it was started
+PyObject* RaiseAskedThreadDead();                  // TypeError: it is asked whether to stop
+PyObject* RaiseAbstractMethod();                   // EnvironmentError
 PyObject* RaiseNoMemoryBlock(PyObject* object);    // TypeError
 PyObject* RaiseInvalidLength();                    // ValueError: a sequence without items
 PyObject* RaiseTextTooLong();                      // TypeError: one character was wanted

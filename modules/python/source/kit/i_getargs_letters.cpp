@@ -134,7 +134,7 @@ const char* ConvertContainer(Item& item) {
 }
 
 const char* ConvertThread(const Item& item) {
-  void** target = item.targets.Next<void*>();
+  BaseThread** target = item.targets.Next<BaseThread*>();
   if (item.arg == Py_None) {
     *target = nullptr;
     return nullptr;

@@ -16,6 +16,7 @@
 #include "scene/geometry.h"
 #include "scene/scene.h"
 #include "storage/storage.h"
+#include "threading/threads.h"
 #include "values/values.h"
 
 namespace qlx {
@@ -99,7 +100,7 @@ const Module kModules[] = {
     {"modules.volume", "Volumes.", {&g_VolumeObjectType, &g_VolumeBuilderType}},
     {"plugins", "Plug-ins: their classes and registration.", {&g_GeResourceType, &g_BaseDataType}},
     {"utils", "Helpers for geometry and modeling.", {&g_NeighborType}},
-    {"threading", "Threads of the host.", {}},
+    {"threading", "Threads of the host.", {&g_BaseThreadType, &g_QLXThreadType}, g_threadingFunctions},
     {"internals", "What serves the tests of the package.", {}},
 };
 

@@ -27,7 +27,7 @@ enum class ValueLetter {
   kColorA32,    // ColorA32
   kContainer,   // BaseContainer*
   kGeData,      // GeData
-  kThread,      // the host's thread, as void*
+  kThread,      // BaseThread*
   kGadget,      // the host's gadget, as void*
   kMemoryFile,  // Filename that reads from or writes to the memory file
   kUrl,         // Filename from what the data bridge takes for a URL

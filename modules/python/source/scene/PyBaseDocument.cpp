@@ -193,8 +193,8 @@ PyMethodDef g_methods[] = {
         "ExecutePasses",
         "ExecutePasses(bt, animation, expressions, caches, flags) -> bool\n\n"
         "Evaluates the document: expressions in the order of their priorities, then the caches of generators\n"
-        "and deformers. Tracks hold no keys yet, so animation does nothing. `bt` is the thread that asks, or\n"
-        "None. Other threads run meanwhile."),
+        "and deformers. Tracks hold no keys yet, so animation does nothing. False when `bt`, a\n"
+        "qlx.threading.BaseThread or None, is to stop. Other threads run meanwhile."),
     {},
 };
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "kelvar/atomarray.h"
+#include "kelvar/thread.h"
 #include "scene/scene.h"
 
 namespace qlx {
@@ -55,12 +56,12 @@ PyObject* GetActiveObjectsFilter(AtomWrapper* self, bool children, int32_t type,
 PyObject* GetRealActiveObject(AtomWrapper* self, PyObject* help);
 
 // Calls that take long: the lock is free, and Ctrl-C ends them.
-PyObject* ExecutePasses(BaseDocument* self, void* bt, bool animation, bool expressions, bool caches,
+PyObject* ExecutePasses(BaseDocument* self, BaseThread* bt, bool animation, bool expressions, bool caches,
                         int32_t flags);
 PyObject* LoadFile(PyObject* module, const Filename& name);
-PyObject* LoadDocument(PyObject* module, const Filename& name, int32_t loadflags, void* thread);
+PyObject* LoadDocument(PyObject* module, const Filename& name, int32_t loadflags, BaseThread* thread);
 PyObject* MergeDocument(PyObject* module, BaseDocument* doc, const Filename& name, int32_t loadflags,
-                        void* thread);
+                        BaseThread* thread);
 PyObject* SaveDocument(PyObject* module, BaseDocument* doc, const Filename& name, int32_t saveflags,
                        int32_t format);
 

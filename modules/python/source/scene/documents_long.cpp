@@ -7,22 +7,25 @@
 namespace qlx::documents {
 namespace {
 
-// Lets the host ask now and then whether the script is to be stopped by a signal, such as Ctrl-C. What its
-// handler raises is raised behind the call. A thread that could stop it can't be given yet.
+// Lets the host ask now and then whether the call is to be stopped: by a thread that the script gave, as long
+// as that is there, or by a signal, such as Ctrl-C. What the signal's handler raises is raised behind the call.
 class Interruption {
  public:
-  Interruption() = default;
+  explicit Interruption(BaseThread* thread = nullptr) {
+    if (thread) SetLink(thread, thread_);
+  }
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
   ~Interruption() {
     Py_XDECREF(type_);
     Py_XDECREF(value_);
     Py_XDECREF(traceback_);
+    FreeLink(thread_);
   }
 
   static HostBool IsDue(void* user) {
     auto& self = *static_cast<Interruption*>(user);
-    if (self.type_) return 1;
+    if (self.type_ || self.IsThreadToStop()) return 1;
     if (!kelvar::GeIsMainThread() || !IsPythonRunning()) return 0;  // signals are that thread's
     const GilScope lock;
     if (PyErr_CheckSignals() == 0) return 0;
@@ -39,6 +42,14 @@ class Interruption {
   }
 
  private:
+  bool IsThreadToStop() const {
+    auto* thread = static_cast<BaseThread*>(kelvar::PinLink(thread_));
+    const bool isToStop = thread && thread->TestBreak();
+    if (thread) kelvar::UnpinLink(thread_);
+    return isToStop;
+  }
+
+  HostLink thread_{};
   PyObject *type_ = nullptr, *value_ = nullptr, *traceback_ = nullptr;
 };
 
@@ -55,9 +66,9 @@ PyObject* Answer(Interruption& interruption, bool success) {
 
 }  // namespace
 
-PyObject* ExecutePasses(BaseDocument* self, void* /*bt*/, bool animation, bool expressions, bool caches,
+PyObject* ExecutePasses(BaseDocument* self, BaseThread* bt, bool animation, bool expressions, bool caches,
                         int32_t flags) {
-  Interruption interruption;
+  Interruption interruption(bt);
   const Pin<BaseDocument> pin(self);
   if (!pin.held) return PyErr_NoMemory();
   const bool success = WithoutLock([&] {
@@ -73,8 +84,8 @@ PyObject* LoadFile(PyObject*, const Filename& name) {
   return Answer(interruption, success);
 }
 
-PyObject* LoadDocument(PyObject*, const Filename& name, int32_t loadflags, void* /*thread*/) {
-  Interruption interruption;
+PyObject* LoadDocument(PyObject*, const Filename& name, int32_t loadflags, BaseThread* thread) {
+  Interruption interruption(thread);
   BaseDocument* document = WithoutLock(
       [&] { return BaseDocument::LoadDocument(name, loadflags, Interruption::IsDue, &interruption); });
   if (document && interruption.Raise()) {
@@ -87,8 +98,8 @@ PyObject* LoadDocument(PyObject*, const Filename& name, int32_t loadflags, void*
 
 // Other threads wait: scripts rely on a document that doesn't change while something is merged into it.
 PyObject* MergeDocument(PyObject*, BaseDocument* doc, const Filename& name, int32_t loadflags,
-                        void* /*thread*/) {
-  Interruption interruption;
+                        BaseThread* thread) {
+  Interruption interruption(thread);
   const bool success = doc->MergeDocument(name, loadflags, Interruption::IsDue, &interruption);
   return Answer(interruption, success);
 }

@@ -58,12 +58,15 @@ PyMethodDef g_documentsFunctions[] = {
         "LoadDocument",
         "LoadDocument(name, loadflags, thread=None) -> qlx.documents.BaseDocument or None\n\n"
         "A new document with what a file has: loadflags are qlx.SCENEFILTER_OBJECTS and _MATERIALS. It is the "
-        "script's until InsertBaseDocument. None when it can't be read; standard error has the reason. Other "
-        "threads run meanwhile."),
+        "script's until InsertBaseDocument. None when it can't be read, or `thread`, a "
+        "qlx.threading.BaseThread, is "
+        "to stop; standard error has the reason. Other threads run meanwhile."),
     Method<&documents::MergeDocument, "A!%i|X", "doc", "name", "loadflags", "thread">(
         "MergeDocument",
         "MergeDocument(doc, name, loadflags, thread=None) -> bool\n\n"
-        "Adds what a file has to a document. False, and nothing has changed, when it can't be read."),
+        "Adds what a file has to a document. False, and nothing has changed, when it can't be read, or "
+        "`thread` "
+        "is to stop."),
     Method<&documents::SaveDocument, "A!%ii", "doc", "name", "saveflags", "format">(
         "SaveDocument",
         "SaveDocument(doc, name, saveflags, format) -> bool\n\n"

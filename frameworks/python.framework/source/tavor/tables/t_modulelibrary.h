@@ -10,6 +10,7 @@
 #include "../../../../kelvar.framework/source/tables/t_document.h"
 #include "../../../../kelvar.framework/source/tables/t_gedata.h"
 #include "../../../../kelvar.framework/source/tables/t_resource.h"
+#include "../../../../kelvar.framework/source/tables/t_thread.h"
 #include "t_cpythonlibrary.h"
 
 #ifdef __cplusplus
@@ -80,8 +81,10 @@ typedef struct ScriptScopeTable {
   /* word 34: binds a resource; null gives 0. With `owned` the script takes it over and closes it
    * on whatever thread it ends there, also where it can't be bound, unless Python can't be used at all. */
   int32_t (*SetResource)(ModuleScriptScope* self, const HostString* name, GeResource* resource, int32_t owned);
+  /* word 35: binds a handle to a thread, which dies with it; null gives 0. */
+  int32_t (*SetThread)(ModuleScriptScope* self, const HostString* name, BaseThread* thread);
 
-  void* reserved[13]; /* words 35 to 47 */
+  void* reserved[12]; /* words 36 to 47 */
 } ScriptScopeTable;
 
 /* Host values to Python objects and back. The caller holds the lock by CPyGilState_Ensure of
