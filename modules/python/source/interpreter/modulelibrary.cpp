@@ -189,42 +189,38 @@ int32_t GeDataFromPythonWord(CPyObject* object, HostGeData* data) {
   });
 }
 
-constexpr ModuleLibraryTable kTable =
-                                 {
-                                     .bytes = sizeof(ModuleLibraryTable),
-                                     .version = MODULE_LIBRARY_VERSION,
-                                     .IsPythonRunning = IsPythonRunningWord,
-                                     .GetVirtualMachine = GetVirtualMachineWord,
-                                     .GetLibrary = GetLibraryWord,
-                                     .RunText = RunTextWord,
-                                     .ExecuteScriptFile = ExecuteScriptFileWord,
-                                     .scriptScope =
-                                         {
-                                             .Create = CreateWord,
-                                             .Destroy = DestroyWord,
-                                             .Init = InitWord,
-                                             .Reset = ResetWord,
-                                             .Free = FreeWord,
-                                             .Contains = ContainsWord,
-                                             .Get = GetWord,
-                                             .SetInt = SetIntWord,
-                                             .SetNone = SetNoneWord,
-                                             .SetData = SetDataWord,
-                                             .SetNode = SetNodeWord,
-                                             .SetFilename = SetFilenameWord,
-                                             .SetObject = SetObjectWord,
-                                             .ImportPackage = ImportPackageWord,
-                                             .Run = RunWord,
-                                             .IsComplete = IsCompleteWord,
-                                             .ExecuteText = ExecuteTextWord,
-                                             .IsExecuting = IsExecutingWord,
-                                             .SetResource = SetResourceWord,
-                                         }
-
-                                             .SetThread = SetThreadWord,
-},
-                             .conversion = {.GeDataToPython = GeDataToPythonWord,
-                                            .GeDataFromPython = GeDataFromPythonWord},
+constexpr ModuleLibraryTable kTable = {
+    .bytes = sizeof(ModuleLibraryTable),
+    .version = MODULE_LIBRARY_VERSION,
+    .IsPythonRunning = IsPythonRunningWord,
+    .GetVirtualMachine = GetVirtualMachineWord,
+    .GetLibrary = GetLibraryWord,
+    .RunText = RunTextWord,
+    .ExecuteScriptFile = ExecuteScriptFileWord,
+    .scriptScope =
+        {
+            .Create = CreateWord,
+            .Destroy = DestroyWord,
+            .Init = InitWord,
+            .Reset = ResetWord,
+            .Free = FreeWord,
+            .Contains = ContainsWord,
+            .Get = GetWord,
+            .SetInt = SetIntWord,
+            .SetNone = SetNoneWord,
+            .SetData = SetDataWord,
+            .SetNode = SetNodeWord,
+            .SetFilename = SetFilenameWord,
+            .SetObject = SetObjectWord,
+            .ImportPackage = ImportPackageWord,
+            .Run = RunWord,
+            .IsComplete = IsCompleteWord,
+            .ExecuteText = ExecuteTextWord,
+            .IsExecuting = IsExecutingWord,
+            .SetResource = SetResourceWord,
+            .SetThread = SetThreadWord,
+        },
+    .conversion = {.GeDataToPython = GeDataToPythonWord, .GeDataFromPython = GeDataFromPythonWord},
 };
 static_assert(sizeof(ModuleLibraryTable) == MODULE_LIBRARY_WORDS * sizeof(void*));
 
