@@ -121,13 +121,6 @@ std::vector<int32_t> BranchesOf(const BaseList2D& first, const BaseList2D& secon
   return ids;
 }
 
-// The first node of the list that does not belong to its owner for good.
-GeListNode* FirstLoose(const GeListNode& list) {
-  GeListNode* node = list.down;
-  while (node && node->isFixed) node = node->next;
-  return node;
-}
-
 // Moves the nodes of a list to where others were; what belongs to its owner for good becomes a copy of its
 // twin. Those that were there may run the code of others when they go.
 void Replace(GeListNode& from, GeListNode& to) {
@@ -137,7 +130,7 @@ void Replace(GeListNode& from, GeListNode& to) {
   for (const GeListNode* node = from.down; node; node = node->next)
     if (BaseList2D* twin = node->isFixed ? FixedTwin(*node, to) : nullptr)
       static_cast<const BaseList2D*>(node)->CopyOwn(*twin);
-  for (GeListNode* node = FirstLoose(from); node && Place(*node, to, to.downLast); node = FirstLoose(from)) {
+  for (GeListNode* node = FirstLoose(from); node && PutIn(*node, to, to.downLast); node = FirstLoose(from)) {
   }
 }
 
