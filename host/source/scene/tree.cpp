@@ -116,9 +116,8 @@ bool PlaceBeside(GeListNode& node, GeListNode& other, bool before) {
   // A chain that is in no list. Nothing that stands in `node` is in one. Beside a document nobody would own the
   // node: not its creator, because it has a document there, nor that.
   const ChangeScene changes;
-  if (node.isFixed || node.IsDead() || other.IsDead()) return false;
   for (const GeListNode* one : {&node, &other})
-    if (IsHead(*one) || one->kind == Kind::kDocument) return false;
+    if (one->isFixed || one->IsDead() || IsHead(*one) || one->kind == Kind::kDocument) return false;
   TakeOut(node);
   node.pred = before ? other.pred : &other;
   node.next = before ? &other : other.next;
