@@ -82,6 +82,7 @@ bool IsInside(const GeListNode& node, const GeListNode& outer) {
 }
 
 bool MayStand(const NodeType& type, const GeListNode& parent) {
+  if (parent.IsDead()) return false;
   const Kind kind = KindOf(type);
   if (!IsHead(parent)) {
     const bool isMade = parent.isFixed || (parent.list && parent.list->branch < 0);
