@@ -5,7 +5,7 @@ import unittest
 import qlx
 from calls import Call, check, check_dead, outcome
 
-NULL, CUBE, CAMERA, INSTANCE, NOWHERE = 5140, 5159, 5103, 5126, 123456
+NULL, CUBE, CAMERA, NOWHERE = 5140, 5159, 5103, 123456
 PHONG, TEXTURE, UVW, POINTS = 5612, 5616, 5671, 5600
 REFUSED = "the object cannot be inserted there"
 DEAD = "the object 'qlx.BaseObject' is not alive"
@@ -253,7 +253,7 @@ class TagTest(unittest.TestCase):
         doc.ExecutePasses(None, True, True, True, 0)
         op.GetCache().Remove()
         self.assertEqual(outcome(doc.InsertObject, op.GetCache()), (AssertionError, REFUSED))
-        group, mine, cache = qlx.BaseObject(INSTANCE), qlx.BaseObject(NULL), op.GetCache()
+        group, mine, cache = qlx.BaseObject(5126), qlx.BaseObject(NULL), op.GetCache()
         group[1000] = shown = qlx.BaseObject(NULL)
         qlx.BaseObject(CUBE).InsertUnder(shown)
         doc.InsertObject(group)
