@@ -271,8 +271,8 @@ class Open(Case):
         held = mine.GetFirstObject()
         del mine
         self.assertFalse(held.IsAlive())
-        given, somewhere = documents.BaseDocument(), new()
-        given.InsertUnder(somewhere)  # it is taken out of there
+        given, somewhere = documents.BaseDocument(), qlx.GeListHead()
+        somewhere.InsertFirst(given)  # it is taken out of there
         for _ in range(2):
             self.assertIsNone(documents.InsertBaseDocument(given))
         given.InsertObject(new(name="held"))

@@ -263,6 +263,21 @@ class ElementsTest(FileTest):
         self.assertEqual((cube[qlx.PRIM_CUBE_LEN], cube.GetDown(), file.ReadChunkEnd()), (Vector(1, 2, 3), None, True))
         self.assertIs(cube.Read(file, CUBE, 1), False)
 
+    def test_geometry_comes_with_its_object(self):
+        mesh = qlx.PolygonObject(3, 1)
+        mesh.SetAllPoints([Vector(number) for number in range(3)])
+        mesh.SetPolygon(0, qlx.CPolygon(0, 1, 2, 2))
+        file = self.write(lambda file: self.assertTrue(mesh.Write(file) and mesh.WriteObject(file)))
+        for read in (lambda op: op.Read(file, 5100, 1), lambda op: op.ReadObject(file, True)):
+            op = qlx.PolygonObject(1, 2)
+            child, tag = BaseObject(NULL), op.MakeTag(5616)
+            child.InsertUnder(op)
+            self.assertIs(read(op), True)
+            self.assertEqual((op.GetAllPoints(), op.GetPolygonCount()), (mesh.GetAllPoints(), 1))
+            self.assertEqual(op.GetPolygon(0).c, 2)
+            stays = read.__code__.co_names[0] == "Read"
+            self.assertEqual((child.IsAlive(), tag.IsAlive()), (stays, stays))
+
     def test_document(self):
         document = qlx.BaseList2D(110059)
         document.GetBranchInfo()[0]["head"].InsertFirst(self.tree())

@@ -100,8 +100,8 @@ class CallsTest(unittest.TestCase):
 
     def test_a_dead_object_wins_over_bad_arguments(self):
         owner = qlx.BaseObject(CUBE)
-        head = owner.GetBranchInfo()[0]["head"]
-        node, = row(head, CUBE)
+        head, node = owner.GetBranchInfo()[0]["head"], qlx.BaseObject(CUBE)
+        node.InsertUnder(owner)
         del owner
         for wrapper, calls, name in ((node, self.CALLS, "BaseObject"),
                                      (head, dict(self.CALLS, **self.HEAD_CALLS), "GeListHead")):
@@ -383,6 +383,14 @@ class CopyTest(unittest.TestCase):
             copy = first.GetClone(trn=trans)
             trans.Translate(connect)
             self.assertEqual(copy[LINK], expected)
+        # What is recorded twice is translated once, and what was translated stays.
+        trans.Init()
+        copy = outside.GetClone(0, trans)
+        outside[LINK] = outside
+        self.assertTrue(outside.CopyTo(copy, 0, trans))
+        for _ in range(2):
+            trans.Translate(False)
+            self.assertEqual(copy[LINK], copy)
         # In one subtree, and with a copy that went meanwhile.
         root, (first, second) = qlx.BaseObject(NULL), pair()
         first.InsertUnder(root)

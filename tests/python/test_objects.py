@@ -237,8 +237,15 @@ class TagTest(unittest.TestCase):
         for count in (2, 4):
             other = qlx.PolygonObject(count, 0)
             self.assertIs(other.GetTag(POINTS).CopyTo(points, 0), count == 4)
+        first = polygons.GetFirstTag()
+        for insert in (points.GetClone().InsertBefore, points.GetClone().InsertAfter):
+            self.assertEqual(outcome(insert, first), (AssertionError, REFUSED))
+        first.GetListHead().FlushAll()
         self.assertEqual((polygons.GetTagDataCount(POINTS), len(polygons.GetAllPoints())), (4, 4))
         self.assertEqual(polygons.GetPoint(3), qlx.Vector())
+        spline = qlx.SplineObject(3, 0)
+        spline.GetFirstTag().GetListHead().FlushAll()
+        self.assertEqual((spline.GetPointCount(), spline.ResizeObject(5), spline.GetPoint(4)), (3, True, qlx.Vector()))
 
     def test_caches_that_stay(self):
         doc, op = qlx.documents.BaseDocument(), qlx.BaseObject(CUBE)
@@ -246,7 +253,21 @@ class TagTest(unittest.TestCase):
         doc.ExecutePasses(None, True, True, True, 0)
         op.GetCache().Remove()
         self.assertEqual(outcome(doc.InsertObject, op.GetCache()), (AssertionError, REFUSED))
+        group, mine, cache = qlx.BaseObject(5126), qlx.BaseObject(NULL), op.GetCache()
+        group[1000] = shown = qlx.BaseObject(NULL)
+        qlx.BaseObject(CUBE).InsertUnder(shown)
+        doc.InsertObject(group)
+        doc.ExecutePasses(None, True, True, True, 0)
+        child = group.GetCache().GetDown()
+        child.Remove()
+        for goal in (cache, child):
+            for insert in (mine.InsertBefore, mine.InsertAfter, mine.InsertUnder, mine.InsertUnderLast):
+                self.assertEqual(outcome(insert, goal), (AssertionError, REFUSED))
+        for call in (cache.GetListHead().InsertFirst, cache.GetListHead().InsertLast, doc.InsertObject):
+            self.assertEqual(outcome(call, child if call == doc.InsertObject else mine), (AssertionError, REFUSED))
+        cache.GetListHead().FlushAll()
         self.assertEqual((op.GetCache().GetPointCount(), op.GetRad()), (8, qlx.Vector(100, 100, 100)))
+        self.assertEqual(group.GetCache().GetChildren(), [child])
 
     def test_data_counts(self):
         op = qlx.PolygonObject(5, 2)

@@ -16,8 +16,9 @@ SAME = "Cannot call insert function with same parent and previous objects"
 class Node:
     """What the model knows of an element or a head. `up` is the parent, or the head of the list."""
 
-    def __init__(self, type, owner=None):
+    def __init__(self, type, owner=None, id=None):
         self.type, self.owner = type, owner  # `owner`: of a head, the node that it belongs to
+        self.takes = {OBJECTS: (NULL, CUBE), TAGS: (TAG,)}.get(id, ())
         self.alive, self.up, self.kids, self.row, self.branches = True, None, [], [self], {}
         self.is_branch = owner is not None
         self.is_fixed = self.is_branch
@@ -63,7 +64,16 @@ class Node:
         row.insert(row.index(before) if before else len(row), self)
 
     def can_stand_in(self, up):
-        return not self.is_fixed and not self.is_head and not any(node is self for node in up.around())
+        if self.is_fixed or self.is_head or any(node is self for node in up.around()):
+            return False
+        if up.is_head:
+            return not up.is_branch or self.type in up.takes
+        return DOCUMENT not in (self.type, up.type)
+
+    def can_stand_beside(self, other):
+        if other.up:
+            return self.can_stand_in(other.up)
+        return not other.is_head and self.can_stand_in(other)
 
 
 class Handle:
@@ -142,9 +152,7 @@ class Scene:
 
     def insert_beside(self, first, second, name, is_behind):
         outcome, node, beside = self.dead(first, second), first.node, second.node
-        floats = not outcome and not beside.up
-        if not outcome and (node is beside or (floats and (beside.is_head or beside.type == DOCUMENT)) or
-                            not node.can_stand_in(beside)):
+        if not outcome and (node is beside or not node.can_stand_beside(beside)):
             outcome = AssertionError, SMALL if node is beside else REFUSED
         if not self.expect(outcome, getattr(first.wrapper, name), second.wrapper):
             return
@@ -249,7 +257,7 @@ class Scene:
         """The node of the model for a branch that the scene has."""
         if id not in node.branches:
             head = next(one["head"] for one in node.witness.GetBranchInfo() if one["id"] == id)
-            node.branches[id] = self.know(head, Node(HEAD, node))
+            node.branches[id] = self.know(head, Node(HEAD, node, id))
         return node.branches[id]
 
     def clone(self, first, _):

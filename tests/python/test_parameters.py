@@ -149,7 +149,7 @@ class ValueTest(ElementTest):
                 (op, FILLET, True, 1), (op, FILLET, 0, 0), (op, SIZE, Vector(1, -2, 3), Vector(1, 0, 3)),
                 (tag, 1001, "\u20ac\0x", "\u20ac\0x"), (tag, 1001, "", ""), (tag, 1000, material, material), (tag, 1000, None, None),
                 (instance, 1000, op, op), (instance, 1000, instance, instance), (instance, 1000, None, None),
-                (shader, 1000, "a/b c.png", "a/b c.png"), (shader, 1000, "", "")]
+                (shader, 1000, "a/b c.png", "a/b c.png"), (shader, 1000, "te\udcffx\xe9.png", "te\udcffx\xe9.png"), (shader, 1000, "", "")]
         for element, key, value, expected in good:
             with self.subTest(key=key, value=value):
                 element[key] = value
@@ -168,10 +168,10 @@ class ValueTest(ElementTest):
                     text = str(caught.exception)
                     self.assertTrue(text.startswith("__setitem__ expected %s, not " % word) and text.endswith(name), text)
                     self.assertEqual(element[key], before)
-        self.assert_set_raises(op, SEGMENTS, 2 ** 70, OverflowError, "int too big to convert")
-        self.assert_set_raises(shader, 1000, "a\0b", ValueError, "embedded null byte")
-        self.assert_set_raises(tag, 1001, "\ud800", UnicodeEncodeError,
-                               "'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not allowed")
+        for element, key, value, name in ((op, SEGMENTS, 2 ** 70, "int or bool, not int"), (op, RADIUS, 10 ** 400, "float, not int"),
+                                          (shader, 1000, "a\0b", "str, not str"), (tag, 1001, "\ud800", "str, not str"),
+                                          (tag, 1001, "\udcff", "str, not str"), (shader, 1000, "\ud800", "str, not str")):
+            self.assert_set_raises(element, key, value, TypeError, "__setitem__ expected " + name)
 
     def test_links_end_with_their_goals(self):
         instance, goal = BaseObject(INSTANCE), BaseObject(NULL)
@@ -246,7 +246,8 @@ class ValueTest(ElementTest):
         self.assertIs(op.SetAnimatedParameter(track, key, 1.0, 2.0, float("nan"), 0), False)
         self.assertIs(op.GetAnimatedParameter(DescID(99999), 0), False)
         for exception, text, call in [
-                (TypeError, "the type attribute must be a Ctrack", lambda: op.SetAnimatedParameter(op, key, 1.0, 2.0, 0, 0)),
+                *((TypeError, "the type attribute must be a Ctrack", lambda bad=bad: op.SetAnimatedParameter(bad, key, 1.0, 2.0, 0, 0))
+                  for bad in (op, 1, None, "x")),
                 (TypeError, "the type attribute must be a DescID", lambda: op.SetAnimatedParameter(track, RADIUS, 1.0, 2.0, 0, 0)),
                 (TypeError, "the type attribute must be a DescID", lambda: op.GetAnimatedParameter((RADIUS,), 0)),
                 (TypeError, "could not convert 'dict'", lambda: op.SetAnimatedParameter(track, key, {}, 2.0, 0, 0)),
@@ -272,6 +273,7 @@ class UserDataTest(ElementTest):
                 self.assertEqual(op[700, number], default)
                 for value in values:
                     op[700, number] = value
+                    self.assertIs(op.SetParameter(id, value, 0), True)
                     for key in (id, [700, number], (700, number, 5), DescID(DescLevel(700), DescLevel(number))):
                         self.assertEqual(op[key], value)
                 self.assert_set_raises(op, id, wrong, TypeError, "__setitem__ expected %s, not %s" % (word, "None" if wrong is None else type(wrong).__name__))

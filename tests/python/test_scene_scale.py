@@ -56,6 +56,23 @@ class ScaleTest(unittest.TestCase):
         objects.FlushAll()
         self.assertFalse(any(child.IsAlive() for child in children))
 
+    def test_many_tags_and_names(self):
+        op, document = qlx.BaseObject(NULL), qlx.documents.BaseDocument()
+        for _ in range(WIDE // 4):
+            op.InsertTag(qlx.BaseTag(5616))
+        self.assertEqual(len(op.GetTags()), WIDE // 4)
+        for name in ("Mat", "Mat.2", "Mat.02", "Mat.1x", "Mat.-1", "Matt", "Mat.", "Mat.99999999999999", "Mat.4"):
+            material = qlx.BaseMaterial(5703)
+            material.SetName(name)
+            document.InsertMaterial(material)
+        named = []
+        for _ in range(4):
+            material = qlx.BaseMaterial(5703)
+            material.SetName("Mat")
+            document.InsertMaterial(material, None, True)
+            named.append(material.GetName())
+        self.assertEqual(named, ["Mat.1", "Mat.3", "Mat.5", "Mat.6"])
+
     def test_wide_chain_that_nobody_owns(self):
         nodes = [qlx.BaseObject(NULL)]
         for _ in range(WIDE // 2):

@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <charconv>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "boundary/host.h"
 #include "documents/documents.h"
@@ -35,16 +38,26 @@ Element* FindNamed(GeListHead* head, std::string_view name) {
 
 // A name that no other element of the list has: a number is put behind it.
 void MakeNameUnique(BaseList2D& element, GeListHead& head) {
-  std::set<std::string, std::less<>> others;
+  const std::string_view name = element.name;
+  bool isTaken = false;
+  std::vector<int> numbers;  // behind the same name
   const auto note = [&](GeListNode& node) {
-    if (&node != &element && !IsHead(node)) others.emplace(static_cast<BaseList2D&>(node).name);
+    if (&node == &element || IsHead(node)) return;
+    std::string_view other = static_cast<BaseList2D&>(node).name;
+    if (!other.starts_with(name)) return;
+    other.remove_prefix(name.size());
+    if (other.empty()) isTaken = true;
+    int number = 0;
+    if (!other.starts_with('.') || other.substr(1, 1) < "1") return;
+    const auto [end, error] = std::from_chars(other.data() + 1, other.data() + other.size(), number);
+    if (error == std::errc() && end == other.data() + other.size()) numbers.push_back(number);
   };
   Walk(head, note, true, false);
-  const std::string name(element.name);
-  std::string unique = name;
-  for (int i = 1; others.contains(unique); ++i) unique = fmt::format("{}.{}", name, i);
-  if (unique == name) return;
-  element.name = Text(unique);
+  if (!isTaken) return;
+  std::ranges::sort(numbers);
+  int free = 1;
+  for (const int number : numbers) free += number == free;
+  element.name = Text(fmt::format("{}.{}", name, free));
   Touch(element, DIRTYFLAGS_DATA);
 }
 

@@ -64,7 +64,9 @@ void SetBranch(BaseObject& object, int32_t branch, BaseObject* made) {
     if (!hold.IsAlive()) return DestroyNow(made);
   }
   if (!made) return;
-  made->isFixed = true;  // until it is built anew, whatever a script does to it
+  // Until it is built anew, whatever a script does to it.
+  Walk(
+      *made, [](GeListNode& node) { node.isFixed = true; }, true, false);
   Append(*made, *head);
 }
 

@@ -1,5 +1,7 @@
 #include "scene/aliastrans.h"
 
+#include <utility>
+
 #include "boundary/host.h"
 #include "scene/extras.h"
 
@@ -14,7 +16,7 @@ void AliasTrans::Record(const QLXAtom& original, BaseList2D& copy) {
   const bool hasLayer = copy.extras && copy.extras->layer.slot;
   if (!hasLayer && !host::HoldsLinks(copy.data)) return;
   copy.Link(to);
-  holders.push_back(to);
+  holders.insert(to);
 }
 
 namespace host::aliastrans {
@@ -38,7 +40,7 @@ void Translate(AliasTrans* self, HostBool connectOutside) {
     if (found != self->copies.end()) return found->second;
     return connectOutside ? link : HostLink{};
   };
-  for (const HostLink& holder : self->holders) {
+  for (const HostLink& holder : std::exchange(self->holders, {})) {
     auto* copy = static_cast<BaseList2D*>(link::GetLink(holder));
     if (!copy) continue;
     MapLinks(copy->data, map);

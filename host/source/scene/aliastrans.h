@@ -3,7 +3,7 @@
 #define HOST_SCENE_ALIASTRANS_H
 
 #include <unordered_map>
-#include <vector>
+#include <unordered_set>
 
 #include "scene/atom.h"
 
@@ -24,7 +24,7 @@ struct AliasTrans {
   };
 
   std::unordered_map<HostLink, HostLink, Hash, Same> copies;  // by the links of their originals
-  std::vector<HostLink> holders;                              // the copies that hold links
+  std::unordered_set<HostLink, Hash, Same> holders;           // the copies whose links are to be translated
 };
 
 #endif

@@ -121,23 +121,21 @@ std::vector<int32_t> BranchesOf(const BaseList2D& first, const BaseList2D& secon
   return ids;
 }
 
-// The first node of the list that does not belong to its owner for good.
-GeListNode* FirstLoose(const GeListNode& list) {
-  GeListNode* node = list.down;
-  while (node && node->isFixed) node = node->next;
-  return node;
+// What belongs to its owner for good becomes a copy of its twin.
+void CopyFixed(const GeListNode& from, const GeListNode& to) {
+  for (const GeListNode* node = from.down; node; node = node->next)
+    if (BaseList2D* twin = node->isFixed ? FixedTwin(*node, to) : nullptr)
+      static_cast<const BaseList2D*>(node)->CopyOwn(*twin);
 }
 
-// Moves the nodes of a list to where others were; what belongs to its owner for good becomes a copy of its
-// twin. Those that were there may run the code of others when they go.
+// Moves the nodes of a list to where others were, but for what belongs to its owner for good: that is copied.
+// Those that were there may run the code of others when they go.
 void Replace(GeListNode& from, GeListNode& to) {
   const Hold hold(to);
   for (GeListNode* node = FirstLoose(to); node && !node->isEnding; node = FirstLoose(to)) DestroyNow(node);
   if (to.IsDead()) return;
-  for (const GeListNode* node = from.down; node; node = node->next)
-    if (BaseList2D* twin = node->isFixed ? FixedTwin(*node, to) : nullptr)
-      static_cast<const BaseList2D*>(node)->CopyOwn(*twin);
-  for (GeListNode* node = FirstLoose(from); node && Place(*node, to, to.downLast); node = FirstLoose(from)) {
+  CopyFixed(from, to);
+  for (GeListNode* node = FirstLoose(from); node && PutIn(*node, to, to.downLast); node = FirstLoose(from)) {
   }
 }
 
@@ -148,10 +146,12 @@ void TakeOver(BaseList2D& from, BaseList2D& to, bool below) {
   Copier(0, nullptr).CopyOwn(from, to);
   if (from.extras || to.extras) to.Extra().marks = std::move(from.Extra().marks);
   Touch(to, DIRTYFLAGS_DATA | DIRTYFLAGS_SELECT | DIRTYFLAGS_DESCRIPTION);
-  if (!below) return;
-  Replace(from, to);
-  for (const int32_t branch : BranchesOf(from, to))
-    if (hold.IsAlive()) Replace(*Branch(from, branch), *Branch(to, branch));
+  if (below) Replace(from, to);
+  for (const int32_t branch : BranchesOf(from, to)) {
+    if (!hold.IsAlive()) return;
+    below ? Replace(*Branch(from, branch), *Branch(to, branch))
+          : CopyFixed(*Branch(from, branch), *Branch(to, branch));
+  }
 }
 
 }  // namespace host

@@ -114,6 +114,8 @@ const NodeType& HeadType() {
 
 const KindInfo& InfoOf(Kind kind) { return kKinds[size_t(kind)]; }
 
+Kind KindOf(const NodeType& type) { return SharedOf(type).kind; }
+
 Kind KindOfBranch(int32_t branch) {
   for (const KindInfo& info : kKinds)
     if (info.branch && info.base == branch) return info.kind;

@@ -48,6 +48,7 @@ struct KindInfo {
 };
 
 const KindInfo& InfoOf(Kind kind);
+Kind KindOf(const NodeType& type);
 Kind KindOfBranch(int32_t branch);
 
 inline bool IsHead(const QLXAtom& atom) { return atom.type.id == kTypeHead; }

@@ -43,10 +43,12 @@ GeListNode* GetFirst(const GeListHead* self) noexcept { return self ? self->down
 
 GeListNode* GetLast(const GeListHead* self) noexcept { return self ? self->downLast : nullptr; }
 
+// What the host made, and what belongs to its owner for good, stays.
 void FlushAll(GeListHead* self) {
-  if (!self) return;
+  if (!self || self->branch < 0) return;
   const Hold hold(*self);
-  while (self->down && !self->down->isEnding) DestroyNow(self->down);
+  for (GeListNode* node = FirstLoose(*self); node && !node->isEnding; node = FirstLoose(*self))
+    DestroyNow(node);
 }
 
 }  // namespace host::listhead

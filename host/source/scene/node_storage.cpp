@@ -284,8 +284,8 @@ class Reader {
     GeListNode* above = elements_[size_t(parent - 1)];
     if (above && branch) above = IsKnownBranch(branch) ? Branch(*above, branch) : nullptr;
     const NodeType* type = FindType(id);
-    // What can't be made here is left out, and what stands below it.
-    if (above && IsLoaded(type)) return ReadElement(file_, Add(*type, above));
+    // What can't be made, or stand there, is left out, and what stands below it.
+    if (above && IsLoaded(type) && MayStand(*type, *above)) return ReadElement(file_, Add(*type, above));
     elements_.push_back(nullptr);
     return true;
   }

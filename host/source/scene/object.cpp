@@ -93,6 +93,19 @@ VariableTag* FindBlock(const BaseObject& object, int32_t type) {
   return found;
 }
 
+bool HasFixedBlock(const QLXAtom& owner, int32_t type) {
+  switch (type) {
+    case kDataPoint:
+      return As<PointObject>(&owner);
+    case kDataPolygon:
+      return As<PolygonObject>(&owner);
+    case kDataSegment:
+      return As<SplineObject>(&owner) || As<LineObject>(&owner);
+    default:
+      return false;
+  }
+}
+
 VariableTag& AddBlock(BaseObject& object, int32_t type, int32_t count) {
   auto made = std::make_unique<VariableTag>(*FindType(type));
   made->Resize(count);

@@ -170,6 +170,9 @@ namespace host {
 // The block of an object; null where it has none. The const one of a const object.
 VariableTag* FindBlock(const BaseObject& object, int32_t type);
 
+// Whether objects like that have a block of the type which stays with them: there is no other of it then.
+bool HasFixedBlock(const QLXAtom& owner, int32_t type);
+
 // A new tag of that type with so many zero elements, behind the object's last one.
 VariableTag& AddBlock(BaseObject& object, int32_t type, int32_t count);
 

@@ -77,9 +77,6 @@ void SetRelative(BaseObject* self, Part part, const Vector* value) {
 // Puts a tag into the object's list, which becomes its owner.
 bool PlaceTag(BaseObject& self, BaseTag& tag, BaseTag* pred) {
   GeListHead* list = Branch(self, kTypeTag);
-  // There is one block of those that belong to the object.
-  const VariableTag* block = FindBlock(self, tag.type.id);
-  if (block && block->isFixed) return false;
   return list && (!pred || pred->list == list) && Place(tag, *list, pred);
 }
 

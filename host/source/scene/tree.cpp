@@ -4,6 +4,7 @@
 
 #include "boundary/host.h"
 #include "scene/kinds.h"
+#include "scene/object.h"
 
 namespace host {
 namespace {
@@ -80,7 +81,25 @@ bool IsInside(const GeListNode& node, const GeListNode& outer) {
   return false;
 }
 
+bool MayStand(const NodeType& type, const GeListNode& parent) {
+  if (parent.IsDead()) return false;
+  const Kind kind = KindOf(type);
+  if (!IsHead(parent)) {
+    const bool isMade = parent.isFixed || (parent.list && parent.list->branch < 0);
+    return !isMade && kind != Kind::kDocument && parent.kind != Kind::kDocument;
+  }
+  const auto& head = static_cast<const GeListHead&>(parent);
+  if (!head.owner) return true;
+  if (head.branch < 0 || kind == Kind::kDocument) return false;
+  if (head.kind != Kind::kNone && head.kind != kind) return false;
+  return kind != Kind::kTag || !HasFixedBlock(*head.owner, type.id);
+}
+
 bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred) {
+  return MayStand(node.type, parent) && PutIn(node, parent, pred);
+}
+
+bool PutIn(GeListNode& node, GeListNode& parent, GeListNode* pred) {
   const ChangeScene changes;
   if (node.isFixed || node.IsDead() || parent.IsDead() || IsHead(node) || &node == &parent) return false;
   const bool isLeaf = !node.down && !node.hasFreeHeads && (!node.extras || node.extras->branches.empty());
@@ -98,8 +117,8 @@ bool PlaceBeside(GeListNode& node, GeListNode& other, bool before) {
   // A chain that is in no list. Nothing that stands in `node` is in one. Beside a document nobody would own the
   // node: not its creator, because it has a document there, nor that.
   const ChangeScene changes;
-  if (node.isFixed || node.IsDead() || other.IsDead() || IsHead(node) || IsHead(other)) return false;
-  if (other.kind == Kind::kDocument) return false;
+  for (const GeListNode* one : {&node, &other})
+    if (one->isFixed || one->IsDead() || IsHead(*one) || one->kind == Kind::kDocument) return false;
   TakeOut(node);
   node.pred = before ? other.pred : &other;
   node.next = before ? &other : other.next;
@@ -121,6 +140,12 @@ void TakeOut(GeListNode& node) {
   node.next = node.pred = node.up = nullptr;
   node.list = nullptr;
   if (parent) CountMove(*parent, node);
+}
+
+GeListNode* FirstLoose(const GeListNode& list) {
+  GeListNode* node = list.down;
+  while (node && node->isFixed) node = node->next;
+  return node;
 }
 
 uint64_t CountMoves() { return g_moves; }

@@ -23,18 +23,29 @@ GeListHead* HeadOf(const GeListNode& node);
 // Whether `node` is `outer`, or stands somewhere below it, in its branches or in those below it.
 bool IsInside(const GeListNode& node, const GeListNode& outer);
 
+// Whether others may put a node of that type below `parent`. Branches take elements of their own kind, and no
+// second block of those that stay with the object; what the host made takes nothing. Documents stand in free
+// heads only, and nothing stands below them beside their branches.
+bool MayStand(const NodeType& type, const GeListNode& parent);
+
 // Puts the node with all below it behind `pred`, a child of `parent`, or first for null. Nothing happens and
-// the answer is false where that can't be.
+// the answer is false where that can't be, or where the node may not stand.
 bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred);
+
+// The same in the host's own lists too.
+bool PutIn(GeListNode& node, GeListNode& parent, GeListNode* pred);
 
 // The same before or behind `other`, which may be in no list: both are a chain then, and owned as they were.
 bool PlaceBeside(GeListNode& node, GeListNode& other, bool before);
 
-// As Place, for a node that was just made, is in no list, and whose place needs no check.
+// As PutIn, for a node that was just made, is in no list, and whose place needs no check.
 void Append(GeListNode& made, GeListNode& parent);
 
 // Takes a node out of its list.
 void TakeOut(GeListNode& node);
+
+// The first node below `list` that does not belong to it for good.
+GeListNode* FirstLoose(const GeListNode& list);
 
 // Makes `to` what `from`, of the same type and in no list, is, with its marks; and with `below` all that stands
 // there, in place of what it had. Runs the code of plug-ins whose elements go.

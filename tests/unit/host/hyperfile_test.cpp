@@ -329,6 +329,30 @@ TEST_F(HyperFileTest, Trees) {
   EXPECT_NE(Describe(*cube).find("added2.5"), std::string::npos);
 }
 
+// A file may say anything of where its elements stand.
+TEST_F(HyperFileTest, NodesThatMayNotStandThereAreLeftOut) {
+  const Element document(New(host::kTypeDocument)), read(New(host::kTypeDocument));
+  BaseList2D* mesh = New(host::kTypePolygonObject);
+  GeListHead* objects = HeadFor(document.get(), host::kTypeObject);
+  const std::pair<int32_t, GeListNode*> wrong[] = {{kMaterial, objects},
+                                                   {host::kTypeDocument, mesh},
+                                                   {kNull, document.get()},
+                                                   {host::kDataPoint, HeadFor(mesh, host::kTypeTag)}};
+  host::PutIn(*mesh, *objects, nullptr);
+  for (const auto& [type, parent] : wrong) EXPECT_TRUE(host::PutIn(*New(type), *parent, nullptr));
+  host::PutIn(*New(), *mesh, nullptr);
+  Write([&](HyperFile& file) { EXPECT_TRUE(atom::WriteObject(document.get(), &file)); });
+  HyperFile file;
+  ASSERT_TRUE(Open(file, HYPERFILE_READ));
+  ASSERT_TRUE(atom::ReadObject(read.get(), &file, 1));
+  EXPECT_EQ(read->down, nullptr);
+  GeListNode* only = HeadFor(read.get(), host::kTypeObject)->down;
+  ASSERT_TRUE(only && !only->next && only->type.id == host::kTypePolygonObject);
+  EXPECT_TRUE(only->down && !only->down->next && only->down->type.id == kNull);
+  const GeListHead* tags = HeadFor(static_cast<BaseList2D*>(only), host::kTypeTag);
+  EXPECT_TRUE(tags->down->isFixed && tags->down->next == tags->downLast && tags->downLast->isFixed);
+}
+
 TEST_F(HyperFileTest, DeepTrees) {
   const Element root(New());
   GeListNode* deepest = root.get();

@@ -49,7 +49,7 @@ std::string Show(const GeListNode* node) {
 
 TEST_F(Scene, CopiesHaveWhatTheFlagsLeave) {
   const Element owned(New(kCube));
-  BaseList2D *self = owned.get(), *child = New(), *tag = New(kTexture), *shader = New(kTexture);
+  BaseList2D *self = owned.get(), *child = New(), *tag = New(kTexture), *shader = New(kBitmap);
   for (const auto& [node, name] : {std::pair{self, "A"}, {child, "B"}, {tag, "T"}, {shader, "S"}})
     SetName(node, name);
   InsertUnderLast(child, self);

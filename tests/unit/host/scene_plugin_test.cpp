@@ -167,7 +167,7 @@ TEST_F(PluginScene, TheEndOfATreeIsToldOncePerElement) {
   BaseList2D *root = New(), *a = New(kType), *b = New(kType), *c = New(kType);
   InsertUnderLast(a, root);
   InsertUnderLast(b, a);
-  listhead::InsertLast(HeadFor(b, host::kTypeTag), c);
+  listhead::InsertLast(HeadFor(b, host::kTypeNLA), c);
   Told();
   baselist::Free(root);
   EXPECT_EQ(Told(), "free0 free1 free2 destroy0 destroy1 destroy2 ");
@@ -243,9 +243,9 @@ TEST_F(PluginScene, MessagesReachWhatTheFlagsName) {
              *childTag = New(kType);
   InsertUnderLast(self, root.get());
   InsertUnderLast(child, self);
-  listhead::InsertLast(HeadFor(self, host::kTypeTag), tag);
+  listhead::InsertLast(HeadFor(self, host::kTypeNLA), tag);
   InsertUnderLast(below, tag);
-  listhead::InsertLast(HeadFor(child, host::kTypeTag), childTag);
+  listhead::InsertLast(HeadFor(child, host::kTypeNLA), childTag);
   const struct {
     int32_t flags;
     const char* reached;

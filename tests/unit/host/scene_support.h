@@ -12,7 +12,7 @@
 #include "scene/tree.h"
 #include "support.h"
 
-constexpr int32_t kNull = 5140, kCube = 5159, kTexture = 5616, kMaterial = 5703;
+constexpr int32_t kNull = 5140, kCube = 5159, kTexture = 5616, kMaterial = 5703, kBitmap = 5833;
 
 class Scene : public ::testing::Test {
  protected:

@@ -13,7 +13,7 @@ namespace atom = host::atom;
 
 TEST_F(Scene, NothingComesBelowItself) {
   const Element outer(New()), free(New());
-  BaseList2D *inner = New(), *tag = New(kTexture), *shader = New(kTexture);
+  BaseList2D *inner = New(), *tag = New(kTexture), *shader = New(kBitmap);
   EXPECT_TRUE(InsertUnder(inner, outer.get()));
   EXPECT_TRUE(listhead::InsertLast(HeadFor(inner, host::kTypeTag), tag));
   EXPECT_TRUE(host::baselist::InsertShader(tag, shader, nullptr));
@@ -41,6 +41,74 @@ TEST_F(Scene, NothingComesBelowItself) {
   listhead::Free(own);
   for (GeListNode* node : {static_cast<GeListNode*>(outer.get()), static_cast<GeListNode*>(inner)})
     EXPECT_FALSE(InsertUnder(HeadFor(inner, host::kTypeTag), node));
+}
+
+TEST_F(Scene, ListsTakeWhatTheyAreFor) {
+  const Element documentOwner(New(host::kTypeDocument)), meshOwner(New(host::kTypePolygonObject));
+  BaseList2D *document = documentOwner.get(), *mesh = meshOwner.get(), *cube = New(kCube), *made = New();
+  GeListHead *own = listhead::Alloc(), *cache = HeadFor(cube, host::kCacheBranch);
+  listhead::InsertLast(HeadFor(document, host::kTypeObject), cube);
+  host::PutIn(*made, *cache, nullptr);
+  made->isFixed = true;
+  constexpr int32_t kPoints = host::kDataPoint, kTrack = host::kTypeTrack, kLayer = host::kTypeLayer,
+                    kRender = host::kTypeRenderData, kDocument = host::kTypeDocument;
+  const std::vector<int32_t> all{kNull,  kPoints, kTexture, kMaterial, kBitmap,
+                                 kTrack, kLayer,  kRender,  kDocument};
+  const auto but = [&](std::vector<int32_t> others) {
+    std::vector<int32_t> types = all;
+    for (int32_t other : others) std::erase(types, other);
+    return types;
+  };
+  const struct {
+    const char* what;
+    GeListNode* parent;
+    std::vector<int32_t> taken;
+  } cases[] = {
+      {"objects", HeadFor(document, host::kTypeObject), {kNull}},
+      {"materials", HeadFor(document, host::kTypeMaterial), {kMaterial}},
+      {"layers", HeadFor(document, kLayer), {kLayer}},
+      {"render data", HeadFor(document, kRender), {kRender}},
+      {"tags", HeadFor(cube, host::kTypeTag), {kPoints, kTexture}},
+      {"tags of a mesh", HeadFor(mesh, host::kTypeTag), {kTexture}},
+      {"shaders", HeadFor(cube, host::kTypeShader), {kBitmap}},
+      {"tracks", HeadFor(cube, kTrack), {kTrack}},
+      {"motion layers", HeadFor(cube, host::kTypeNLA), but({kDocument})},
+      {"a cache", cache, {}},
+      {"made", made, {}},
+      {"a free list", own, all},
+      {"a node", cube, but({kDocument})},
+      {"a document", document, {}},
+  };
+  for (const auto& c : cases) {
+    std::vector<int32_t> taken[4];
+    for (const int32_t type : all) {
+      const Element element(New(type));
+      BaseList2D* node = element.get();
+      if (InsertUnder(node, c.parent)) taken[0].push_back(type);
+      Remove(node);
+      if (InsertUnderLast(node, c.parent)) taken[1].push_back(type);
+      Remove(node);
+      auto* head = host::As<GeListHead>(c.parent);
+      if (head ? listhead::InsertFirst(head, node)
+               : listhead::Insert(HeadOf(*c.parent), node, c.parent, nullptr))
+        taken[2].push_back(type);
+      Remove(node);
+      if (c.parent->down ? InsertBefore(node, c.parent->down) : InsertUnder(node, c.parent))
+        taken[3].push_back(type);
+      Remove(node);
+    }
+    for (const auto& types : taken) EXPECT_EQ(types, c.taken) << c.what;
+  }
+  const Element loose(New()), stranger(New(kDocument));
+  EXPECT_FALSE(InsertAfter(stranger.get(), loose.get()));
+  listhead::FlushAll(cache);
+  EXPECT_EQ(cache->down, made);
+  GeListHead* tags = HeadFor(mesh, host::kTypeTag);
+  listhead::InsertFirst(tags, New(kTexture));
+  listhead::FlushAll(tags);
+  EXPECT_EQ(tags->down->type.id, kPoints);
+  EXPECT_EQ(tags->downLast->type.id, host::kDataPolygon);
+  listhead::Free(own);
 }
 
 TEST_F(Scene, DeepAndWideTreesNeedNoStack) {
@@ -79,7 +147,7 @@ TEST_F(Scene, DeepAndWideTreesNeedNoStack) {
 }
 
 TEST_F(Scene, AllLinksOfASubtreeDieAtOnceAndPinsHoldSingleNodes) {
-  BaseList2D *root = New(), *child = New(), *tag = New(kTexture), *shader = New(kTexture), *outside = New();
+  BaseList2D *root = New(), *child = New(), *tag = New(kTexture), *shader = New(kBitmap), *outside = New();
   InsertUnder(root, outside);
   InsertUnder(child, root);
   listhead::InsertLast(HeadFor(child, host::kTypeTag), tag);

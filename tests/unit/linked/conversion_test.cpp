@@ -408,6 +408,9 @@ TEST_F(ConversionTest, DictsAreReadByType) {
       {Asked<double>, "1.5", "1", "TypeError: Expected float, not int"},
       {Asked<String>, "'text'", "b'text'", "TypeError: Expected str, not bytes"},
       {Asked<Filename>, "'/a'", "None", "TypeError: Expected str, not None"},
+      {Asked<Filename>, "'/\\udcff'", "'\\ud800'",
+       "UnicodeEncodeError: 'utf-8' codec can't encode character '\\ud800' in position 0: surrogates not "
+       "allowed"},
       {Asked<Vector>, "Vector()", "Vector4d()", "TypeError: Expected qlx.Vector, not qlx.Vector4d"},
       {Asked<Matrix>, "Matrix()", "1", "TypeError: Expected qlx.Matrix, not int"},
       {Asked<BaseTime>, "BaseTime()", "1", "TypeError: Expected qlx.BaseTime, not int"},

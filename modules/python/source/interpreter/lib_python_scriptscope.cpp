@@ -160,6 +160,7 @@ bool ScriptScope::Run(const std::string& source, const std::string& fileName, in
   Py_INCREF(globals);
   PyObject* code = Compile(source, fileName, startMode);
   const bool ok = code && Evaluate(code, globals);
+  // Not by PyErr_Print, which ends the process at a SystemExit: it is the host's.
   if (code && !ok) PrintAndClearError();
   Py_XDECREF(code);
   Py_DECREF(globals);

@@ -148,10 +148,7 @@ template <>
 struct KindOf<Filename> : PlainKind<Filename> {
   static const char* Word() { return "str"; }
   static bool Is(PyObject* object) { return PyUnicode_Check(object); }
-  static bool Read(PyObject* object, Filename& value) {
-    String text;
-    return StringFromPython(object, text) && FilenameFromText(text, value);
-  }
+  static bool Read(PyObject* object, Filename& value) { return FilenameFromPython(object, value); }
 };
 
 // Values that a record holds.
@@ -222,8 +219,16 @@ struct ObjectKind {
 
 template <>
 struct KindOf<BaseBitmap*> : ObjectKind<BaseBitmap> {};
+// Nodes are one kind to scripts, whatever class of them is wanted.
 template <std::derived_from<QLXAtom> Atom>
-struct KindOf<Atom*> : ObjectKind<Atom> {};
+struct KindOf<Atom*> : ObjectKind<Atom> {
+  using Own = ObjectKind<Atom>;
+  static const char* Word() { return g_GeListNodeType.tp_name; }
+  static bool Is(PyObject* object) { return PyObject_TypeCheck(object, &g_GeListNodeType); }
+  static bool Read(PyObject* object, Atom*& value) {
+    return Own::Is(object) ? Own::Read(object, value) : (RaiseExpectedType(Own::Word(), object), false);
+  }
+};
 
 // A capsule without a name.
 template <>

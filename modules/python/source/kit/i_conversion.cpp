@@ -84,13 +84,16 @@ bool IntFromPython(PyObject* object, GeData& data) {
 }
 
 bool TextFromPython(PyObject* object, int32_t type, GeData& data) {
+  if (type == HOST_DATA_FILENAME) {
+    Filename name;
+    if (!FilenameFromPython(object, name)) return false;
+    data = GeData::Filename(name);
+    return true;
+  }
   Py_ssize_t size;
   const char* utf8 = PyUnicode_AsUTF8AndSize(object, &size);
   if (!utf8) return false;
-  String text = kelvar::Text({utf8, size_t(size)});
-  Filename name;
-  if (type == HOST_DATA_FILENAME && !FilenameFromText(text, name)) return false;
-  data = type == HOST_DATA_FILENAME ? GeData::Filename(name) : GeData::String(std::move(text));
+  data = GeData::String(kelvar::Text({utf8, size_t(size)}));
   return true;
 }
 
@@ -302,6 +305,13 @@ bool FilenameFromText(const String& text, Filename& name) {
   if (kelvar::View(text).find('\0') != std::string_view::npos) return RaiseNullByte(), false;
   name = Filename::FromString(text);
   return true;
+}
+
+bool FilenameFromPython(PyObject* object, Filename& name) {
+  const Reference bytes(PyUnicode_AsEncodedString(object, "utf-8", "surrogateescape"));
+  if (!bytes) return false;
+  const std::string_view path(PyBytes_AS_STRING(bytes.get()), size_t(PyBytes_GET_SIZE(bytes.get())));
+  return FilenameFromText(kelvar::Bytes(path), name);
 }
 
 }  // namespace qlx

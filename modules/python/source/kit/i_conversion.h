@@ -39,6 +39,10 @@ bool StringFromPython(PyObject* object, String& text);
 // ValueError and false for a text with a null byte, which no path has.
 bool FilenameFromText(const String& text, Filename& name);
 
+// The file name of a `str`, also of one whose bytes are no UTF-8, as the interpreter hands those out. False
+// with UnicodeEncodeError for other lone surrogates, and as FilenameFromText.
+bool FilenameFromPython(PyObject* object, Filename& name);
+
 // As the host's times are: reduced, also what a script has set piece by piece.
 BaseTime TimeFromPython(PyObject* time);
 

@@ -90,7 +90,7 @@ PyObject* GetNodeData(BaseList2D* self) {
   return instance.object ? static_cast<PyObject*>(instance.object) : NewNone();
 }
 
-PyObject* SetAnimatedParameter(AtomWrapper* self, WrapperOf<BaseList2D>* track, PyObject* id, PyObject* t_data1,
+PyObject* SetAnimatedParameter(AtomWrapper* self, PyObject* track, PyObject* id, PyObject* t_data1,
                                PyObject* t_data2, double mix, int32_t flags) {
   if (!PyObject_TypeCheck(track, &g_CTrackType)) return RaiseAttributeIsNo("Ctrack");
   if (!IsDescID(id)) return RaiseAttributeIsNo("DescID");
@@ -98,8 +98,8 @@ PyObject* SetAnimatedParameter(AtomWrapper* self, WrapperOf<BaseList2D>* track, 
   if (!GeDataFromPython(t_data1, first) || !GeDataFromPython(t_data2, second)) return nullptr;
   // The values' own code may have destroyed both.
   QLXAtom* host;
-  BaseList2D* of;
-  if (!ResolveAtom(self, host) || !track->Get(of)) return nullptr;
+  CTrack* of;
+  if (!ResolveAtom(self, host) || !Present<CTrack>::Get(track, of)) return nullptr;
   const HostDescID word = ValueOf<DescID>(id).Word();
   return ToPython(
       static_cast<BaseList2D*>(host)->SetAnimatedParameter(of, &word, first.Data(), second.Data(), mix, flags));
@@ -201,7 +201,7 @@ PyMethodDef g_methods[] = {
     Method<&BaseList2D::TransferGoal, "A!b", "dst", "undolink">(
         "TransferGoal",
         "TransferGoal(dst, undolink) -> bool\n\nPoints all links of the document that point here at `dst`."),
-    Method<Row<WhileAlive>, &SetAnimatedParameter, "O!OOOri", "track", "id", "t_data1", "t_data2", "mix",
+    Method<Row<WhileAlive>, &SetAnimatedParameter, "OOOOri", "track", "id", "t_data1", "t_data2", "mix",
            "flags">(
         "SetAnimatedParameter",
         "SetAnimatedParameter(track, id, t_data1, t_data2, mix, flags) -> bool\n\n"

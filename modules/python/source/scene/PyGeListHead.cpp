@@ -72,7 +72,7 @@ PyMethodDef g_methods[] = {
     Method<&InsertFirst, "O!", "node">(
         "InsertFirst",
         "InsertFirst(node) -> None\n\nPuts a node first, out of where it was. Raises AssertionError when the "
-        "list stands in the node."),
+        "list stands in the node, or is of nodes of another kind."),
     Method<&InsertLast, "O!", "node">("InsertLast", "InsertLast(node) -> None\n\nThe same, last."),
     Method<&Insert, "O!|O!NO!N", "node", "parent", "prev">(
         "Insert",
@@ -85,7 +85,9 @@ PyMethodDef g_methods[] = {
         "GetParent", "GetParent() -> qlx.GeListNode or None\n\nThe node that the list belongs to."),
     Method<&GeListHead::GetFirst>("GetFirst", "GetFirst() -> qlx.GeListNode or None\n\nThe first node."),
     Method<&GeListHead::GetLast>("GetLast", "GetLast() -> qlx.GeListNode or None\n\nThe last node."),
-    Method<&GeListHead::FlushAll>("FlushAll", "FlushAll() -> None\n\nDestroys all nodes of the list."),
+    Method<&GeListHead::FlushAll>(
+        "FlushAll",
+        "FlushAll() -> None\n\nDestroys all nodes of the list, but for what their owner can't be without."),
     {},
 };
 

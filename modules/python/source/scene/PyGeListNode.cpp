@@ -22,7 +22,7 @@ void Remove(AtomWrapper* self) {
   self->owned = true;  // the script's
 }
 
-// The host refuses, and changes nothing, where the node would come to stand in itself.
+// The host refuses, and changes nothing, where the node would come to stand in itself or can't stand.
 using Reference = WrapperOf<GeListNode>;
 using HostInsert = bool (GeListNode::*)(GeListNode*);
 
@@ -112,7 +112,7 @@ PyMethodDef g_methods[] = {
     Method<Row<WhileAlive>, &InsertBefore, "O!", "obj">(
         "InsertBefore",
         "InsertBefore(obj) -> None\n\nPuts the node before another one, out of where it was. Raises "
-        "AssertionError when that is the node itself or stands in it."),
+        "AssertionError when that is the node itself or stands in it, or where such a node can't stand."),
     Method<Row<WhileAlive>, &InsertAfter, "O!", "obj">(
         "InsertAfter", "InsertAfter(obj) -> None\n\nAs InsertBefore, behind the other node."),
     Method<Row<WhileAlive>, &InsertUnder, "O!", "obj">(

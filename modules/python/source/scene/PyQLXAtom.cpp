@@ -149,7 +149,9 @@ PyMethodDef g_methods[] = {
         "Read",
         "Read(hf, id, level) -> bool\n\nReads what Write wrote into an object of the same type, alone or "
         "behind "
-        "a ReadChunkStart, which told id and level. A False tells its reason by hf.GetError()."),
+        "a ReadChunkStart, which told id and level. A False tells its reason by hf.GetError(). Other threads "
+        "run "
+        "meanwhile, as in the other three."),
     Method<&Write, "O!", "hf">(
         "Write", "Write(hf) -> bool\n\nWrites the object alone, as a chunk with the type for its id."),
     Method<&ReadObject, "O!b", "hf", "readheader">(

@@ -156,9 +156,11 @@ int Complain(int32_t type, PyObject* value) {
 int ConvertFor(PyObject* value, GeData& data) {
   const int32_t type = data.Type();
   if (!GeDataFromPython(value, data)) {
-    // That a value is too large, or what its own code raised, says more than a complaint.
-    const bool unfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError);
-    return unfit ? Complain(type, value) : -1;
+    // What the value's own code raised says more than a complaint; texts and numbers have none.
+    const bool isPlain = PyUnicode_Check(value) || PyLong_CheckExact(value);
+    const bool isUnfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError) ||
+                         (isPlain && !PyErr_ExceptionMatches(PyExc_MemoryError));
+    return isUnfit ? Complain(type, value) : -1;
   }
   return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;
 }
@@ -207,7 +209,7 @@ bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32
   HostDescID found{}, group{};
   const int32_t index = description->Find(&word);
   const bool isFile = index >= 0 && description->GetIndex(index, &found, &group) && found.depth > 0 &&
-                      found.level[0].dtype == HOST_DATA_FILENAME;
+                      found.level[found.depth - 1].dtype == HOST_DATA_FILENAME;
   description->Free();
   if (!host) return false;
   Filename name;
