@@ -546,6 +546,13 @@ class NeighborTest(unittest.TestCase):
 
 
 class SplineTest(unittest.TestCase):
+    def test_other_interpolations_are_refused(self):
+        spline = qlx.SplineObject(2, BEZIER)
+        for kind in (-1, 5, 99):
+            self.assertEqual(outcome(qlx.SplineObject, 3, kind)[0], BaseException)
+        spline[qlx.SPLINEOBJECT_TYPE] = 99
+        self.assertEqual((spline.GetInterpolationType(), spline[qlx.SPLINEOBJECT_TYPE]), (BEZIER, BEZIER))
+
     def test_points(self):
         spline = qlx.SplineObject(3, LINEAR)
         spline.SetAllPoints([V(0, 0, 0), V(2, 0, 0), V(2, 2, 0)])

@@ -201,6 +201,24 @@ class ValueTest(ElementTest):
             self.assertIs(op.SetParameter(key, 1, 0), False)
         self.assertEqual(op.GetDirty(qlx.DIRTYFLAGS_DATA), before)
 
+    def test_what_is_there_already_is_no_change(self):
+        op = BaseObject(CUBE)
+        data = op.AddUserData(user_data(qlx.DTYPE_STRING))
+        op[data] = "a"
+        op.SetName("x")
+        op.SetEditorMode(1)
+        before = op.GetDirty(qlx.DIRTYFLAGS_DATA)
+        for key in (SIZE, RADIUS, FILLET, qlx.ID_BASEOBJECT_VISIBILITY_EDITOR, (SIZE, qlx.VECTOR_X), data):
+            op[key] = op[key]
+            self.assertIs(op.SetParameter(key, op[key], 0), True)
+        del op[RADIUS]
+        op.SetName("x")
+        op.SetEditorMode(1)
+        self.assertEqual(op.GetDirty(qlx.DIRTYFLAGS_DATA), before)
+        op[SIZE, qlx.VECTOR_X] = 0
+        op[SIZE, qlx.VECTOR_X] = -0.0
+        self.assertEqual(str(op[SIZE].x), "-0.0")
+
     def test_code_of_values(self):
         holder, op = BaseObject(NULL), BaseObject(CUBE)
         self.assert_set_raises(op, RADIUS, Number(lambda: 1 // 0), ZeroDivisionError, "integer division or modulo by zero")

@@ -13,6 +13,7 @@
 #include "boundary/host.h"
 #include "evaluate/deformers.h"
 #include "evaluate/evaluation.h"
+#include "evaluate/instances.h"
 #include "evaluate/mesh.h"
 #include "evaluate/primitives.h"
 #include "evaluate/state.h"
@@ -40,10 +41,9 @@ struct PriorityList {
 namespace host {
 namespace {
 
-constexpr int32_t kTypeInstance = 5126, kInstanceLink = 1000;
 constexpr int32_t kUseGenerators = 1006, kUseDeformers = 1007;  // of a document
 constexpr auto kTurn = std::chrono::milliseconds(5);
-constexpr int kMostNested = 64;             // instances of instances
+constexpr int kMostNested = 64;             // trees of instances, where those are not in their order
 constexpr size_t kMostInstanced = 1 << 17;  // objects of one instance
 constexpr size_t kMostOfAll = 1 << 19;      // objects of all instances of a pass
 
@@ -70,14 +70,6 @@ void SetBranch(BaseObject& object, int32_t branch, BaseObject* made) {
   Append(*made, *head);
 }
 
-// What an instance stands for; null where that would show the instance itself.
-BaseObject* TargetOf(const BaseObject& instance) {
-  const HostGeData* link = container::FindData(&instance.data, kInstanceLink);
-  if (!link || link->type != HOST_DATA_LINK) return nullptr;
-  auto* target = As<BaseObject>(static_cast<QLXAtom*>(link::GetLink(link->value.link)));
-  return !target || IsInside(instance, *target) || IsInside(*target, instance) ? nullptr : target;
-}
-
 // Those among the children of a node, kept until they change.
 const std::vector<BaseObject*>& DeformersBelow(BaseObject& object) {
   Evaluation& evaluation = EvaluationOf(object);
@@ -96,6 +88,7 @@ struct Pass {
   const uint64_t number = ++g_passes;
   size_t instanced = 0;  // objects that instances show
   bool isWarned = false;
+  InstanceOrder order;
   std::unordered_map<int64_t, uint64_t> targets;  // the states of what instances show, by the objects' numbers
 };
 
@@ -209,32 +202,17 @@ class Evaluator {
   // What the object's cache is made from; 0 when it makes nothing.
   uint64_t InputOf(BaseObject& object) {
     if (!IsGenerator(object) || !object::GetDeformMode(&object) || !IsOn(document_, kUseGenerators)) return 0;
-    State state;
-    if (object.type.id == kTypeInstance) {
-      BaseObject* target = TargetOf(object);
-      if (!target || (target->evaluation && target->evaluation->isRunning) || nested_ >= kMostNested) return 0;
-      const int64_t number = target->number;
-      if (!pass_.targets.contains(number)) {
-        const Hold hold(*target);
-        ++nested_;
-        UpdateTree(*target);
-        --nested_;
-        if (!hold.IsAlive()) return 0;
-        pass_.targets[number] = StateOf(*target, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE, true);
-      }
-      state.Add(number);
-      state.Add(pass_.targets[number]);
-      return state.Sum();
-    }
+    if (IsInstance(object)) return InputOfInstance(object);
     const NodeRecord* record = RecordOf(object);
-    if (record && record->CheckDirty) {
+    if (!record) return ContentOf(object);
+    if (record->CheckDirty) {
       const Hold hold(object);
       isStale_ = true;
       record->CheckDirty(PluginData(object), &object, document_);
       if (!hold.IsAlive()) return 0;
     }
-    state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
-    if (!record) return state.Sum();
+    State state;
+    state.Add(ContentOf(object));
     // A plug-in may take what is below it for its input.
     for (GeListNode* child = object.down; child; child = child->next) {
       auto* input = As<BaseObject>(child);
@@ -245,10 +223,34 @@ class Evaluator {
     return state.Sum();
   }
 
+  // Those that it shows come first, so that its target needs no more than what is no instance.
+  uint64_t InputOfInstance(BaseObject& object) {
+    const Hold hold(object);
+    for (const HostLink& link : pass_.order.Before(object))
+      if (auto* shown = static_cast<BaseObject*>(link::GetLink(link))) Update(*shown);
+    BaseObject* target = hold.IsAlive() && !object.evaluation->isCircular ? TargetOf(object) : nullptr;
+    if (!target || (target->evaluation && target->evaluation->isRunning)) return 0;
+    const int64_t number = target->number;
+    if (!pass_.targets.contains(number)) {
+      // Plug-ins may have linked instances anew: the next pass knows their order.
+      if (nested_ >= kMostNested) return 0;
+      const Hold targetHold(*target);
+      ++nested_;
+      UpdateTree(*target);
+      --nested_;
+      if (!targetHold.IsAlive()) return 0;
+      pass_.targets[number] = StateOf(*target, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE, true, true);
+    }
+    State state;
+    state.Add(number);
+    state.Add(pass_.targets[number]);
+    return state.Sum();
+  }
+
   BaseObject* Make(BaseObject& object) {
     if (const NodeRecord* record = RecordOf(object)) return MakeByPlugin(object, *record);
     try {
-      if (object.type.id == kTypeInstance) return MakeInstance(object);
+      if (IsInstance(object)) return MakeInstance(object);
       if (const auto mesh = MakePrimitive(object)) return NewObject(*mesh);
       if (const auto shape = MakeSplinePrimitive(object)) return NewObject(*shape, object.data);
     } catch (const std::bad_alloc&) {
@@ -292,23 +294,32 @@ class Evaluator {
   }
 
   void UpdateDeformed(BaseObject& object, Evaluation& evaluation) {
-    const bool isShape = As<PointObject>(&object) != nullptr;
-    BaseObject* cache = isShape ? nullptr : FirstIn(&object, kCacheBranch);
-    const auto deformers = isShape || cache ? DeformersOf(object) : std::vector<BaseObject*>();
+    const auto* shape = As<PointObject>(&object);
+    BaseObject* cache = shape ? nullptr : FirstIn(&object, kCacheBranch);
+    const auto deformers = shape || cache ? DeformersOf(object) : std::vector<BaseObject*>();
     if (deformers.empty() && !evaluation.deformed) return;
+    const uint64_t knownAt = evaluation.contentAt;
     State state;
     if (!deformers.empty()) {
-      state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
-      state.Add(evaluation.cached);
+      state.Add(shape ? ContentOf(object, shape) : evaluation.cached);
+      if (shape) AddTags(state, object);
       state.Add(SurroundingsOf(object).global);
     }
     for (BaseObject* deformer : deformers) {
-      state.Add(uint64_t(deformer->number));
-      state.Add(atom::GetDirty(deformer, DIRTYFLAGS_DATA | DIRTYFLAGS_CACHE));
+      state.Add(deformer->number);
+      state.Add(ContentOf(*deformer));
+      // A plug-in's may look at anything of the object.
+      if (RecordOf(*deformer)) state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
       state.Add(SurroundingsOf(*deformer).global);
     }
     const uint64_t wanted = deformers.empty() ? 0 : state.Sum();
-    if (wanted == evaluation.deformed) return;
+    if (wanted == evaluation.deformed) {
+      auto* copy = shape && evaluation.contentAt != knownAt ? FirstIn(&object, kDeformBranch) : nullptr;
+      if (!copy) return;
+      copy->name = object.name;
+      copy->data = object.data;
+      return;
+    }
     evaluation.deformed = wanted;
     ++evaluation.version;
     std::vector<HostLink> shapes;
@@ -421,7 +432,7 @@ std::vector<HostLink> ObjectsOf(const HostLink& link) {
 
 bool IsGenerator(const BaseObject& object) {
   if (const NodeRecord* record = RecordOf(object)) return record->GetVirtualObjects || record->GetContour;
-  return object.type.id == kTypeInstance || IsPrimitive(object.type.id) || IsSplinePrimitive(object.type.id);
+  return IsInstance(object) || IsPrimitive(object.type.id) || IsSplinePrimitive(object.type.id);
 }
 
 bool IsDeformer(const BaseObject& object) {

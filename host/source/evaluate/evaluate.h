@@ -31,8 +31,9 @@ BaseObject* NewShape(const BaseObject& object, bool children, size_t most = SIZE
 BaseDocument* Polygonize(BaseDocument& document, bool keepAnimation);
 
 // A hash of what the object, and with `below` all below it, looks like: changes of those DIRTYFLAGS, and of
-// caches. Without MATRIX the place of the object itself doesn't count.
-uint64_t StateOf(const BaseObject& object, int32_t dirtyFlags, bool below);
+// caches. Without MATRIX the place of the object itself doesn't count; with `selections` those of its points
+// and polygons do.
+uint64_t StateOf(const BaseObject& object, int32_t dirtyFlags, bool below, bool selections = false);
 
 // Whether the object makes others, or changes their points, by its type.
 bool IsGenerator(const BaseObject& object);

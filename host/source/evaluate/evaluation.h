@@ -22,8 +22,11 @@ struct Evaluation {
   uint64_t cached = 0;    // of the cache
   uint64_t deformed = 0;  // of what deformers made
   uint64_t version = 0;   // grows with each change of both
-  uint64_t pass = 0;      // in which it was evaluated last
+  uint64_t content = 0;   // what ContentOf found, and at which counts of changes
+  uint64_t contentAt = 0;
+  uint64_t pass = 0;  // in which it was evaluated last
   bool isRunning = false;
+  bool isCircular = false;             // an instance that would show itself
   uint32_t dirty[6] = {};              // GetDirty of each of DIRTYFLAGS, when it was evaluated last
   uint64_t deformersAt = 0;            // what `deformers` is of; 0: nothing
   std::vector<BaseObject*> deformers;  // among the children

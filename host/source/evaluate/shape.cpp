@@ -99,15 +99,15 @@ BaseObject* NewShape(const BaseObject& root, bool children, size_t most, size_t*
   return made.release();
 }
 
-uint64_t StateOf(const BaseObject& root, int32_t dirtyFlags, bool below) {
+uint64_t StateOf(const BaseObject& root, int32_t dirtyFlags, bool below, bool selections) {
   State state;
   const auto add = [&](const BaseObject& object, bool isRoot) {
     state.Add(uint64_t(object.number));
     state.Add(atom::GetDirty(&object, dirtyFlags & ~DIRTYFLAGS_MATRIX));
     if (!isRoot || dirtyFlags & DIRTYFLAGS_MATRIX) state.Add(object.place.Local());
     if (object.evaluation) state.Add(object.evaluation->version);
-    for (const GeListNode* tag = object::GetFirstTag(&object); tag; tag = tag->next)
-      state.Add(atom::GetDirty(tag, DIRTYFLAGS_DATA));
+    if (selections) state.Add(object.SelectionChanges());
+    AddTags(state, object);
   };
   add(root, true);
   if (!below) return state.Sum();

@@ -5,8 +5,10 @@
 #include <bit>
 #include <concepts>
 #include <cstdint>
+#include <span>
 
 #include "kelvar/matrix.h"
+#include "scene/object.h"
 
 namespace host {
 
@@ -31,12 +33,26 @@ class State {
   void Add(const Matrix& m) {
     for (const Vector* v : {&m.off, &m.v1, &m.v2, &m.v3}) Add(*v);
   }
+  template <class Item>
+  void Add(std::span<Item> items) {
+    AddBytes(std::as_bytes(items));
+  }
   // Never 0.
   uint64_t Sum() const { return sum_ | 1; }
 
  private:
+  void AddBytes(std::span<const std::byte> bytes);
+
   uint64_t sum_ = 0;
 };
+
+// Of what evaluation reads from an object itself: its own parameters and, of `points`, which is the object or
+// null, the geometry and selections; not of what it is called or where it is seen. Of a plug-in's, whose code
+// may look at anything, of all changes. Found anew only where something has changed.
+uint64_t ContentOf(BaseObject& object, const PointObject* points = nullptr);
+
+// Adds which tags an object has, and how often they were changed.
+void AddTags(State& state, const BaseObject& object);
 
 }  // namespace host
 

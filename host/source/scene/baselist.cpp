@@ -46,7 +46,7 @@ void Free(BaseList2D* self) {
 HostString GetName(const BaseList2D* self) noexcept { return self ? Share(&self->name.Word()) : HostString{}; }
 
 void SetName(BaseList2D* self, const HostString* name) {
-  if (!self) return;
+  if (!self || std::string_view(self->name) == View(name)) return;
   self->name = Text(name);
   Touch(*self, DIRTYFLAGS_DATA);
 }

@@ -63,9 +63,9 @@ size_t AvailableMemory() {
 
 }  // namespace
 
-// What is no number is nowhere.
+// What is infinite or no number is nowhere.
 void Box::Add(const Vector& p) {
-  if (std::isnan(p.x + p.y + p.z)) return;
+  if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) return;
   if (IsEmpty()) {
     low = high = p;
     return;

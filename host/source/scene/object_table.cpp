@@ -28,6 +28,8 @@ int32_t ModeOf(const BaseObject* object, int32_t parameter) {
 
 void SetNumber(BaseList2D* node, int32_t parameter, int32_t number) {
   if (!node) return;
+  const HostGeData* present = container::FindData(&node->data, parameter);
+  if (present && present->type == HOST_DATA_INT32 && present->value.integer == number) return;
   Put(node->data, parameter, Value::Int32(number));
   Touch(*node, DIRTYFLAGS_DATA);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 #include "boundary/host.h"
@@ -75,11 +76,19 @@ class Reader {
   Value made_;
 };
 
+enum class Written { kRefused, kSame, kChanged };
+
+// Numbers to the last bit, so that a zero may get another sign.
+bool IsSame(const HostGeData& a, const HostGeData& b) {
+  if (a.type != b.type || !IsPlain(a.type)) return IsEqual(a, b);
+  return std::memcmp(&a.value, &b.value, a.type == HOST_DATA_VECTOR ? sizeof(Vector) : sizeof(int64_t)) == 0;
+}
+
 // Stores, or with no value removes, what the address names. Containers on the way are there already, or are
 // those of a parameter that still has its default.
-void Store(BaseList2D& node, const Step& step, const HostDescID& id, const Value& value) {
+Written Store(BaseList2D& node, const Step& step, const HostDescID& id, const Value& value) {
   if (step.parameter && step.parameter->isOfMatrix && node.SetOwn(step.parameter->Number(), value.Data()))
-    return;
+    return Written::kChanged;
   BaseContainer* into = &node.data;
   for (int32_t i = 0; i + 1 < id.depth; ++i) {
     const int32_t at = id.level[i].id;
@@ -92,19 +101,22 @@ void Store(BaseList2D& node, const Step& step, const HostDescID& id, const Value
     into = container::GetContainerInstance(into, at);
   }
   const int32_t last = id.level[id.depth - 1].id;
+  const HostGeData* present = container::FindData(into, last);
+  if (present ? IsSame(*present, value.Data()) : value.Data().type == HOST_DATA_NONE) return Written::kSame;
   if (value.Data().type == HOST_DATA_NONE) {
     container::RemoveData(into, last);
   } else {
     Put(*into, last, value);
   }
+  return Written::kChanged;
 }
 
 // As Write, where the address may be one of a vector's component; then it becomes the vector's.
-bool WriteComponent(BaseList2D& node, const Step& step, HostDescID id, const HostGeData* data) {
+Written WriteComponent(BaseList2D& node, const Step& step, HostDescID id, const HostGeData* data) {
   const int32_t component = id.level[--id.depth].id;
   Reader reader;
   const HostGeData* present = reader.Read(node, id);
-  if (!present || present->type != HOST_DATA_VECTOR) return false;
+  if (!present || present->type != HOST_DATA_VECTOR) return Written::kRefused;
   HostGeData vector = *present;
   double* number = ComponentOf(vector, component);
   const Parameter* parameter = step.levels == id.depth ? step.parameter : nullptr;
@@ -112,36 +124,33 @@ bool WriteComponent(BaseList2D& node, const Step& step, HostDescID id, const Hos
   if (parameter) standard = parameter->standard->Data();
   const double* reset = ComponentOf(standard, component);
   const Value wanted = data ? Convert(*data, HOST_DATA_FLOAT) : Value::Float(reset ? *reset : 0);
-  if (!number || wanted.Data().type == HOST_DATA_NONE) return false;
+  if (!number || wanted.Data().type == HOST_DATA_NONE) return Written::kRefused;
   *number = wanted.Data().value.real;
   const Value fitting = parameter ? parameter->Fit(vector) : Value(vector);
-  if (fitting.Data().type == HOST_DATA_NONE) return false;
-  Store(node, step, id, fitting);
-  return true;
+  if (fitting.Data().type == HOST_DATA_NONE) return Written::kRefused;
+  return Store(node, step, id, fitting);
 }
 
 // `data` is null for the default.
-bool Write(BaseList2D& node, const Step& step, const HostDescID& id, const HostGeData* data) {
-  if (step.parameter && step.parameter->IsGroup()) return false;
+Written Write(BaseList2D& node, const Step& step, const HostDescID& id, const HostGeData* data) {
+  if (step.parameter && step.parameter->IsGroup()) return Written::kRefused;
   if (step.parameter && step.levels == id.depth) {
     const Value& standard = *step.parameter->standard;
     const Value fitting = step.parameter->Fit(data ? *data : standard.Data());
-    if (fitting.Data().type == HOST_DATA_NONE) return false;
-    Store(node, step, id, fitting);
-    return true;
+    if (fitting.Data().type == HOST_DATA_NONE) return Written::kRefused;
+    return Store(node, step, id, fitting);
   }
   Reader reader;
   const HostGeData* current = reader.Read(node, id);
-  if (!current) return false;
+  if (!current) return Written::kRefused;
   HostDescID parent = id;
   Reader above;
   if (--parent.depth >= step.levels)
     if (const HostGeData* value = above.Read(node, parent); value && value->type == HOST_DATA_VECTOR)
       return WriteComponent(node, step, id, data);
   const Value fitting = data ? Convert(*data, current->type) : Value();
-  if (data && fitting.Data().type == HOST_DATA_NONE) return false;
-  Store(node, step, id, fitting);
-  return true;
+  if (data && fitting.Data().type == HOST_DATA_NONE) return Written::kRefused;
+  return Store(node, step, id, fitting);
 }
 
 // The number, or vector, of an address of one level: what scripts read most. Null for all that Reader is for.
@@ -237,9 +246,9 @@ HostBool SetParameter(QLXAtom* self, const HostDescID* id, const HostGeData* dat
     }
     step = FirstStep(*node, *id);
   }
-  if (!Write(*node, step, *id, data->type == HOST_DATA_NONE ? nullptr : data)) return 0;
-  Touch(*node, changed);
-  return 1;
+  const Written written = Write(*node, step, *id, data->type == HOST_DATA_NONE ? nullptr : data);
+  if (written == Written::kChanged) Touch(*node, changed);
+  return written != Written::kRefused;
 }
 
 }  // namespace host::atom

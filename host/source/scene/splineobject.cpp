@@ -75,7 +75,9 @@ Curve CurveOf(const SplineObject& spline, int32_t segment) {
 
 namespace host::splineobject {
 
-SplineObject* Alloc(int32_t pcnt, int32_t type) { return pcnt < 0 ? nullptr : NewSplineObject(pcnt, type); }
+SplineObject* Alloc(int32_t pcnt, int32_t type) {
+  return pcnt < 0 || type < 0 || type > kSplineBezier ? nullptr : NewSplineObject(pcnt, type);
+}
 
 int32_t GetInterpolationType(const SplineObject* self) {
   const auto* spline = As<SplineObject>(self);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "kelvar.framework/source/tables/t_messages.h"
 #include "scene_support.h"
 
 namespace {
@@ -78,6 +79,11 @@ class Evaluation : public Scene {
     const DescLevel level{id, 0, 0};
     const HostDescID key{&level, 1, 0};
     EXPECT_TRUE(host::atom::SetParameter(object, &key, &value.Data(), 0));
+  }
+  static std::string Printed(const std::function<void()>& run) {
+    ::testing::internal::CaptureStderr();
+    run();
+    return ::testing::internal::GetCapturedStderr();
   }
   static BaseObject* CacheOf(BaseObject* of) { return object::GetCache(of, nullptr); }
   static PolygonObject* MeshOf(BaseObject* of) { return host::As<PolygonObject>(CacheOf(of)); }
@@ -165,19 +171,128 @@ TEST_F(Evaluation, InstancesShowWhatTheirTargetsShow) {
   Set(cube, kCubeSize, host::Value::Of({2, 2, 2}));
   Evaluate();
   EXPECT_EQ(object::GetRad(instance), (Vector{1, 1, 1}));
-  // What would show itself shows nothing, however it gets there.
-  BaseObject* other = Add(kInstance);
-  aim(instance, other);
-  aim(other, instance);
-  for (int i = 0; i < 3; ++i) Evaluate();
-  EXPECT_LT(host::BoxOf(*instance).low.x, 2);
-  aim(instance, instance);
-  Evaluate();
-  EXPECT_EQ(CacheOf(instance), nullptr);
   // There is an end to what instances of instances may show.
   EXPECT_EQ(host::NewShape(*group, true, 1), nullptr);
   Element two(host::NewShape(*group, true, 2));
   EXPECT_NE(two, nullptr);
+}
+
+TEST_F(Evaluation, InstancesAreBuiltBehindWhatTheyShow) {
+  constexpr int kMany = 300;
+  for (const bool isBackwards : {false, true}) {
+    BaseObject* shown = Add(kCube);
+    std::vector<BaseObject*> chain;
+    for (int i = 0; i < kMany; ++i) {
+      auto* group = static_cast<BaseObject*>(New(kNull));
+      GeListHead& objects = *HeadFor(document, 5155);
+      host::Place(*group, objects, isBackwards ? nullptr : objects.downLast);
+      chain.push_back(Add(kInstance, group));
+      SetLinkEntry(chain.back()->data, kInstanceLink, shown);
+      shown = group;
+    }
+    EXPECT_EQ(Printed([&] { Evaluate(); }), "");
+    for (BaseObject* instance : chain) ASSERT_EQ(object::GetRad(instance), (Vector{100, 100, 100}));
+    const HostLink first = LinkTo(CacheOf(chain.front())), last = LinkTo(CacheOf(chain.back()));
+    Evaluate();
+    EXPECT_TRUE(host::link::GetLink(first) && host::link::GetLink(last));
+  }
+}
+
+TEST_F(Evaluation, WhatWouldShowItselfShowsNothingAndIsToldOnce) {
+  BaseObject *a = Add(kNull), *b = Add(kNull), *x = Add(kInstance, a), *y = Add(kInstance, b),
+             *out = Add(kInstance);
+  const auto aim = [](BaseObject* from, BaseObject* at) {
+    host::container::RemoveData(&from->data, kInstanceLink);
+    if (at) SetLinkEntry(from->data, kInstanceLink, at);
+  };
+  Add(kCube, a);
+  const auto lines = [&] {
+    const std::string text = Printed([&] { Evaluate(); });
+    return std::count(text.begin(), text.end(), '\n');
+  };
+  struct {
+    BaseObject *x, *y;  // what they are linked with
+    bool showsX, showsY;
+    int lines;
+  } const cases[] = {{b, a, false, false, 1}, {b, a, false, false, 0}, {b, nullptr, true, false, 0},
+                     {b, a, false, false, 1}, {b, b, true, false, 0},  {a, a, false, true, 1},
+                     {x, y, false, false, 1}, {y, x, false, false, 0}, {nullptr, out, false, false, 1}};
+  aim(out, b);  // leads to the circles
+  for (const auto& one : cases) {
+    aim(x, one.x);
+    aim(y, one.y);
+    EXPECT_EQ(lines(), one.lines) << &one - cases;
+    EXPECT_EQ(CacheOf(x) != nullptr, one.showsX) << &one - cases;
+    EXPECT_EQ(CacheOf(y) != nullptr, one.showsY) << &one - cases;
+    EXPECT_EQ(CacheOf(out) != nullptr, one.y != out) << &one - cases;
+    const HostLink kept = CacheOf(out) ? LinkTo(CacheOf(out)) : HostLink{};
+    EXPECT_EQ(lines(), 0);
+    EXPECT_EQ(host::link::GetLink(kept), CacheOf(out)) << "settled " << &one - cases;
+  }
+}
+
+TEST_F(Evaluation, OnlyWhatShapesAreMadeOfBuildsThemAnew) {
+  BaseObject* cube = Add(kCube);
+  BaseObject* twist = Add(kTwist, cube);
+  auto* mesh = host::NewPolygonObject(4, 1);
+  host::Place(*mesh, *cube, nullptr);
+  BaseObject* instance = Add(kInstance);
+  SetLinkEntry(instance->data, kInstanceLink, mesh);
+  SetNumber(twist, kTwistAngle, 1);
+  auto* tag = static_cast<SelectionTag*>(static_cast<BaseList2D*>(object::MakeTag(mesh, 5674, nullptr)));
+  Evaluate();
+  HostLink links[4]{};
+  const auto caches = [&] {
+    std::string same;
+    BaseObject* now[] = {CacheOf(cube), object::GetDeformCache(CacheOf(cube)), object::GetDeformCache(mesh),
+                         CacheOf(instance)};
+    for (int i = 0; i < 4; ++i) {
+      same += now[i] && host::link::GetLink(links[i]) == now[i] ? '=' : '!';
+      links[i] = now[i] ? LinkTo(now[i]) : HostLink{};
+    }
+    return same;
+  };
+  EXPECT_EQ(caches(), "!!!!");
+  const auto select = [](BaseSelect& selection, int32_t number) { host::select::Select(&selection, number); };
+  struct {
+    const char* kept;  // the cube's cache, what deformers made of it and of the mesh, and the instance's cache
+    std::function<void()> change;
+  } const cases[] = {
+      {"====", [] {}},
+      {"====", [&] { SetName(cube, "Box"); }},
+      {"====", [&] { SetName(twist, "Screw"); }},
+      {"===!", [&] { SetName(mesh, "Face"); }},
+      {"====", [&] { object::SetEditorMode(cube, 1), object::SetRenderMode(twist, 1); }},
+      {"===!", [&] { object::SetEditorMode(mesh, 1); }},
+      {"====", [&] { object::SetEditorMode(mesh, 1); }},
+      {"====",
+       [&] {
+         Set(cube, kCubeSize, host::Value::Of({200, 200, 200}));
+       }},
+      {"====", [&] { SetNumber(twist, kTwistAngle, 1); }},
+      {"====", [&] { host::atom::Message(cube, HOST_MSG_CHANGE, nullptr); }},
+      {"====", [&] { host::baselist::SetBit(mesh, 2); }},
+      {"!!==",
+       [&] {
+         Set(cube, kCubeSize, host::Value::Of({200, 200, 100}));
+       }},
+      {"=!!!", [&] { SetNumber(twist, kTwistAngle, 2); }},
+      {"!!==", [&] { host::atom::SetDirty(cube, DIRTYFLAGS_CACHE); }},
+      {"==!!", [&] { object::SetPhong(mesh, 1, 1, 1); }},
+      {"==!!", [&] { select(mesh->selectedPolygons, 0); }},
+      {"==!!", [&] { select(tag->selection, 0); }},
+      {"==!!", [&] { object::KillTag(mesh, 5612, 0), object::MakeTag(mesh, kTexture, nullptr); }},
+      {"==!!", [&] { static_cast<Vector*>(object::GetTagDataW(mesh, 5600))->x = 1; }},
+      {"==!!", [&] { static_cast<CPolygon*>(object::GetTagDataW(mesh, 5604))->b = 1; }},
+  };
+  for (const auto& one : cases) {
+    one.change();
+    Evaluate();
+    EXPECT_EQ(caches(), one.kept) << &one - cases;
+  }
+  BaseObject* deformed = object::GetDeformCache(mesh);
+  EXPECT_EQ(std::string_view(deformed->name), "Face");
+  EXPECT_EQ(object::GetEditorMode(deformed), 1);
 }
 
 TEST_F(Evaluation, PluginsMakeObjectsAndAreExecutedInTheirOrder) {
@@ -198,9 +313,7 @@ TEST_F(Evaluation, PluginsMakeObjectsAndAreExecutedInTheirOrder) {
   BaseObject* stays = Add(kNull);
   host::atom::SetDirty(maker, DIRTYFLAGS_DATA);
   g_plugins.make = [&](BaseObject*) { return stays; };
-  ::testing::internal::CaptureStdout();
-  Evaluate();
-  ::testing::internal::GetCapturedStdout();
+  EXPECT_NE(Printed([&] { Evaluate(); }), "");
   EXPECT_EQ(CacheOf(maker), nullptr);
   EXPECT_EQ(host::listnode::GetDocument(stays), document);
   // The generator may go while it is asked.

@@ -211,7 +211,8 @@ TEST_F(Splines, MayBeEmptyOrNoNumbers) {
       for (const Vector& bad : {Vector{kNaN, 0, 0}, Vector{0, HUGE_VAL, 0}, Vector{1e308, -1e308, 0}}) {
         std::vector<Vector> points(kZigzag.begin(), kZigzag.begin() + ptrdiff_t(std::min<size_t>(count, 4)));
         if (count > 1) points[count / 2] = bad;
-        SplineObject* spline = Make(type, points);
+        SplineObject* spline = Make(std::clamp(type, 0, 4), points);
+        host::Put(spline->data, host::kSplineType, host::Value::Int32(type));
         for (const bool isClosed : {false, true}) {
           host::Put(spline->data, host::kSplineClosed, host::Value::Int32(isClosed));
           SetDefaultCoeff(spline);
@@ -223,7 +224,7 @@ TEST_F(Splines, MayBeEmptyOrNoNumbers) {
           }
         }
       }
-  EXPECT_EQ(Alloc(-1, 0), nullptr);
+  for (const auto& [count, type] : {std::pair(-1, 0), {1, -1}, {1, 5}}) EXPECT_EQ(Alloc(count, type), nullptr);
 }
 
 // What triangles cover together.

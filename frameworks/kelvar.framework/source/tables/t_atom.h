@@ -171,7 +171,8 @@ typedef struct HostAtomGroup {
 
   /* Sets a parameter; `data` of no value resets it to its default, and removes what only the container holds. A
    * number out of the parameter's range is brought to its end; an integer serves as a float, and as an integer
-   * of the other width. 0 for a parameter that the object lacks, and a value of another type.
+   * of the other width. A value that is there already is no change. 0 for a parameter that the object lacks,
+   * and a value of another type.
    * owner   -
    * thread  any
    * waits   no

@@ -14,8 +14,8 @@ typedef struct HostSplineObjectGroup {
   uint32_t size;
   uint32_t reserved;
 
-  /* A new spline of that interpolation (SPLINEOBJECT_TYPE) with that many points, all zero; null below 0 or
-   * without memory.
+  /* A new spline of that interpolation (SPLINEOBJECT_TYPE) with that many points, all zero; null below 0, for
+   * another interpolation, or without memory.
    * owner   the caller
    * thread  any
    * waits   no
