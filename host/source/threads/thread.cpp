@@ -94,7 +94,7 @@ class BaseThread::Stay {
   ~Stay() {
     if (!HasBegun()) return;
     host::t_current = nullptr;
-    if (hasBegun_ && thread_.Leave()) host::DestroyLater(&thread_);
+    if (hasBegun_ && thread_.EndRun()) host::DestroyLater(&thread_);
     Unpin();
   }
 
@@ -103,7 +103,7 @@ class BaseThread::Stay {
   void operator()() {
     thread_.Run();
     hasBegun_ = false;
-    if (!thread_.Leave()) return;
+    if (!thread_.EndRun()) return;
     // Calls of the module may have looked it up under the interpreter's lock.
     const host::SceneTurn turn;
     host::DestroyNow(&thread_);
@@ -155,7 +155,7 @@ void BaseThread::Run() {
   if (work_.Main) work_.Main(work_.self);
 }
 
-bool BaseThread::Leave() {
+bool BaseThread::EndRun() {
   const std::lock_guard guard(lock_);
   if (backgroundClass_) host::RemoveBackground(*this);
   isRunning_ = false;

@@ -42,7 +42,7 @@ struct BaseThread final : host::Linkable {
 
   bool Begin();
   void Run();
-  bool Leave();  // whether it was given up meanwhile
+  bool EndRun();  // whether it was given up meanwhile
 
   const host::ThreadRole role_;
   const int32_t backgroundClass_ = 0;
