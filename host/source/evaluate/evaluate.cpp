@@ -29,15 +29,6 @@ struct HierarchyHelp {
   BaseDocument* document;
 };
 
-// Who takes part in the execution, and when.
-struct PriorityList {
-  struct Entry {
-    HostLink node;
-    int32_t priority, flags;
-  };
-  std::vector<Entry> entries;
-};
-
 namespace host {
 namespace {
 
@@ -95,12 +86,15 @@ struct Pass {
 // What acts on an object and on all below it: the deformers among its children, then those further out.
 struct Deformers {
   const std::vector<BaseObject*>* own;
-  const Deformers* outer;
+  Deformers* outer;
+  bool isKnown = false;  // what follows
+  bool haveOthersCode = false;
+  uint64_t state = 0;  // of all of them that are on; 0 for none
 };
 
 struct Surroundings {
   Matrix global;
-  const Deformers* deformers;
+  Deformers* deformers;
 };
 
 class Evaluator {
@@ -172,14 +166,31 @@ class Evaluator {
     return *known;
   }
 
-  // Those that act on the object, in the order in which they do.
-  std::vector<BaseObject*> DeformersOf(BaseObject& object) {
-    std::vector<BaseObject*> all;
-    if (!HaveDeformers() || IsDeformer(object) || !IsOn(document_, kUseDeformers)) return all;
-    for (const Deformers* at = SurroundingsOf(object).deformers; at; at = at->outer)
-      for (BaseObject* deformer : *at->own)
-        if (object::GetDeformMode(deformer)) all.push_back(deformer);
-    return all;
+  // Those that act on the object; null for none. Each is looked at once, however many objects it acts on.
+  const Deformers* DeformersOf(BaseObject& object) {
+    if (!HaveDeformers() || IsDeformer(object) || !IsOn(document_, kUseDeformers)) return nullptr;
+    Deformers* const innermost = SurroundingsOf(object).deformers;
+    std::vector<Deformers*> path;
+    for (Deformers* at = innermost; at && !at->isKnown; at = at->outer) path.push_back(at);
+    for (; !path.empty(); path.pop_back()) Know(*path.back());
+    return innermost && innermost->state ? innermost : nullptr;
+  }
+
+  void Know(Deformers& deformers) {
+    const Deformers* outer = deformers.outer;
+    deformers.state = outer ? outer->state : 0;
+    deformers.haveOthersCode = outer && outer->haveOthersCode;
+    for (BaseObject* deformer : *deformers.own) {
+      if (!object::GetDeformMode(deformer)) continue;
+      State state;
+      state.Add(deformers.state);
+      deformers.haveOthersCode |= RecordOf(*deformer) != nullptr;
+      state.Add(deformer->number);
+      state.Add(ContentOf(*deformer));
+      state.Add(SurroundingsOf(*deformer).global);
+      deformers.state = state.Sum();
+    }
+    deformers.isKnown = true;
   }
 
   void UpdateCache(BaseObject& object, Evaluation& evaluation) {
@@ -196,7 +207,7 @@ class Evaluator {
     evaluation.cached = state;
     ++evaluation.version;
     if (made && made == FirstIn(&object, kCacheBranch)) return;  // a plug-in's, as good as new
-    SetBranch(object, kCacheBranch, made);
+    Replace(object, kCacheBranch, made);
   }
 
   // What the object's cache is made from; 0 when it makes nothing.
@@ -296,23 +307,19 @@ class Evaluator {
   void UpdateDeformed(BaseObject& object, Evaluation& evaluation) {
     const auto* shape = As<PointObject>(&object);
     BaseObject* cache = shape ? nullptr : FirstIn(&object, kCacheBranch);
-    const auto deformers = shape || cache ? DeformersOf(object) : std::vector<BaseObject*>();
-    if (deformers.empty() && !evaluation.deformed) return;
+    const Deformers* deformers = shape || cache ? DeformersOf(object) : nullptr;
+    if (!deformers && !evaluation.deformed) return;
     const uint64_t knownAt = evaluation.contentAt;
     State state;
-    if (!deformers.empty()) {
+    if (deformers) {
       state.Add(shape ? ContentOf(object, shape) : evaluation.cached);
       if (shape) AddTags(state, object);
+      // The code of a plug-in may look at anything of the object.
+      if (deformers->haveOthersCode) state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
       state.Add(SurroundingsOf(object).global);
+      state.Add(deformers->state);
     }
-    for (BaseObject* deformer : deformers) {
-      state.Add(deformer->number);
-      state.Add(ContentOf(*deformer));
-      // A plug-in's may look at anything of the object.
-      if (RecordOf(*deformer)) state.Add(atom::GetDirty(&object, DIRTYFLAGS_DATA));
-      state.Add(SurroundingsOf(*deformer).global);
-    }
-    const uint64_t wanted = deformers.empty() ? 0 : state.Sum();
+    const uint64_t wanted = deformers ? state.Sum() : 0;
     if (wanted == evaluation.deformed) {
       auto* copy = shape && evaluation.contentAt != knownAt ? FirstIn(&object, kDeformBranch) : nullptr;
       if (!copy) return;
@@ -329,8 +336,10 @@ class Evaluator {
           if (As<PointObject>(&node)) node.Link(shapes.emplace_back());
         },
         cache != nullptr, false);
-    std::vector<HostLink> acting(deformers.size());
-    for (size_t i = 0; i < deformers.size(); ++i) deformers[i]->Link(acting[i]);
+    std::vector<HostLink> acting;  // in their order
+    for (; deformers; deformers = deformers->outer)
+      for (BaseObject* deformer : *deformers->own)
+        if (object::GetDeformMode(deformer)) deformer->Link(acting.emplace_back());
     for (const HostLink& link : shapes) DeformShape(link, object, acting);
   }
 
@@ -346,7 +355,7 @@ class Evaluator {
     const Hold hold(link), objectHold(object);
     auto* shape = static_cast<PointObject*>(hold.Object());
     if (!shape) return;
-    if (deformers.empty()) return SetBranch(*shape, kDeformBranch, nullptr);
+    if (deformers.empty()) return Replace(*shape, kDeformBranch, nullptr);
     auto* copy = static_cast<PointObject*>(
         atom::GetClone(shape, COPYFLAGS_NO_HIERARCHY | COPYFLAGS_NO_ANIMATION, nullptr));
     if (!copy || !hold.IsAlive() || !objectHold.IsAlive()) return DestroyNow(copy);
@@ -365,7 +374,13 @@ class Evaluator {
                              CurrentThread());
     }
     if (!hold.IsAlive()) return DestroyNow(copy);
-    SetBranch(*shape, kDeformBranch, copy);
+    Replace(*shape, kDeformBranch, copy);
+  }
+
+  // What goes may have belonged to plug-ins.
+  void Replace(BaseObject& object, int32_t branch, BaseObject* made) {
+    isStale_ = isStale_ || HavePluginNodes();
+    SetBranch(object, branch, made);
   }
 
   BaseDocument* document_;
@@ -376,42 +391,6 @@ class Evaluator {
   std::unordered_map<const BaseObject*, Surroundings> surroundings_;
   std::deque<Deformers> deformers_;
 };
-
-// Runs the code of plug-ins; the document may be gone behind it.
-bool Execute(const HostLink& link, const std::function<bool()>& isStopped) {
-  PriorityList list;
-  {
-    const SceneTurn turn;
-    auto* document = static_cast<BaseDocument*>(link::GetLink(link));
-    if (!document || !HavePluginNodes()) return true;
-    std::vector<HostLink> nodes;
-    Walk(*document, [&](GeListNode& node) {
-      const NodeRecord* record = RecordOf(node);
-      if (record && record->Execute) node.Link(nodes.emplace_back());
-    });
-    for (const HostLink& one : nodes) {
-      const Hold hold(one);
-      auto* node = static_cast<GeListNode*>(hold.Object());
-      const NodeRecord* record = node ? RecordOf(*node) : nullptr;
-      if (!record) continue;
-      if (!record->AddToExecution || !record->AddToExecution(PluginData(*node), node, &list))
-        list.entries.push_back({one, 0, 0});
-    }
-  }
-  std::stable_sort(list.entries.begin(), list.entries.end(),
-                   [](const auto& a, const auto& b) { return a.priority < b.priority; });
-  for (const auto& entry : list.entries) {
-    if (isStopped && isStopped()) return false;
-    const SceneTurn turn;
-    const Hold hold(entry.node);
-    auto* node = static_cast<GeListNode*>(hold.Object());
-    const NodeRecord* record = node ? RecordOf(*node) : nullptr;
-    auto* document = static_cast<BaseDocument*>(link::GetLink(link));
-    if (record && document && record->Execute)
-      record->Execute(PluginData(*node), node, document, CurrentThread(), entry.priority, entry.flags);
-  }
-  return true;
-}
 
 std::vector<HostLink> ObjectsOf(const HostLink& link) {
   const SceneTurn turn;
@@ -474,13 +453,3 @@ void EvaluateTree(BaseObject& root) {
 }
 
 }  // namespace host
-
-namespace host::prioritylist {
-
-HostBool Add(PriorityList* self, GeListNode* node, int32_t priority, int32_t flags) {
-  if (!self || !node) return 0;
-  node->Link(self->entries.emplace_back(PriorityList::Entry{{}, priority, flags}).node);
-  return 1;
-}
-
-}  // namespace host::prioritylist

@@ -18,6 +18,9 @@ struct Passes {
 // said so.
 bool Evaluate(BaseDocument& document, const Passes& passes, const std::function<bool()>& isStopped = {});
 
+// The expressions alone. They may do anything: the document may be gone behind them.
+bool Execute(const HostLink& document, const std::function<bool()>& isStopped);
+
 // Brings the caches of an object and of all below it up to date; the caller has the turn.
 void EvaluateTree(BaseObject& root);
 

@@ -232,7 +232,8 @@ TEST_F(Evaluation, WhatWouldShowItselfShowsNothingAndIsToldOnce) {
 }
 
 TEST_F(Evaluation, OnlyWhatShapesAreMadeOfBuildsThemAnew) {
-  BaseObject* cube = Add(kCube);
+  BaseObject *group = Add(kNull), *outer = Add(kTwist, group), *off = Add(kTwist, group);
+  BaseObject* cube = Add(kCube, group);
   BaseObject* twist = Add(kTwist, cube);
   auto* mesh = host::NewPolygonObject(4, 1);
   host::Place(*mesh, *cube, nullptr);
@@ -240,6 +241,7 @@ TEST_F(Evaluation, OnlyWhatShapesAreMadeOfBuildsThemAnew) {
   SetLinkEntry(instance->data, kInstanceLink, mesh);
   SetNumber(twist, kTwistAngle, 1);
   auto* tag = static_cast<SelectionTag*>(static_cast<BaseList2D*>(object::MakeTag(mesh, 5674, nullptr)));
+  object::SetDeformMode(off, 0);
   Evaluate();
   HostLink links[4]{};
   const auto caches = [&] {
@@ -261,6 +263,8 @@ TEST_F(Evaluation, OnlyWhatShapesAreMadeOfBuildsThemAnew) {
       {"====", [] {}},
       {"====", [&] { SetName(cube, "Box"); }},
       {"====", [&] { SetName(twist, "Screw"); }},
+      {"====", [&] { SetName(outer, "Wind"); }},
+      {"====", [&] { host::DestroyNow(off); }},
       {"===!", [&] { SetName(mesh, "Face"); }},
       {"====", [&] { object::SetEditorMode(cube, 1), object::SetRenderMode(twist, 1); }},
       {"===!", [&] { object::SetEditorMode(mesh, 1); }},
@@ -277,6 +281,7 @@ TEST_F(Evaluation, OnlyWhatShapesAreMadeOfBuildsThemAnew) {
          Set(cube, kCubeSize, host::Value::Of({200, 200, 100}));
        }},
       {"=!!!", [&] { SetNumber(twist, kTwistAngle, 2); }},
+      {"=!!!", [&] { SetNumber(outer, kTwistAngle, 2); }},
       {"!!==", [&] { host::atom::SetDirty(cube, DIRTYFLAGS_CACHE); }},
       {"==!!", [&] { object::SetPhong(mesh, 1, 1, 1); }},
       {"==!!", [&] { select(mesh->selectedPolygons, 0); }},
