@@ -71,6 +71,15 @@ BaseObject* TargetOf(const BaseObject& instance) {
 // R. Tarjan, "Depth-first search and linear graph algorithms" (1972): those that lead to each other, and they
 // come out behind all that they lead to.
 std::vector<HostLink> InstanceOrder::Before(BaseObject& root) {
+  // Most stand for what others stand for, too.
+  const int64_t key = Step::KeyOf(root, true);
+  if (known_.contains(key)) return {};
+  const BaseObject* target = TargetOf(root);
+  if (!target || known_.contains(Step::KeyOf(*target, false))) {
+    EvaluationOf(root).isCircular = false;
+    known_.insert(key);
+    return {};
+  }
   std::vector<HostLink> order;
   std::vector<std::string> lines;
   std::vector<Step> steps;
