@@ -49,7 +49,9 @@ bool HasPlyHeader(std::string_view head) {
 // text.
 bool Begins(std::string_view extension, std::string_view head, uint64_t size) {
   const bool isText = head.find('\0') == head.npos;
-  if (extension == "glb") return head.size() >= 20 && head.starts_with("glTF") && NumberAt(head, 8) <= size;
+  if (extension == "glb")
+    return head.size() >= 20 && head.starts_with("glTF") && NumberAt(head, 8) <= size &&
+           20 + uint64_t(NumberAt(head, 12)) <= size;
   if (extension == "3ds") {
     if (head.size() < 6) return false;
     const uint32_t length = NumberAt(head, 2);

@@ -544,6 +544,7 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"other.ply", "ply\nelephant\nend_header\n", "it is no whole .ply file"},
       {"misnamed.3ds", obj, "it is no whole .3ds file"},
       {"cut.glb", whole.substr(0, whole.size() / 2), "it is no whole .glb file"},
+      {"chunk.glb", whole.substr(0, 12) + "\xff\xff\xff\xbf" + whole.substr(16), "it is no whole .glb file"},
       {"cut line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1", "it is no whole .ply file"},
       {"missing line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n\n", "it is no whole .ply file"},
       {"text.obj", "hello world, this is a text", "there is nothing in it"},
