@@ -296,7 +296,8 @@ class ThreadsTest(unittest.TestCase):
         for text, code, out, errors in (
                 ("while not self.TestBreak(): time.sleep(0.001)\n    print('ends', flush=True)" + started, 0, "ends\n", ""),
                 ("self.work()\ndef spin():\n  while True: pass\nGeThreadLock()\nthreads = [T() for i in range(5)]\n"
-                 "works = spin, lambda: time.sleep(60), GeThreadLock, threads[4].Wait, threads[3].Wait\n"
+                 "def wait(other):\n  until(other.IsRunning); other.Wait()\n"
+                 "works = spin, lambda: time.sleep(60), GeThreadLock, lambda: wait(threads[4]), lambda: wait(threads[3])\n"
                  "for t, t.work in zip(threads, works): t.Start()", 0, "", left),
                 ("began.append(1); time.sleep(0.2); print('ends', flush=True)" + started + "until(lambda: began); del t; time.sleep(0.4)", 0,
                  "ends\n", stop),
