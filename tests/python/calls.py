@@ -1,10 +1,29 @@
-"""Calls by their formats: what each argument refuses, what is missing or too much, and objects that have gone."""
+"""Calls by their formats: what each argument refuses, what is missing or too much, objects that have gone, and what is
+said on standard error."""
+import contextlib
+import os
 import re
+import tempfile
 
 VECTOR = "net.tavor.parametrictype.vec<3,float64>"
 NUMBERS = {"i": 1, "b": 1, "f": 1.0}
 TOO_LARGE = {"i": (2 ** 31, "signed integer is greater than maximum"),
              "b": (256, "unsigned byte integer is greater than maximum")}
+
+
+@contextlib.contextmanager
+def errors():
+    """What goes to standard error, past Python's own stream."""
+    lines, old = [], os.dup(2)
+    with tempfile.TemporaryFile() as file:
+        os.dup2(file.fileno(), 2)
+        try:
+            yield lines
+        finally:
+            os.dup2(old, 2)
+            os.close(old)
+            file.seek(0)
+            lines.extend(file.read().decode().splitlines())
 
 
 def outcome(call, *args, **keywords):

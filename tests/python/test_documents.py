@@ -1,5 +1,4 @@
 """Documents: what they hold, what is selected, who owns them, and their files."""
-import contextlib
 import gc
 import os
 import signal
@@ -11,6 +10,8 @@ import unittest
 
 import qlx
 from qlx import documents
+
+from calls import errors
 
 NULL, CUBE, SPHERE, TEXTURE, PHONG, MATERIAL, BITMAP, RENDERDATA, POLYGONS = 5140, 5159, 5160, 5616, 5612, 5703, 5833, 110304, 5100
 ALL = qlx.SCENEFILTER_OBJECTS | qlx.SCENEFILTER_MATERIALS
@@ -31,21 +32,6 @@ def new(type=NULL, name="x", parent=None):
     if parent:
         node.InsertUnderLast(parent)
     return node
-
-
-@contextlib.contextmanager
-def errors():
-    """What goes to standard error, past Python's own stream."""
-    lines, old = [], os.dup(2)
-    with tempfile.TemporaryFile() as file:
-        os.dup2(file.fileno(), 2)
-        try:
-            yield lines
-        finally:
-            os.dup2(old, 2)
-            os.close(old)
-            file.seek(0)
-            lines.extend(file.read().decode().splitlines())
 
 
 class Case(unittest.TestCase):

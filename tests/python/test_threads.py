@@ -252,11 +252,11 @@ class ThreadsTest(unittest.TestCase):
                 for word, call, result in (("load", lambda: documents.LoadDocument(path, ALL, thread.Get()), None),
                                            ("merge", lambda: documents.MergeDocument(document, path, 0, thread=thread.Get()), False),
                                            ("", lambda: document.ExecutePasses(thread.Get(), False, True, True, 0), False)):
-                    with self.subTest(word=word, stops=stops), self.console() as lines:
+                    with self.subTest(word=word, stops=stops), calls.errors() as lines:
                         self.assertIs(call() == result if stops else bool(call()), True)
                     self.assertEqual(lines, ["qlxpy: can't %s %s: stopped" % (word, path)] if stops and word else [])
             mine.Start()
-            with self.console() as lines:
+            with calls.errors() as lines:
                 mine.End()
             self.assertEqual((mine.result, lines), (None, ["qlxpy: can't load %s: stopped" % path]))
             gone = stopped.Get()
@@ -272,20 +272,6 @@ class ThreadsTest(unittest.TestCase):
             vanishing = [Vanishing()]
             self.assertTrue(documents.LoadDocument(path, ALL, vanishing[0].Get()).IsAlive())
             self.assertEqual(vanishing, [])
-
-    @contextlib.contextmanager
-    def console(self):
-        """What goes to standard error, past Python's own stream."""
-        lines, old = [], os.dup(2)
-        with tempfile.TemporaryFile() as file:
-            os.dup2(file.fileno(), 2)
-            try:
-                yield lines
-            finally:
-                os.dup2(old, 2)
-                os.close(old)
-                file.seek(0)
-                lines.extend(file.read().decode().splitlines())
 
     def test_processes_that_end_while_threads_run(self):
         begin = ("import atexit, sys, time\nfrom qlx.threading import *\nbegan = []\n"
