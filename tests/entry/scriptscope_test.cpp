@@ -1,4 +1,5 @@
 // Script scopes and conversions as another plug-in of the host uses them, by the module's library.
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -70,8 +71,7 @@ TEST_F(ScriptScopeTest, ErrorsArePrintedOrCleared) {
     const char* words;  // empty: nothing is printed
   } cases[] = {{"x y", SCRIPT_SYNTAX_ERROR_PRINT, "File \"a node\", line 1"},
                {"x y", SCRIPT_SYNTAX_ERROR_CLEAR, ""},
-               {"1 / 0", SCRIPT_SYNTAX_ERROR_CLEAR, "ZeroDivisionError"},
-               {"raise SystemExit(3)", SCRIPT_SYNTAX_ERROR_PRINT, ""}};
+               {"1 / 0", SCRIPT_SYNTAX_ERROR_CLEAR, "ZeroDivisionError"}};
   ModuleScriptScope* scope = words->Create();
   EXPECT_EQ(words->Init(scope), 1);
   auto* pending = Python<void*()>("PyErr_Occurred");
@@ -86,7 +86,20 @@ TEST_F(ScriptScopeTest, ErrorsArePrintedOrCleared) {
     EXPECT_EQ(Printed().empty(), !*c.words) << Printed();
     EXPECT_NE(Printed().find(c.words), std::string::npos) << Printed();
   }
-  EXPECT_TRUE(app.Happened("event 1026812")) << "an exit asks the application to end";
+  words->Destroy(scope);
+  End(1);
+}
+
+TEST_F(ScriptScopeTest, AnExitOfAScriptEndsTheProcess) {
+  LeaveErrors();
+  ModuleScriptScope* scope = words->Create();
+  EXPECT_EQ(words->Init(scope), 1);
+  const std::string left = app.home + "/left";
+  const std::string atExit = "import atexit, sys\natexit.register(lambda: open('" + left + "', 'w').close())\n";
+  for (const auto& [source, code] : std::initializer_list<std::pair<std::string, int>>{
+           {"raise SystemExit", 0}, {"raise SystemExit(3)", 3}, {atExit + "sys.exit('no more')", 1}})
+    EXPECT_EXIT(Run(scope, source.c_str()), testing::ExitedWithCode(code), "") << source;
+  EXPECT_TRUE(std::filesystem::exists(left)) << "the interpreter ends in its own order";
   words->Destroy(scope);
   End(1);
 }

@@ -40,6 +40,11 @@ void EntryTest::WatchErrors() {
   watching = true;
 }
 
+void EntryTest::LeaveErrors() {
+  if (watching) std::cerr << testing::internal::GetCapturedStderr();
+  watching = false;
+}
+
 std::string EntryTest::Printed() {
   if (watching) errors += testing::internal::GetCapturedStderr();
   if (watching) testing::internal::CaptureStderr();
@@ -55,7 +60,7 @@ void EntryTest::ForgetPrinted() {
 }
 
 void EntryTest::TearDown() {
-  if (watching) std::cerr << testing::internal::GetCapturedStderr();
+  LeaveErrors();
   EXPECT_EQ(app.ledger.Left(), "") << "values that did not come back";
   EXPECT_FALSE(InterpreterUp());
   EXPECT_FALSE(app.loggers.contains(kLogger)) << "the logger outlives the module";

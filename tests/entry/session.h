@@ -73,6 +73,8 @@ class EntryTest : public testing::Test {
 
   // What the host and, from now on, the process's error stream were told.
   void WatchErrors();
+  // Processes that are made from this one can't be watched.
+  void LeaveErrors();
   std::string Printed();
   void ForgetPrinted();
 

@@ -356,6 +356,17 @@ class CacheTest(unittest.TestCase):
         first.clear()
         self.assertIsNone(seen())
 
+    def test_the_cache_as_clone(self):
+        document, op, other = qlx.documents.BaseDocument(), qlx.BaseObject(CUBE), qlx.BaseObject(CUBE)
+        document.InsertObject(op)
+        for _ in range(2):
+            document.ExecutePasses(None, True, True, True, 0)
+            found = op.GetAndCheckHierarchyClone(capsule(), other, 0, False)
+        cache = op.GetCache()
+        self.assertEqual(found, {"clone": cache, "dirty": False})
+        found.clear()  # the wrapper's end is not the cache's
+        self.assertEqual((cache.IsAlive(), op.GetCache()), (True, cache))
+
     def test_lines_of_a_view(self):
         op, lines = qlx.BaseObject(CUBE), qlx.LineObject(3, 1)
         self.assertIsNone(op.GetIsoparm())

@@ -160,8 +160,11 @@ bool ScriptScope::Run(const std::string& source, const std::string& fileName, in
   Py_INCREF(globals);
   PyObject* code = Compile(source, fileName, startMode);
   const bool ok = code && Evaluate(code, globals);
-  // Not by PyErr_Print, which ends the process at a SystemExit: it is the host's.
-  if (code && !ok) PrintAndClearError();
+  // Unlike elsewhere a SystemExit is not the host's: it ends the process here, as it ends `python`.
+  if (code && !ok) {
+    PyErr_Print();
+    FlushStreams();
+  }
   Py_XDECREF(code);
   Py_DECREF(globals);
   return ok;

@@ -57,7 +57,7 @@ class ScriptScope {
   bool ImportPackage();
 
   // Compiles and runs; tracebacks show `fileName`. A text that does not compile leaves its error pending.
-  // What the script raises is printed, and a SystemExit asks the host to end.
+  // What the script raises is printed by PyErr_Print, which ends the process at a SystemExit.
   bool Run(const std::string& source, const std::string& fileName, int startMode = Py_file_input);
 
   // Both globals and locals; null in an empty scope. Borrowed.

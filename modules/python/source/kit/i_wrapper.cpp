@@ -8,10 +8,14 @@
 #include "kit/i_pool.h"
 
 namespace qlx {
-namespace {
 
-void Destroy(QLXAtom* host) { static_cast<BaseList2D*>(host)->Free(); }
-void Destroy(BaseBitmap* host) { host->Free(); }
+void FreeUnlessListed(QLXAtom* host) {
+  auto* node = static_cast<BaseList2D*>(host);
+  if (!node->GetUp() && !node->GetListHead()) node->Free();
+}
+static void FreeUnlessListed(BaseBitmap* host) { host->Free(); }
+
+namespace {
 
 using Pool = RecordPool<sizeof(AtomWrapper)>;
 
@@ -26,7 +30,7 @@ PyObject* WrapLink(PyTypeObject* type, HostLink link, bool owned, int32_t line, 
     return object;
   }
   auto* host = static_cast<Host*>(LookUp(link));
-  if (owned && host) Destroy(host);
+  if (owned && host) FreeUnlessListed(host);
   FreeLink(link);
   return nullptr;
 }
@@ -37,7 +41,7 @@ template <class Host>
                                        const char* file) {
   HostLink link{};
   if (SetLink(host, link)) return WrapLink<Host>(type, link, owned, line, file);
-  if (owned) Destroy(host);
+  if (owned) FreeUnlessListed(host);
   return PyErr_NoMemory();
 }
 
@@ -60,17 +64,10 @@ PyObject* Wrap(PyTypeObject* type, Host* host, bool owned, int32_t line, const c
   FreeWrapper(g_wrapperTracker, self);
 }
 
-// What stands in a list is the list's, whatever another wrapper of it did meanwhile.
-bool IsFree(QLXAtom* host) {
-  const auto* node = static_cast<GeListNode*>(host);
-  return !node->GetUp() && !node->GetListHead();
-}
-bool IsFree(BaseBitmap*) { return true; }
-
 template <class Host>
 [[gnu::noinline]] void FreeOwning(PyObject* self) {
   auto* host = static_cast<Host*>(LookUp(reinterpret_cast<AtomWrapper*>(self)->link));
-  if (host && IsFree(host)) Destroy(host);
+  if (host) FreeUnlessListed(host);
   FreeLinkOnly(self);
 }
 

@@ -81,6 +81,8 @@ PyObject* WrapAtom(PyTypeObject* type, QLXAtom* host, bool owned, int32_t line =
 // The same for the object of a link, which is taken over; the wrapper of one that went meanwhile is dead.
 PyObject* WrapLinkedAtom(PyTypeObject* type, HostLink link, bool owned, int32_t line = __builtin_LINE(),
                          const char* file = __builtin_FILE());
+// The end of what a wrapper owned: what stands in a list is the list's, whatever other wrappers of it did.
+void FreeUnlessListed(QLXAtom* host);
 PyObject* WrapBitmap(PyTypeObject* type, BaseBitmap* host, bool owned, int32_t line = __builtin_LINE(),
                      const char* file = __builtin_FILE());
 

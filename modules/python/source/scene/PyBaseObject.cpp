@@ -89,8 +89,9 @@ int32_t GetHighlightHandle(BaseObject* self, View* bd) {
   return self->GetHighlightHandle(reinterpret_cast<BaseDraw*>(bd));
 }
 
-PyObject* CloneToPython(BaseObject* clone, bool owned, bool dirty) {
-  PyObject* wrapper = clone ? WrapHostObject(clone, owned) : NewNone();
+// The clone is the script's, unless it is the generator's own cache: what stands in a list stays the list's.
+PyObject* CloneToPython(BaseObject* clone, bool dirty) {
+  PyObject* wrapper = clone ? WrapHostObject(clone, true) : NewNone();
   return wrapper ? Py_BuildValue("{s:N,s:N}", "clone", wrapper, "dirty", ToPython(dirty)) : nullptr;
 }
 
@@ -119,7 +120,7 @@ PyObject* GetHierarchyClone(AtomWrapper* self, CapsuleRecord* hh, WrapperOf<Base
   if (!ReadHelp(hh, help) || !ReadDirty(dirty, isDirty)) return nullptr;
   if (!Present<BaseObject>::Get(&self->ob_base, host) || !op->Get(source)) return nullptr;
   BaseObject* clone = host->GetHierarchyClone(help, source, flags, &isDirty, AliasTransOf(trans), dirtyflags);
-  return CloneToPython(clone, true, isDirty);  // the script's
+  return CloneToPython(clone, isDirty);
 }
 
 PyObject* GetAndCheckHierarchyClone(BaseObject* self, CapsuleRecord* hh, BaseObject* op, int32_t flags,
@@ -129,7 +130,7 @@ PyObject* GetAndCheckHierarchyClone(BaseObject* self, CapsuleRecord* hh, BaseObj
   HostBool isDirty = dirty;
   BaseObject* clone =
       self->GetAndCheckHierarchyClone(help, op, flags, &isDirty, allchildren, AliasTransOf(trans));
-  return CloneToPython(clone, isDirty, isDirty);  // the script's if it is new, else the generator's cache
+  return CloneToPython(clone, isDirty);
 }
 
 PyObject* AddDependence(BaseObject* self, CapsuleRecord* hh, BaseObject* op, int32_t dirtyflags) {

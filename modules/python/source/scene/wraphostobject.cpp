@@ -130,7 +130,7 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
 [[gnu::noinline]] PyObject* WrapChosen(QLXAtom* host, bool owned) {
   HostLink link{};
   if (!SetLink(host, link)) {
-    if (owned) static_cast<BaseList2D*>(host)->Free();
+    if (owned) FreeUnlessListed(host);
     return PyErr_NoMemory();
   }
   const uintptr_t word = TypeWordOf(host);

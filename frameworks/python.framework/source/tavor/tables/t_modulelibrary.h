@@ -65,8 +65,9 @@ typedef struct ScriptScopeTable {
   /* word 29: imports the package and binds it to `qlx`. */
   int32_t (*ImportPackage)(ModuleScriptScope* self);
   /* word 30: compiles and runs a text; tracebacks show `fileName` as it is. `startMode` is 257
-   * for a whole script. What the script raises is printed, and a SystemExit asks the host to
-   * end; a text that does not compile is dealt with as a ScriptSyntaxError says. Waits. */
+   * for a whole script. What the script raises is printed by PyErr_Print, where a SystemExit
+   * ends the interpreter and the process; a text that does not compile is dealt with as a
+   * ScriptSyntaxError says. Waits. */
   int32_t (*Run)(ModuleScriptScope* self, const HostString* source, const HostString* fileName,
                  int32_t startMode, int32_t syntaxError);
   /* word 31: whether a statement of a console is complete: 1, 0 when another line must come,
