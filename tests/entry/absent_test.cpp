@@ -14,7 +14,7 @@
 
 namespace {
 
-// A virtual machine of another plug-in: its start can fail or take long, and its library is of
+// A virtual machine of another plug-in: its start can fail or wait, and its library is of
 // an interface that nobody knows.
 struct ForeignMachine {
   const VirtualMachineInterface* table;
@@ -22,7 +22,7 @@ struct ForeignMachine {
   std::atomic<int64_t> flags{0};
   std::atomic<int32_t> runtime{0};
   bool fails = false;
-  int milliseconds = 0;
+  void (*whileStarting)() = nullptr;
 } foreign;
 
 struct ForeignLibrary {
@@ -51,7 +51,7 @@ const VirtualMachineInterface kForeignTable = [] {
     ++Self(self)->starts;
     Self(self)->flags = fake::datadictionary::GetInt(settings, CPYTHON_INTERPRETERFLAGS, -1);
     Self(self)->runtime = runtime;
-    std::this_thread::sleep_for(std::chrono::milliseconds(Self(self)->milliseconds));
+    if (Self(self)->whileStarting) Self(self)->whileStarting();
     if (Self(self)->fails)
       return {HOST_RESULT_ERROR, 7, "foreign.c", fake::string::FromUtf8("foreign words", 13)};
     return {};
@@ -67,11 +67,12 @@ VirtualMachineClass foreignClass = {sizeof(VirtualMachineClass), 0, [] {
 
 class AbsentTest : public EntryTest {
  public:
-  void UseForeignMachine(bool fails, int milliseconds = 0, const TavorHead* library = &kForeignLibraryTable) {
+  void UseForeignMachine(bool fails, void (*whileStarting)() = nullptr,
+                         const TavorHead* library = &kForeignLibraryTable) {
     foreign.table = &kForeignTable;
     foreignLibrary.table = library;
     foreign.fails = fails;
-    foreign.milliseconds = milliseconds;
+    foreign.whileStarting = whileStarting;
     app.registry[kMachineClasses][kMachineClass] = &foreignClass;
   }
   bool Logged(const std::string& words) {
@@ -128,7 +129,7 @@ const Reason kReasons[] = {
     {"ForeignLibraryPretends",
      [](auto& test) {
        WithoutInterpreter();
-       test.UseForeignMachine(false, 0, &kPretendingTable.head);
+       test.UseForeignMachine(false, nullptr, &kPretendingTable.head);
      },
      {}},
 };
@@ -278,8 +279,19 @@ TEST_F(AbsentTest, LoggerOutput) {
 std::mutex yieldsMutex;
 std::vector<std::pair<CpuYieldRecord, void*>> yields;
 
+bool Yielded(auto&& condition) {
+  const std::lock_guard lock(yieldsMutex);
+  return std::any_of(yields.begin(), yields.end(), [&](const auto& y) { return condition(y.first.count); });
+}
+bool YieldedLong() {
+  return Yielded([](int32_t count) { return count > 4096 && count < INT32_MAX; });
+}
+
 TEST_F(AbsentTest, BringUpOnTwoThreadsYields) {
-  UseForeignMachine(false, 300);
+  // The start takes as long as the other thread needs to come, and to wait in turns.
+  UseForeignMachine(false, [] {
+    for (int i = 0; i < 30000 && !YieldedLong(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
   *yieldDelegate = [](CpuYieldRecord* record, void* address) {
     {
       const std::lock_guard lock(yieldsMutex);
@@ -293,11 +305,10 @@ TEST_F(AbsentTest, BringUpOnTwoThreadsYields) {
   EXPECT_EQ(BringUp(), "");
   second.join();
   EXPECT_EQ(foreign.starts, 1);
-  const auto any = [](auto&& condition) { return std::any_of(yields.begin(), yields.end(), condition); };
   ASSERT_FALSE(yields.empty());
   EXPECT_EQ(yields[0].first.count, 0) << "the host's flag asks for one call ahead of the first turn";
-  EXPECT_TRUE(any([](const auto& y) { return y.first.count > 4096 && y.first.count < INT32_MAX; }));
-  EXPECT_TRUE(any([](const auto& y) { return y.first.count == INT32_MAX; })) << "the unlock wakes the waiter";
+  EXPECT_TRUE(YieldedLong());
+  EXPECT_TRUE(Yielded([](int32_t count) { return count == INT32_MAX; })) << "the unlock wakes the waiter";
   for (const auto& [record, address] : yields) {
     EXPECT_EQ(address, yields[0].second);
     EXPECT_EQ(record.address, uint32_t(uintptr_t(address)));
