@@ -132,14 +132,15 @@ class ThreadsTest(unittest.TestCase):
             raise ValueError("bad")
 
         name = lambda self: open("/proc/thread-self/comm", "rb").read().rstrip(b"\n").decode(errors="ignore")
-        wrong = "AttributeError: 'function' object has no attribute 'im_func'"  # what a report of a wrong result ends in
+        wrong = "TypeError: %s expected %s, not %s"
+        stop = wrong % ("TestDBreak", "bool or int", "%s")
         for method, answer, expected, words in (
                 ("TestDBreak", lambda self: True, True, ""), ("TestDBreak", lambda self: 0, False, ""), ("TestDBreak", lambda self: 2, True, ""),
-                ("TestDBreak", lambda self: None, True, wrong), ("TestDBreak", lambda self: "", True, wrong), ("TestDBreak", fault, True, "ValueError: bad"),
-                ("TestDBreak", lambda self: self.TestBreak(), False, ""), ("TestDBreak", lambda self: self.End(), True, wrong),
+                ("TestDBreak", lambda self: None, True, stop % "None"), ("TestDBreak", lambda self: "", True, stop % "str"), ("TestDBreak", fault, True, "ValueError: bad"),
+                ("TestDBreak", lambda self: self.TestBreak(), False, ""), ("TestDBreak", lambda self: self.End(), True, stop % "None"),
                 ("TestDBreak", lambda self: [self.End(False), self.TestBreak()][1], True, ""), ("TestDBreak", staticmethod(lambda: True), False, ""),
                 ("GetThreadName", lambda self: "loader", "loader", ""), ("GetThreadName", lambda self: "äöü" * 9, "äöüäöüä", ""),
-                ("GetThreadName", lambda self: None, "Python", wrong), ("GetThreadName", fault, "Python", "ValueError: bad"),
+                ("GetThreadName", lambda self: None, "Python", wrong % ("GetThreadName", "str", "None")), ("GetThreadName", fault, "Python", "ValueError: bad"),
                 ("GetThreadName", lambda self: "\udcff", "Python", "surrogates not allowed"), ("GetThreadName", staticmethod(lambda: "no"), "Python", "")):
             with self.subTest(method=method, expected=expected, words=words), printed() as lines:
                 thread = type("Asked", (Work,), {method: answer})(Work.TestBreak if method == "TestDBreak" else name)
@@ -150,7 +151,7 @@ class ThreadsTest(unittest.TestCase):
             self.assertIn(words, lines[-1] if lines else "")
             self.assertEqual(bool(words), bool(lines))
         self.assertEqual(run(name), "Python")
-        for main, words in ((fault, "ValueError: bad"), (lambda self: 1, wrong)):
+        for main, words in ((fault, "ValueError: bad"), (lambda self: 1, wrong % ("Main", "None", "int"))):
             with printed() as lines:
                 thread = type("Main", (QLXThread,), {"Main": main})()
                 thread.Start()

@@ -23,6 +23,14 @@ ThreadWrapper* AsRecord(PyObject* object) { return reinterpret_cast<ThreadWrappe
 // What the host calls, on its threads. Nothing here cleans up by a destructor but the lock's own: where the
 // interpreter's end unwinds a thread, nobody may touch an object of Python any more.
 
+// The methods of a class do not tell their function, without which the report with its line can't be given.
+void ReportWrong(PyObject* self, const char* method, const char* expected, PyObject* result) {
+  ReportBadResult(self, method, expected, result);
+  if (!PyErr_Occurred()) return;
+  PyErr_Clear();
+  RaiseExpectedTypeFor(method, expected, result);
+}
+
 // Calls a method of the script. `take` answers whether the result is what is expected; what is wrong is
 // printed.
 template <class Take>
@@ -35,7 +43,7 @@ void CallMethod(const ScriptThread& thread, const char* method, const char* expe
   if (self && Py_REFCNT(self) > 0) {
     Py_INCREF(self);
     PyObject* result = PyObject_CallMethod(self, method, nullptr);
-    if (result && !take(result) && !PyErr_Occurred()) ReportBadResult(self, method, expected, result);
+    if (result && !take(result) && !PyErr_Occurred()) ReportWrong(self, method, expected, result);
     Py_XDECREF(result);
     Py_DECREF(self);
   } else {
