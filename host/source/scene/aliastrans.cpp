@@ -42,9 +42,7 @@ void Translate(AliasTrans* self, HostBool connectOutside) {
   };
   for (const HostLink& holder : std::exchange(self->holders, {})) {
     auto* copy = static_cast<BaseList2D*>(link::GetLink(holder));
-    if (!copy) continue;
-    MapLinks(copy->data, map);
-    if (copy->extras) copy->extras->layer = map(copy->extras->layer);
+    if (copy) MapLinksOf(*copy, map);
   }
 }
 

@@ -6,6 +6,21 @@
 #include "scene/tree.h"
 #include "tables/values.h"
 
+namespace host {
+
+void MapLinksOf(BaseList2D& element, const std::function<HostLink(HostLink)>& map) {
+  MapLinks(element.data, map);
+  if (auto* document = As<BaseDocument>(&element))
+    for (auto& [id, container] : document->settings) MapLinks(container, map);
+  if (!element.extras) return;
+  HostLink& layer = element.extras->layer;
+  const HostLink mapped = map(layer);
+  auto* object = static_cast<QLXAtom*>(link::GetLink(mapped));
+  if (!object || As<LayerObject>(object)) layer = mapped;
+}
+
+}  // namespace host
+
 namespace host::baselist {
 namespace {
 
@@ -184,14 +199,14 @@ void ClearKeyframeSelection(BaseList2D* self) {
 HostBool TransferGoal(BaseList2D* self, BaseList2D* dst, HostBool /*undolink*/) {
   BaseDocument* document = dst ? listnode::GetDocument(self) : nullptr;
   if (!document) return 0;
+  const BaseDocument* other = listnode::GetDocument(dst);
+  if (other && other != document) return 0;  // nothing of this document would find it
   if (!self->IsLinked() || self == dst) return 1;
   HostLink to{};
   dst->Link(to);
   const auto map = [&](HostLink link) { return link::GetLink(link) == self ? to : link; };
   Walk(*document, [&](GeListNode& node) {
-    if (IsHead(node)) return;
-    MapLinks(static_cast<BaseList2D&>(node).data, map);
-    if (node.extras) node.extras->layer = map(node.extras->layer);
+    if (!IsHead(node)) MapLinksOf(static_cast<BaseList2D&>(node), map);
   });
   return 1;
 }

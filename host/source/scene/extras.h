@@ -2,6 +2,7 @@
 #ifndef HOST_SCENE_EXTRAS_H
 #define HOST_SCENE_EXTRAS_H
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <vector>
@@ -36,6 +37,10 @@ struct Extras {
   std::vector<Notification> notifications;
   std::set<std::vector<int32_t>> keyframes;
 };
+
+// Puts what `map` answers in place of each link of the element: in its values, in a document's settings, and to
+// its layer, whose place only a layer takes.
+void MapLinksOf(BaseList2D& element, const std::function<HostLink(HostLink)>& map);
 
 }  // namespace host
 

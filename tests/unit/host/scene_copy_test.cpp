@@ -206,6 +206,16 @@ TEST_F(Scene, TransferredGoalsReachEveryLinkOfTheDocument) {
   listhead::InsertLast(HeadFor(document, host::kTypeLayer), second);
   EXPECT_TRUE(TransferGoal(layer, second, 1));
   EXPECT_EQ(GetLayerObject(holder, nullptr), second);
+  EXPECT_TRUE(TransferGoal(second, to, 1));
+  EXPECT_EQ(GetLayerObject(holder, nullptr), second) << "what is no layer takes no layer's place";
+  BaseContainer& settings = host::As<BaseDocument>(document)->settings[DOCUMENTSETTINGS_MODELING];
+  SetLinkEntry(settings, 1, to);
+  EXPECT_TRUE(TransferGoal(to, from, 0));
+  EXPECT_EQ(GoalOf(settings, 1), from);
+  const Element another(New(host::kTypeDocument));
+  listhead::InsertLast(HeadFor(another.get(), host::kTypeObject), to);
+  EXPECT_FALSE(TransferGoal(from, to, 0)) << "an element of another document";
+  EXPECT_EQ(GoalOf(settings, 1), from);
   EXPECT_FALSE(TransferGoal(far.get(), to, 0));
   EXPECT_FALSE(TransferGoal(from, nullptr, 0));
 }

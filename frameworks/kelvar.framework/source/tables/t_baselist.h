@@ -262,8 +262,9 @@ typedef struct HostBaseListGroup {
    * fails   0 */
   HostBool (*SetLayerObject)(BaseList2D* self, BaseList2D* layer);
 
-  /* Points all links of the node's document that point at the node at `dst` instead, those in containers and
-   * those to layers. With `undolink` those of undo steps too. 0 without a document.
+  /* Points all links of the node's document that point at the node at `dst` instead, those in containers and,
+   * where `dst` is a layer, those to layers. With `undolink` those of undo steps too. 0 without a document, and
+   * where `dst` stands in another one.
    * owner   -
    * thread  any
    * waits   no

@@ -1,6 +1,7 @@
-/* What the messages to elements carry: by the message's id the type that `data` points at. A message that is
- * not told here carries a HostGeData or null; a sender and a receiver that know one another may agree upon
- * more. All pointers are borrowed for the call. */
+/* What the messages to elements carry: by the message's id the type that `data` points at, or null: scripts
+ * may send any message without data, and 5, 1001077, 1023742 and 1026945 never with data of theirs. A message
+ * that is not told here carries a HostGeData or null; a sender and a receiver that know one another may agree
+ * upon more. All pointers are borrowed for the call. */
 #ifndef KELVAR_T_MESSAGES_H
 #define KELVAR_T_MESSAGES_H
 

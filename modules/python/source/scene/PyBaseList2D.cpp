@@ -200,7 +200,9 @@ PyMethodDef g_methods[] = {
                                             "SetLayerObject(layer) -> None\n\nPuts the object onto a layer."),
     Method<&BaseList2D::TransferGoal, "A!b", "dst", "undolink">(
         "TransferGoal",
-        "TransferGoal(dst, undolink) -> bool\n\nPoints all links of the document that point here at `dst`."),
+        "TransferGoal(dst, undolink) -> bool\n\n"
+        "Points the links of the document's elements and settings that point here at `dst`; those to a layer\n"
+        "only at a layer. False without a document, and where `dst` stands in another one."),
     Method<Row<WhileAlive>, &SetAnimatedParameter, "OOOOri", "track", "id", "t_data1", "t_data2", "mix",
            "flags">(
         "SetAnimatedParameter",
@@ -210,7 +212,9 @@ PyMethodDef g_methods[] = {
         "GetAnimatedParameter",
         "GetAnimatedParameter(id, flags) -> (object, object, float) or False\n\nThe values and the mix."),
     Method<&userdata::Add, "C", "datadescription">(
-        "AddUserData", "AddUserData(datadescription) -> qlx.DescID\n\nAdds a parameter with these settings."),
+        "AddUserData",
+        "AddUserData(datadescription) -> qlx.DescID or None\n\n"
+        "Adds a parameter with these settings; None without a DESC_DATATYPE that parameters may have."),
     Method<&userdata::Remove, "O", "descid">(
         "RemoveUserData", "RemoveUserData(descid) -> bool\n\nRemoves a user's parameter, by its number or id."),
     Method<&userdata::Set, "OC|A!", "descid", "datadescription", "bl">(

@@ -156,10 +156,10 @@ int Complain(int32_t type, PyObject* value) {
 int ConvertFor(PyObject* value, GeData& data) {
   const int32_t type = data.Type();
   if (!GeDataFromPython(value, data)) {
-    // What the value's own code raised says more than a complaint; texts and numbers have none.
-    const bool isPlain = PyUnicode_Check(value) || PyLong_CheckExact(value);
+    // What the value's own code raised says more than a complaint.
     const bool isUnfit = !PyErr_Occurred() || PyErr_ExceptionMatches(PyExc_TypeError) ||
-                         (isPlain && !PyErr_ExceptionMatches(PyExc_MemoryError));
+                         (PyLong_Check(value) && PyErr_ExceptionMatches(PyExc_OverflowError)) ||
+                         (PyUnicode_Check(value) && !PyErr_ExceptionMatches(PyExc_MemoryError));
     return isUnfit ? Complain(type, value) : -1;
   }
   return type != HOST_DATA_NONE && data.Type() != type ? Complain(type, value) : 0;
@@ -207,6 +207,7 @@ bool SetParameterData(QLXAtom* host, const DescID& id, const GeData& data, int32
   FreeLink(link);
   if (!description) return false;
   HostDescID found{}, group{};
+  // Of a path the last level has the type of the value.
   const int32_t index = description->Find(&word);
   const bool isFile = index >= 0 && description->GetIndex(index, &found, &group) && found.depth > 0 &&
                       found.level[found.depth - 1].dtype == HOST_DATA_FILENAME;
@@ -240,7 +241,7 @@ int SetParameterItem(PyObject* self, PyObject* key, PyObject* value) {
     const bool complete = Complete(wrapper, id, data);
     if (!ResolveAtom(wrapper, host)) return nullptr;
     if (!value) {
-      StoreItem(wrapper, host, id, GeData());  // what can't be reset stays
+      SetParameterData(host, id, GeData(), DESCFLAGS_SET_USERINTERACTION);  // what can't be reset stays
       return Py_None;
     }
     if (!complete) return Complain(HOST_DATA_NONE, value), nullptr;
