@@ -171,6 +171,13 @@ class Selection(Case):
         self.assertEqual((doc.GetActiveTag(), names(doc.GetActiveTags()), doc.GetActiveMaterials()), (None, ["t1", "t2"], [material]))
         doc.SetActiveTag(None)
         doc.SetSelection(material)
+        cube = new(5159, "cube")
+        doc.InsertObject(cube)
+        doc.ExecutePasses(None, False, True, True, 0)
+        doc.SetSelection(doc)
+        doc.SetSelection(cube.GetCache())
+        doc.SetActiveObject(cube.GetCache())
+        self.assertEqual([node.GetBit(qlx.BIT_ACTIVE) for node in (doc, cube.GetCache())], [False, False])
         self.assertEqual((doc.GetActiveTags(), doc.GetSelection()), ([], [material]))
         doc.SetActiveMaterial(None)
         self.assertIsNone(doc.GetActiveMaterial())
@@ -240,6 +247,9 @@ class State(Case):
         doc.GetSettingsInstance(qlx.DOCUMENTSETTINGS_GENERAL)[qlx.DOCUMENT_FPS] = 24
         every = doc.GetData()
         self.assertEqual((every[qlx.DOCUMENT_FPS], every[qlx.DOCUMENTSETTINGS_TOOLS][8], doc.GetFps()), (24, 8, 24))
+        for rate, told in ((0, 1), (-5, 1), (10 ** 6, 2500)):
+            doc.GetSettingsInstance(qlx.DOCUMENTSETTINGS_GENERAL)[qlx.DOCUMENT_FPS] = rate
+            self.assertEqual(doc.GetFps(), told)
         other = documents.BaseDocument()
         other.SetDocumentData(-1, every)
         self.assertEqual((other.GetFps(), other.GetData(qlx.DOCUMENTSETTINGS_TOOLS)[7], live[8]), (24, "seven", 8))

@@ -168,7 +168,7 @@ class ValueTest(ElementTest):
                     text = str(caught.exception)
                     self.assertTrue(text.startswith("__setitem__ expected %s, not " % word) and text.endswith(name), text)
                     self.assertEqual(element[key], before)
-        for element, key, value, name in ((op, SEGMENTS, 2 ** 70, "int or bool, not int"), (op, RADIUS, 10 ** 400, "float, not int"),
+        for element, key, value, name in ((op, SEGMENTS, 2 ** 70, "int or bool, not int"), (op, SEGMENTS, type("I", (int,), {})(2 ** 70), "int or bool, not I"), (op, RADIUS, 10 ** 400, "float, not int"),
                                           (shader, 1000, "a\0b", "str, not str"), (tag, 1001, "\ud800", "str, not str"),
                                           (tag, 1001, "\udcff", "str, not str"), (shader, 1000, "\ud800", "str, not str")):
             self.assert_set_raises(element, key, value, TypeError, "__setitem__ expected " + name)

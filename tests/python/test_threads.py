@@ -282,10 +282,12 @@ class ThreadsTest(unittest.TestCase):
         started = "\nt = T(); t.Start()\n"
         for text, code, out, errors in (
                 ("while not self.TestBreak(): time.sleep(0.001)\n    print('ends', flush=True)" + started, 0, "ends\n", ""),
+                ("time.sleep(0.3); print('ends', flush=True)" + started + "until(t.IsRunning)", 0, "ends\n", ""),
                 ("self.work()\ndef spin():\n  while True: pass\nGeThreadLock()\nthreads = [T() for i in range(5)]\n"
                  "def wait(other):\n  until(other.IsRunning); other.Wait()\n"
                  "works = spin, lambda: time.sleep(60), GeThreadLock, lambda: wait(threads[4]), lambda: wait(threads[3])\n"
-                 "for t, t.work in zip(threads, works): t.Start()", 0, "", left),
+                 "for t, t.work in zip(threads, works): t.Start()\nimport signal\n"
+                 "signal.signal(signal.SIGALRM, signal.default_int_handler); signal.setitimer(signal.ITIMER_REAL, 0.5)", 0, "", left),
                 ("began.append(1); time.sleep(0.2); print('ends', flush=True)" + started + "until(lambda: began); del t; time.sleep(0.4)", 0,
                  "ends\n", stop),
                 ("began.append(1); time.sleep(0.2); print('ends', flush=True)" + started + "until(lambda: began); del t", 0, "ends\n", stop),

@@ -6,6 +6,7 @@
 
 #include "boundary/host.h"
 #include "documents/documents.h"
+#include "scene/object.h"
 
 namespace host {
 namespace {
@@ -66,9 +67,20 @@ void ClearKind(const BaseDocument& document, Kind kind) {
   for (BaseList2D* element : SelectedOf(&document, kind)) SetSelected(*element, false);
 }
 
+// Caches are nobody's to select, and the document is what is selected in.
+bool MaySelect(const BaseList2D& element, const BaseDocument& document) {
+  if (&element == &document) return false;
+  for (const GeListNode* node = &element; node && node != &document;) {
+    const GeListHead* head = HeadOf(*node);
+    if (!head || head->branch == kCacheBranch || head->branch == kDeformBranch) return false;
+    node = OwnerOf(*head);
+  }
+  return IsInside(element, document);
+}
+
 void Select(BaseDocument* document, BaseList2D* element, Kind kind, int32_t mode) {
   if (!As<BaseDocument>(document)) return;
-  if (element && (element->kind != kind || !IsInside(*element, *document))) return;
+  if (element && (element->kind != kind || !MaySelect(*element, *document))) return;
   if (mode == SELECTION_NEW) ClearKind(*document, kind);
   if (element) SetSelected(*element, mode != SELECTION_SUB);
 }
@@ -156,7 +168,7 @@ void SetActiveRenderData(BaseDocument* self, BaseList2D* rd) {
 }
 
 void SetSelection(BaseDocument* self, BaseList2D* bl, int32_t mode) {
-  if (!As<BaseDocument>(self) || !bl || !IsInside(*bl, *self)) return;
+  if (!As<BaseDocument>(self) || !bl || !MaySelect(*bl, *self)) return;
   if (bl->kind == Kind::kRenderData) return SetActiveRenderData(self, bl);
   if (mode == SELECTION_NEW)
     for (const Kind kind : kSelectable) ClearKind(*self, kind);

@@ -96,7 +96,9 @@ void Replace(BaseContainer& settings, const BaseContainer& by) {
 
 namespace host::document {
 
-int32_t GetFps(const BaseDocument* self) { return Integer(self, kFps, 30); }
+int32_t GetFps(const BaseDocument* self) {
+  return std::clamp(Integer(self, kFps, 30), 1, kMostFps);  // settings take any number
+}
 void SetFps(BaseDocument* self, int32_t value) { StoreInteger(self, kFps, std::clamp(value, 1, kMostFps)); }
 
 double GetLOD(const BaseDocument* self) { return Fraction(self, kLevelOfDetail); }

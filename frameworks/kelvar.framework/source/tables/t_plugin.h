@@ -72,7 +72,8 @@ typedef struct NodeRecord {
   HostBool (*Message)(void* data, GeListNode* node, int32_t id, void* message);    /* 1 */
   HostBool (*GetBubbleHelp)(void* data, const GeListNode* node, HostString* text); /* 0: the type's name */
   BaseDocument* (*GetDocument)(void* data, const GeListNode* node);                /* null: that of the list */
-  HostBool (*IsInstanceOf)(void* data, const GeListNode* node, int32_t type); /* 0: by the base types only */
+  HostBool (*IsInstanceOf)(void* data, const GeListNode* node,
+                           int32_t type); /* 0: by the base types only. The same for all nodes of a type */
   HostBool (*GetDDescription)(void* data, const GeListNode* node, Description* description,
                               int32_t* flags); /* 1 */
   HostBool (*GetDParameter)(void* data, const GeListNode* node, const HostDescID* id, HostGeData* value,

@@ -69,9 +69,9 @@ class ScriptScope {
   PyObject* globals_ = nullptr;
 };
 
-// Runs a text in a scope of its own, with `doc`, `op` and `tp` of the active document; off the main thread,
-// where nobody may ask for it, they are None. Tracebacks show `name` in quotes; `file` becomes `__file__`
-// unless it is null. Takes the lock. False leaves the error pending for a caller that holds it as well.
+// Runs a text in a scope of its own, with `doc`, `op` and `tp` of the active document. Tracebacks show `name`
+// in quotes; `file` becomes `__file__` unless it is null. Takes the lock. False leaves the error pending for a
+// caller that holds it as well.
 bool ExecuteScriptText(const std::string& source, const std::string& name, const Filename* file);
 
 // The same for a script file. One that can't be read is logged, and no error is pending.

@@ -338,7 +338,13 @@ bool MendFault(std::string& source, const Fault& fault) {
       source.replace(begin + 1, fault.begin - begin - 1, mend.text);
     } else {
       const bool keyword = fault.end > fault.begin && source[fault.end - 1] == '=';
-      source.replace(fault.begin, fault.end - fault.begin - keyword, mend.text);
+      const size_t end = fault.end - keyword;
+      const auto isWord = [&](size_t at) {
+        return at < source.size() && (std::isalnum(uint8_t(source[at])) || source[at] == '_');
+      };
+      // A text may stand beside a word without a space, which a name may not.
+      source.replace(fault.begin, end - fault.begin,
+                     (isWord(fault.begin - 1) ? " " : "") + std::string(mend.text) + (isWord(end) ? " " : ""));
     }
     return true;
   }

@@ -79,8 +79,11 @@ PyMethodDef g_methods[] = {
         "Insert(node, parent=None, prev=None) -> None\n\n"
         "Puts a node behind `prev`, or else as the first child of `parent`, or else first of the list. `prev` "
         "by name wants `parent` given too, which may be None."),
-    Method<&SetParent, "O!", "parent">("SetParent",
-                                       "SetParent(parent) -> None\n\nTells which node the list belongs to."),
+    Method<&SetParent, "O!", "parent">(
+        "SetParent",
+        "SetParent(parent) -> None\n\n"
+        "Tells which node the list belongs to. Raises AssertionError for a list of an element, "
+        "which has its node,\nand for a node that stands in the list."),
     Method<&GeListHead::GetParent>(
         "GetParent", "GetParent() -> qlx.GeListNode or None\n\nThe node that the list belongs to."),
     Method<&GeListHead::GetFirst>("GetFirst", "GetFirst() -> qlx.GeListNode or None\n\nThe first node."),

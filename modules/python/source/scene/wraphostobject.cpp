@@ -4,6 +4,7 @@
 #include <iterator>
 #include <span>
 
+#include "kit/i_row.h"
 #include "scene/scene.h"
 
 namespace qlx {
@@ -126,10 +127,11 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
   return WrapAtom(entry.presents, host, owned & entry.mayBeOwned);
 }
 
-// The choice may run the code of a plug-in's type, which may destroy the element.
+// The choice may run the code of a plug-in's type, which may destroy the element; its memory stays meanwhile.
 [[gnu::noinline]] PyObject* WrapChosen(QLXAtom* host, bool owned) {
   HostLink link{};
-  if (!SetLink(host, link)) {
+  const Pin<QLXAtom> pin(host);
+  if (!pin.held || !SetLink(host, link)) {
     if (owned) FreeUnlessListed(host);
     return PyErr_NoMemory();
   }

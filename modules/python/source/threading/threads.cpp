@@ -3,7 +3,6 @@
 #include "threading/threads.h"
 
 #include <atomic>
-#include <chrono>
 #include <new>
 #include <string>
 
@@ -18,7 +17,6 @@ namespace qlx {
 namespace {
 
 constexpr int32_t kSetMember = 1026946;
-constexpr auto kPatience = std::chrono::seconds(2);
 
 GeListHead* g_keepers = nullptr;
 bool g_mayStart = false;
@@ -56,17 +54,14 @@ BaseThread* FirstRunning() {
   return running;
 }
 
-// Threads may end, and their objects go, whenever the lock is free.
+// Threads may end, and their objects go, whenever the lock is free. Only a signal ends the wait for one that
+// doesn't listen.
 void WaitForAll() {
-  using Clock = std::chrono::steady_clock;
-  const auto end = Clock::now() + kPatience;
   while (BaseThread* host = FirstRunning()) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
     const Pin<BaseThread> pin(host);
-    if (left <= 0 || !pin.held) return;
-    const HostBlockingScope blocking;
-    host->Wait(false, int32_t(left));
+    if (!pin.held || !WaitFor([&](int32_t limit) { return host->Wait(false, limit); })) break;
   }
+  PyErr_Clear();
 }
 
 void ReportLeftBehind() {

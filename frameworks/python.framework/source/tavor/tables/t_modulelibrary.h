@@ -74,8 +74,8 @@ typedef struct ScriptScopeTable {
    * -1 when it is wrong. */
   int32_t (*IsComplete)(const HostString* source);
   /* word 32: runs a text in a scope that ends with the call, with `doc`, `op` and `tp` of the
-   * active document; on another thread than the main one they are None. Tracebacks show
-   * `name` in quotes; `file` becomes `__file__` unless it is null. Errors are printed. Waits. */
+   * active document. Tracebacks show `name` in quotes; `file` becomes `__file__` unless it is
+   * null. Errors are printed. Waits. */
   int32_t (*ExecuteText)(const HostString* source, const HostString* name, const HostFilename* file);
   /* word 33: whether the calling thread is in the script of a scene node. */
   int32_t (*IsExecuting)(void);
