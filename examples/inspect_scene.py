@@ -46,12 +46,17 @@ def texture_of(material):
     return os.path.basename(shader[qlx.BITMAPSHADER_FILENAME]) if shader else ""
 
 
+def plain(text):
+    """A name without what a terminal would obey."""
+    return "".join(c if c.isprintable() else c.encode("unicode_escape").decode() for c in text)
+
+
 def inspect(doc):
     doc.ExecutePasses(None, True, True, True, 0)
     box = []
-    print(doc.GetDocumentName())
+    print(plain(doc.GetDocumentName()))
     for op, depth in walk(doc.GetObjects()):
-        name = "  " * (depth + 1) + op.GetName()
+        name = "  " * (depth + 1) + plain(op.GetName())
         print(f"{name:32.32} {op.GetTypeName():9} {describe(op)}".rstrip())
         if shape_of(op):
             box.extend(corners(op))
@@ -61,8 +66,8 @@ def inspect(doc):
         print("box       ", "  to  ".join("(" + ", ".join(f"{n:.4g}" for n in end) + ")" for end in (low, high)))
     for material in doc.GetMaterials():
         color = material[qlx.MATERIAL_COLOR_COLOR]
-        print(f"material   {material.GetName():20} ({color.x:.2f}, {color.y:.2f}, {color.z:.2f})  "
-              f"{texture_of(material)}".rstrip())
+        print(f"material   {plain(material.GetName()):20} ({color.x:.2f}, {color.y:.2f}, {color.z:.2f})  "
+              f"{plain(texture_of(material))}".rstrip())
 
 
 def main():

@@ -53,7 +53,7 @@ def city(doc, houses, chance):
 def main():
     kind = FORMATS.get(os.path.splitext(sys.argv[1])[1].lower()) if len(sys.argv) in (2, 3) else None
     number = sys.argv[2] if len(sys.argv) == 3 else "3000"
-    if kind is None or not number.isdigit() or int(number) == 0:
+    if kind is None or not number.isdecimal() or int(number) == 0:
         sys.exit("usage: make_city.py OUT [HOUSES], where OUT ends in " + " ".join(FORMATS))
     houses = int(number)
     doc = documents.BaseDocument()

@@ -377,10 +377,10 @@ class Files(Case):
                 self.assertIs(documents.MergeDocument(self.doc, path, ALL), False)
                 self.assertIs(documents.LoadFile(path), False)
             self.assertEqual([line.split(": ")[1] for line in lines], [words + path for words in ("can't load ", "can't merge ", "can't open ")])
-        for path, format in ((os.path.join(self.folder, "no", "a.glb"), qlx.FORMAT_GLBEXPORT), (good, 4711)):
+        for path, format in ((os.path.join(self.folder, "no", "a.glb"), qlx.FORMAT_GLBEXPORT), (good, 4711), ("", qlx.FORMAT_GLBEXPORT)):
             with self.subTest(path=path), errors() as lines:
                 self.assertIs(documents.SaveDocument(self.doc, path, 0, format), False)
-            self.assertIn("can't save " + path, lines[0])
+            self.assertIn("can't save " + (path or "a file without a name"), lines[0])
         self.assertEqual((names(self.doc.GetObjects()), documents.GetActiveDocument(), self.doc.GetNext()), (["mine"], self.doc, None))
         loaded = documents.LoadDocument(good, ALL)
         self.assertEqual(names(loaded.GetObjects()), ["kept"])
@@ -396,7 +396,7 @@ class Files(Case):
         other = self.file("new\nline \x1b[2J\u009b.obj", "o")
         misnamed, kept = os.path.join(self.folder, "scene.obj"), os.path.join(self.folder, "scene.tmp")
         gone = os.path.join(self.folder, "gone.glb")
-        os.symlink(os.path.join(self.folder, "nowhere"), gone)
+        os.symlink(os.path.join(self.folder, "no", "where"), gone)
         doc = documents.LoadDocument(self.file("good.obj", OBJ.format("kept")), ALL)
         with errors() as lines:
             documents.LoadDocument(other, ALL)

@@ -13,8 +13,9 @@
 #include <filesystem>
 #include <utility>
 
+#include "files/files.h"
+
 namespace host {
-namespace fs = std::filesystem;
 namespace {
 
 constexpr uint64_t kFlushed = 1 << 20;
@@ -26,14 +27,6 @@ int OpenForReading(const std::string& path) {
     descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   } while (descriptor < 0 && errno == EINTR);
   return descriptor;
-}
-
-// The file itself, where the path is that of a link. Whole, because the process may change its folder.
-std::string FollowLinks(const std::string& path) {
-  std::error_code error;
-  const fs::path whole = fs::absolute(path, error);
-  const fs::path real = fs::canonical(whole, error);
-  return error ? whole.native() : real.native();
 }
 
 }  // namespace
@@ -90,7 +83,10 @@ bool FileReader::Read(uint64_t at, void* to, uint64_t bytes) {
 bool FileWriter::Create(const std::string& path) {
   Discard();
   if (path.empty()) return false;
-  target_ = FollowLinks(path);
+  // Whole, because the process may change its folder.
+  std::error_code error;
+  target_ = FollowLinks(path, error).native();
+  if (error) return false;
   struct stat status {};
   const bool isThere = !stat(target_.c_str(), &status);
   // Another file than a regular one can't be replaced, and one that must not be written is not.

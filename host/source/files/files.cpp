@@ -53,6 +53,19 @@ std::error_code DeleteTree(const fs::path& path) {
   return error;
 }
 
+fs::path FollowLinks(const fs::path& path, std::error_code& error) {
+  constexpr int kMostLinks = 40;  // as the system follows
+  fs::path file = fs::absolute(path, error);
+  std::error_code missing;
+  for (int links = 0; !error && fs::is_symlink(fs::symlink_status(file, missing)); ++links) {
+    if (links == kMostLinks) error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+    if (error) break;
+    const fs::path goal = file.parent_path() / fs::read_symlink(file, error);
+    if (!error) file = fs::canonical(goal.parent_path(), error) / goal.filename();
+  }
+  return file;
+}
+
 std::error_code WriteStream(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = write(descriptor, text.data(), text.size());

@@ -21,6 +21,9 @@ std::error_code Rename(const std::filesystem::path& from, const std::filesystem:
 // Deletes a file, or a folder with all that is in it; a missing path is an error.
 std::error_code DeleteTree(const std::filesystem::path& path);
 
+// The whole path of the file behind a link, or of a file that is none; it need not be there.
+std::filesystem::path FollowLinks(const std::filesystem::path& path, std::error_code& error);
+
 // Writes a text as it is, past every buffer, so that both streams keep one order.
 std::error_code WriteStream(int descriptor, std::string_view text);
 

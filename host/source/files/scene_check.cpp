@@ -82,10 +82,21 @@ uint64_t NumberIn(std::string_view word) {
   return number;
 }
 
-// Whether a PLY text has a line for each of its elements, and the last one is whole: the library makes up what
-// is missing.
-bool IsPlyWhole(std::istream& stream) {
-  uint64_t rows = 0;
+// Of a number in a binary PLY; 0 for an unknown one.
+uint64_t PlySize(std::string_view type) {
+  constexpr std::pair<std::string_view, uint64_t> kSizes[] = {
+      {"char", 1},  {"uchar", 1},  {"short", 2},   {"ushort", 2}, {"int", 4},   {"uint", 4},
+      {"float", 4}, {"double", 8}, {"int8", 1},    {"uint8", 1},  {"int16", 2}, {"uint16", 2},
+      {"int32", 4}, {"uint32", 4}, {"float32", 4}, {"float64", 8}};
+  const auto* at = std::ranges::find(kSizes, type, [](const auto& one) { return one.first; });
+  return at == std::end(kSizes) ? 0 : at->second;
+}
+
+// Whether a PLY text has a line for each of its elements, and the last one is whole, or a binary one room for
+// them, with lists of nothing: the library makes up what is missing.
+bool IsPlyWhole(std::istream& stream, uint64_t size) {
+  uint64_t rows = 0, rowsUnderWay = 0, bytes = 0;
+  bool isBinary = false;
   std::vector<bool> areLists, lastLists;  // the properties of the element under way, and of the last with rows
   bool hasRows = false;
   std::string text;
@@ -93,18 +104,21 @@ bool IsPlyWhole(std::istream& stream) {
     std::string_view line = text;
     const std::string_view word = TakeWord(line);
     if (word == "end_header") break;
-    if (word == "format" && TakeWord(line) != "ascii") return true;
+    if (word == "format") isBinary = TakeWord(line) != "ascii";
     if (word == "element") {
       if (hasRows) lastLists = areLists;
       areLists.clear();
       TakeWord(line);
       const uint64_t count = NumberIn(TakeWord(line));
       hasRows = count > 0;
-      rows += std::min<uint64_t>(count, kLargestFile);
+      rows += rowsUnderWay = std::min<uint64_t>(count, kLargestFile);
     } else if (word == "property") {
-      areLists.push_back(TakeWord(line) == "list");
+      const std::string_view type = TakeWord(line);
+      areLists.push_back(type == "list");
+      bytes += rowsUnderWay * PlySize(type == "list" ? TakeWord(line) : type);
     }
   }
+  if (isBinary) return stream.good() && uint64_t(stream.tellg()) + bytes <= size;
   if (hasRows) lastLists = areLists;
   std::string_view last;
   while (rows > 0 && std::getline(stream, text)) {
@@ -171,7 +185,16 @@ void CheckMesh(const FileMesh& mesh, size_t materials) {
 
 }  // namespace
 
+FileFault FaultOf(const fs::path& file, std::string_view reason) {
+  return FileFault(file.empty() ? "a file without a name" : fmt::format("{}: {}", file.native(), reason));
+}
+
+void CheckName(const fs::path& file) {
+  if (!file.has_filename()) Refuse("its name ends in a slash");
+}
+
 const SceneFormat& CheckFile(const fs::path& file) {
+  CheckName(file);
   std::error_code error;
   const fs::file_status status = fs::status(file, error);
   if (status.type() == fs::file_type::not_found) Refuse("there is no such file");
@@ -192,14 +215,22 @@ const SceneFormat& CheckFile(const fs::path& file) {
   stream.seekg(0);
   const std::string_view extension = format->extension;
   const bool isText = head.find('\0') == head.npos;
-  if (!Begins(extension, head, size) || (extension == "ply" && !IsPlyWhole(stream)) ||
+  if (!Begins(extension, head, size) || (extension == "ply" && !IsPlyWhole(stream, size)) ||
       (extension == "stl" && isText && !IsStlWhole(stream, size)))
     Refuse(fmt::format("it is no whole .{} file", extension));
   return *format;
 }
 
 void CheckScene(const FileScene& scene) {
-  if (scene.nodes.empty()) Refuse("there is nothing in it");
+  // A null is something, also without a name.
+  const auto isEmpty = [&](const FileNode& node) {
+    const auto has = [&](int32_t mesh) {
+      return mesh < 0 || size_t(mesh) >= scene.meshes.size() || !scene.meshes[size_t(mesh)].points.empty();
+    };
+    return !node.meshes.empty() && std::ranges::none_of(node.meshes, has);
+  };
+  if (scene.nodes.empty() || (scene.materials.empty() && std::ranges::all_of(scene.nodes, isEmpty)))
+    Refuse("there is nothing in it");
   for (const FileMaterial& material : scene.materials)
     if (material.textures.size() != kTextureSlots || material.embedded.size() != kTextureSlots)
       Refuse("a material is damaged");

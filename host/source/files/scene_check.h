@@ -9,6 +9,12 @@ namespace host {
 
 constexpr size_t kDeepest = 1000;  // node below node
 
+// What is told of a file.
+FileFault FaultOf(const std::filesystem::path& file, std::string_view reason);
+
+// Throws std::runtime_error for a path that is none of a file.
+void CheckName(const std::filesystem::path& file);
+
 // The format of a file that is there, is a regular one, is neither empty nor too large, and begins as its
 // extension says. Throws std::runtime_error with the reason.
 const SceneFormat& CheckFile(const std::filesystem::path& file);

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "boundary/host.h"
 #include "evaluate/evaluate.h"
@@ -17,6 +17,7 @@
 #include "files/scene_check.h"
 #include "files/scene_ids.h"
 #include "files/scene_mesh.h"
+#include "files/scene_names.h"
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
@@ -77,20 +78,25 @@ std::string LineOf(std::string_view name) {
   return line;
 }
 
-// In files names are what tells objects apart, and materials.
-class Names {
- public:
-  std::string Unique(const std::string& name) {
-    std::string unique = name;
-    int& next = copies_[name];
-    while (!names_.insert(unique).second) unique = fmt::format("{}.{}", name, ++next);
-    return unique;
-  }
+// One that readers keep: neither blank nor longer than their buffers.
+std::string NameOf(std::string_view name, const char* otherwise) {
+  constexpr size_t kLongest = 255;
+  std::string line = LineOf(name);
+  if (line.find_first_not_of(' ') == line.npos) return otherwise;
+  if (line.size() <= kLongest) return line;
+  size_t size = kLongest;
+  while ((uint8_t(line[size]) & 0xc0) == 0x80) --size;  // within a character
+  return line.substr(0, size);
+}
 
- private:
-  std::set<std::string> names_;
-  std::unordered_map<std::string, int> copies_;
-};
+// In files names are what tells objects apart, and materials. The first one of a name keeps it.
+template <class Item>
+void TellApart(std::vector<Item>& items) {
+  TakenNames names(items);
+  std::unordered_set<std::string> seen;
+  for (Item& item : items)
+    if (!seen.insert(item.name).second) item.name = names.Take(item.name);
+}
 
 struct EndObject {
   void operator()(BaseObject* object) const { DestroyNow(object); }
@@ -120,6 +126,10 @@ class Builder {
       if (!shape) throw std::bad_alloc();
       AddNodes(*shape);
     }
+    TellApart(scene_.materials);
+    TellApart(scene_.nodes);
+    for (const FileNode& node : scene_.nodes)
+      for (const int32_t mesh : node.meshes) scene_.meshes[size_t(mesh)].name = node.name;
     if (!std::strcmp(format_.extension, "ply")) Even();
     return std::move(scene_);
   }
@@ -153,8 +163,9 @@ class Builder {
     return std::vector<Item>(count);
   }
 
-  // A file of one mesh has what any of them has.
+  // A file of one mesh has what any of them has, and no pictures: it would show one of them all over.
   void Even() {
+    for (FileMaterial& material : scene_.materials) material.textures.assign(kTextureSlots, {});
     const auto fill = [&](auto member) {
       const auto has = [&](const FileMesh& mesh) { return !(mesh.*member).empty(); };
       if (std::ranges::any_of(scene_.meshes, has))
@@ -170,7 +181,7 @@ class Builder {
     const auto number = int32_t(scene_.nodes.size());
     FileNode& node = scene_.nodes.emplace_back();
     node.parent = parent;
-    node.name = objectNames_.Unique(LineOf(object.name));
+    node.name = NameOf(object.name, "Object");
     node.matrix = MatrixOf(matrix);
     if (object.type.id == id::kCamera) {
       const double aperture = std::max(1.0, NumberOf(object, id::kCameraSensor, id::kAperture));
@@ -191,7 +202,6 @@ class Builder {
       std::vector<int32_t> materials;
       if (textured) materials = MaterialsOf(*polygons, *textured);
       for (FileMesh& mesh : MakeMeshes(*polygons, materials, style_)) {
-        mesh.name = node.name;
         node.meshes.push_back(int32_t(scene_.meshes.size()));
         scene_.meshes.push_back(std::move(mesh));
       }
@@ -240,8 +250,7 @@ class Builder {
   void AddMaterial(const BaseMaterial& material) {
     FileMaterial& made = scene_.materials.emplace_back();
     const auto uses = [&](int32_t parameter) { return NumberOf(material, parameter) != 0; };
-    const std::string name = LineOf(material.name);
-    made.name = materialNames_.Unique(name.empty() ? "Material" : name);
+    made.name = NameOf(material.name, "Material");
     made.color = ColorOf(material, id::kMaterialColor);
     if (uses(id::kMaterialUseLuminance)) made.emissive = ColorOf(material, id::kMaterialLuminanceColor);
     if (uses(id::kMaterialUseSpecular)) made.specular = ColorOf(material, id::kMaterialSpecularColor);
@@ -257,8 +266,10 @@ class Builder {
       const HostGeData* file = container::FindData(&shader->data, id::kBitmapFile);
       if (!file || file->type != HOST_DATA_FILENAME) continue;
       const fs::path path = View(&file->value.filename);
-      made.textures[slot] =
-          LineOf(path.is_absolute() ? path.lexically_proximate(folder_).native() : path.native());
+      std::string& texture = made.textures[slot];
+      texture = LineOf(path.is_absolute() ? path.lexically_proximate(folder_).native() : path.native());
+      // These would be a picture of the scene itself, an option, or left out.
+      if (texture.find_first_of("*- ") == 0) texture.insert(0, "./");
     }
   }
 
@@ -268,7 +279,6 @@ class Builder {
   bool isFlat_;  // the format has no hierarchy
   FileScene scene_;
   std::unordered_map<const GeListNode*, int32_t> numbers_;
-  Names objectNames_, materialNames_;
 };
 
 // A folder beside the file, which goes with all that is left in it.
@@ -286,10 +296,16 @@ class NewFiles {
     fs::remove_all(folder_, ignored);
   }
 
-  fs::path File() const { return folder_ / file_.filename(); }
+  // To write. The library calls an OBJ's materials by what stands ahead of the last dot, which is the folder's
+  // where the name has none.
+  fs::path File() const {
+    const fs::path file = folder_ / file_.filename();
+    return file.has_extension() ? file : fs::path(file).concat(".file");
+  }
 
   // Their contents are on the disk; the file itself comes last, because it names the others.
   void Publish() const {
+    fs::rename(File(), folder_ / file_.filename());
     std::vector<fs::path> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder_))
       if (entry.path().filename() != file_.filename()) names.push_back(entry.path().filename());
@@ -346,9 +362,10 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
   try {
     const SceneFormat* format = FindFormat(formatId);
     if (!format || !format->exports) Refuse(fmt::format("there is no format {} to save in", formatId));
-    // A link keeps being one: what it points at is replaced.
-    fs::path file = fs::absolute(to);
-    if (fs::is_symlink(file)) file = fs::canonical(file);
+    CheckName(to);
+    std::error_code error;
+    const fs::path file = FollowLinks(to, error);
+    if (error) Refuse(error.message());
     if (fs::exists(file) && !fs::is_regular_file(file)) Refuse("there is something else of that name");
     if (fs::exists(file) && access(file.c_str(), W_OK)) RefuseSystem(errno);
     FileScene scene = Builder(*format, file.parent_path()).Build(document);
@@ -366,7 +383,7 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    throw FileFault(fmt::format("{}: {}", to.native(), ReasonOf(error)));
+    throw FaultOf(to, ReasonOf(error));
   }
 }
 

@@ -10,6 +10,7 @@
 #include "files/scene_check.h"
 #include "files/scene_ids.h"
 #include "files/scene_mesh.h"
+#include "files/scene_names.h"
 #include "files/scene_worker.h"
 #include "kelvar/matrix.h"
 #include "scene/kinds.h"
@@ -83,14 +84,14 @@ class Importer {
 
   void AddObjects(BaseDocument& document) {
     std::vector<GeListNode*> objects;
+    TakenNames names(scene_.nodes);
     size_t done = 0;
     for (const FileNode& node : scene_.nodes) {
       Report(double(done++) / double(scene_.nodes.size()));
       GeListNode& parent = node.parent < 0 ? *Branch(document, kTypeObject) : *objects[size_t(node.parent)];
       BaseObject& object = node.meshes.empty() ? Made<BaseObject>(id::kNull) : Mesh(node, parent);
       if (node.meshes.empty()) Append(object, parent);
-      // The only one of a file without names is called as that.
-      object.name = node.name.empty() && node.parent < 0 ? stem_ : Clean(node.name);
+      object.name = node.name.empty() ? names.Take(stem_) : Clean(node.name);
       object.place.SetLocal(MatrixOf(node.matrix));
       objects.push_back(&object);
     }
@@ -288,7 +289,7 @@ BaseDocument* ImportScene(const fs::path& file, int32_t loadFlags, Progress* pro
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    throw FileFault(fmt::format("{}: {}", file.native(), Clean(ReasonOf(error))));
+    throw FaultOf(file, Clean(ReasonOf(error)));
   }
 }
 

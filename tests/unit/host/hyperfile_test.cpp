@@ -179,7 +179,11 @@ TEST_F(HyperFileTest, WhatWasThereStays) {
   ASSERT_TRUE(file.Open(0, folder_.Path() / "link", HYPERFILE_WRITE) && file.Close());
   EXPECT_TRUE(fs::is_symlink(folder_.Path() / "link"));
   EXPECT_EQ(fs::status(path_).permissions(), fs::perms(0640));
-  EXPECT_TRUE(Open(file, HYPERFILE_READ) && file.IsAtEnd());
+  EXPECT_TRUE(Open(file, HYPERFILE_READ) && file.IsAtEnd() && file.Close());
+
+  fs::create_symlink("later", folder_.Path() / "early");  // to a file that isn't there yet
+  ASSERT_TRUE(file.Open(0, folder_.Path() / "early", HYPERFILE_WRITE) && file.Close());
+  EXPECT_TRUE(fs::is_symlink(folder_.Path() / "early") && fs::is_regular_file(folder_.Path() / "later"));
 }
 
 TEST_F(HyperFileTest, Containers) {

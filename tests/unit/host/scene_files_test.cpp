@@ -11,6 +11,7 @@
 #include "scene_files_support.h"
 
 using namespace host;
+using namespace std::string_literals;
 namespace fs = std::filesystem;
 
 namespace {
@@ -249,7 +250,7 @@ TEST_P(SceneFormats, KeepsMaterials) {
   Document document = EmptyDocument();
   const Vector colors[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   for (const Vector& color : colors) {
-    BaseMaterial& material = AddMaterial(*document, color.z > 0 ? "" : "Paint", color);
+    BaseMaterial& material = AddMaterial(*document, color.z > 0 ? " " : "Paint", color);
     Put(material.data, id::kMaterialUseTransparency, Value::Int32(1));
     Put(material.data, id::kMaterialTransparencyBrightness, Value::Float(0.25));
     const double x = color.x + 2 * color.y;
@@ -404,7 +405,7 @@ TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
     Vector place;
   } cases[] = {{"house_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
                {"house75_fbx", "fbx", "House", 5, 2, {10, 20, -30}},
-               {"triangle_gltf", "gltf", "nodes[1]", 3, 1, {0, 0, 0}},
+               {"triangle_gltf", "gltf", "a", 3, 1, {0, 0, 0}},
                {"quad_3ds", "3ds", "Box_Box_0", 5, 3, {0, 0, 0}}};
   for (const auto& one : cases) {
     const std::string content = ReadAll(fs::path(FUZZ_CORPUS) / "scene_import" / one.file).substr(1);
@@ -420,12 +421,14 @@ TEST_F(SceneFiles, FormatsThatAreOnlyReadAreRead) {
 TEST_F(SceneFiles, UrisAreUnescaped) {
   const float points[9] = {0, 0, 0, 1, 0, 0, 1, 1, 0};
   folder_.Write("sub/a b.bin", {reinterpret_cast<const char*>(points), sizeof points});
-  const auto read = [&](const std::string& uri) {
+  const auto read = [&](const std::string& uri, const std::string& picture = "my%20picture.png") {
     const std::string text =
         R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
         R"("meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
         R"("materials":[{"name":"M","normalTexture":{"index":0}}],"textures":[{"source":0}],)"
-        R"("images":[{"uri":"my%20picture.png"}],)"
+        R"("images":[{"uri":")" +
+        picture +
+        R"("}],)"
         R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}],)"
         R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":")" +
         uri + R"("}]})";
@@ -435,6 +438,10 @@ TEST_F(SceneFiles, UrisAreUnescaped) {
   EXPECT_EQ(CountPoints(*document), 3u);
   EXPECT_EQ(TextureNames(*document), std::set<std::string>{"my picture.png"});
   EXPECT_NE(FaultOf([&] { read("%2e%2e/a%20b.bin"); }), "no fault");
+  // A picture without a name gets one.
+  document = read("sub/a%20b.bin", "data:image/png;base64,AAAA");
+  document = Import(Save(*document, Format("dae")));
+  EXPECT_EQ(TextureNames(*document), std::set<std::string>{"picture 0"});
 }
 
 // What a file names outside of its folder is not read.
@@ -510,13 +517,95 @@ TEST_F(SceneFiles, GeneratorsAreSavedAsWhatTheyMake) {
 
 TEST_F(SceneFiles, NamesThatAFileCannotTellApartAreChanged) {
   Document document = EmptyDocument();
-  for (int i = 0; i < 3; ++i)
-    AddPolygons(*Branch(*document, kTypeObject), i < 2 ? "Twin" : "a\nv 9 9 9",
-                {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
+  std::string longest = ".";
+  for (int i = 0; i < 100; ++i) longest += "\u20ac";
+  for (const std::string& name : {"Twin"s, "Twin"s, "Twin.1"s, "a\nv 9 9 9"s, " "s, ""s, longest})
+    AddPolygons(*Branch(*document, kTypeObject), name.c_str(), {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}},
+                {{0, 1, 2, 2}});
   Document again = Import(Save(*document, Format("obj")));
   std::vector<std::string> names;
   for (const BaseObject* object : ObjectsOf(*again)) names.push_back(NameOf(*object));
-  EXPECT_EQ(names, (std::vector<std::string>{"Twin", "Twin.1", "a_v 9 9 9"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"Twin", "Twin.2", "Twin.1", "a_v 9 9 9", "Object", "Object.1",
+                                             longest.substr(0, 1 + 84 * 3)}));
+}
+
+// Where a file has no names, the library makes some up, and for Collada without meshes those, too.
+TEST_F(SceneFiles, WhatTheLibraryMakesUpIsLeftOut) {
+  const std::string triangle = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+  const struct {
+    const char* name;
+    std::string content;
+    std::vector<std::string> names;
+    size_t points;
+  } cases[] = {
+      {"a.obj", triangle + "f 1 2 3\n", {"a"}, 3},
+      {"b.obj", triangle, {"b"}, 3},
+      {"c.dae",
+       "<COLLADA version=\"1.4.1\"><asset/><library_visual_scenes><visual_scene id=\"s\"><node><node "
+       "name=\"c.1\"/><node/></node></visual_scene></library_visual_scenes><scene>"
+       "<instance_visual_scene url=\"#s\"/></scene></COLLADA>",
+       {"c", "c.1", "c.2"},
+       0},
+      {"d.gltf",
+       R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],"nodes":[{},{"name":"nodes[x]"}]})",
+       {"d", "nodes[x]"},
+       0},
+  };
+  for (const auto& one : cases) {
+    Document document = Import(folder_.Write(one.name, one.content));
+    std::vector<std::string> names;
+    for (const BaseObject* object : ObjectsOf(*document)) names.push_back(NameOf(*object));
+    EXPECT_EQ(names, one.names) << one.name;
+    EXPECT_EQ(CountPoints(*document), one.points) << one.name;
+    EXPECT_TRUE(MaterialNames(*document).empty()) << one.name;
+  }
+}
+
+// Names that mean something else to the library, or to a format.
+TEST_F(SceneFiles, PicturesKeepTheirNames) {
+  for (const char* name : {"*0", "-s 3 1 1.jpg", " leading.jpg"}) {
+    Document small = Small();
+    Walk(*FindBranch(*small, kTypeMaterial), [&](GeListNode& node) {
+      if (node.type.id != id::kBitmap) return;
+      HostGeData file{};
+      file.type = HOST_DATA_FILENAME;
+      file.value.filename = MakeFilename(name);
+      Put(static_cast<BaseShader&>(node).data, id::kBitmapFile, Value::Adopt(file));
+    });
+    for (const char* extension : {"obj", "dae", "glb"})
+      EXPECT_EQ(TextureNames(*Import(Save(*small, Format(extension)))), (std::set<std::string>{name}))
+          << extension;
+    // One picture would lie on all that was joined.
+    EXPECT_EQ(ReadAll(Save(*small, Format("ply"))).find("TextureFile"), std::string::npos);
+  }
+  const auto picturesOf = [&](const std::string& comments) {
+    return TextureNames(*Import(
+        folder_.Write("a.ply", "ply\nformat ascii 1.0\n" + comments +
+                                   "element vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+                                   "element face 1\nproperty list uchar int vertex_index\nend_header\n"
+                                   "0 0 0\n1 0 0\n1 1 0\n3 0 1 2\n")));
+  };
+  EXPECT_EQ(picturesOf("comment TextureFile one.png\n"), (std::set<std::string>{"one.png"}));
+  EXPECT_EQ(picturesOf("comment TextureFile one.png\ncomment TextureFile two.png\n"), std::set<std::string>());
+}
+
+TEST_F(SceneFiles, SavingFollowsLinksAndTakesNamesWithoutExtension) {
+  Document small = Small();
+  const auto save = [&](const char* name) {
+    return FaultOf([&] { ExportScene(*small, folder_.Path() / name, Format("obj").id, 0, nullptr); });
+  };
+  fs::create_directories(folder_.Path() / "goal");
+  fs::create_symlink("goal/second.obj", folder_.Path() / "first.obj");
+  fs::create_symlink("../new", folder_.Path() / "goal/second.obj");
+  EXPECT_EQ(save("first.obj"), "no fault");
+  EXPECT_TRUE(fs::is_symlink(folder_.Path() / "first.obj"));
+  EXPECT_TRUE(fs::is_symlink(folder_.Path() / "goal/second.obj"));
+  EXPECT_NE(ReadAll(folder_.Path() / "new").find("mtllib new.mtl"), std::string::npos);
+  EXPECT_TRUE(fs::is_regular_file(folder_.Path() / "new.mtl"));
+  fs::create_symlink("loop.obj", folder_.Path() / "loop.obj");
+  fs::create_symlink("missing/a.obj", folder_.Path() / "nowhere.obj");
+  for (const char* name : {"loop.obj", "nowhere.obj", "goal/"}) EXPECT_NE(save(name), "no fault") << name;
+  EXPECT_NE(save("other/").find("ends in a slash"), std::string::npos);
 }
 
 TEST_F(SceneFiles, WrongFilesAreRefused) {
@@ -530,6 +619,38 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
   const std::string gltf = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],"scene":0,"nodes":[)";
   std::string deep = "<COLLADA version=\"1.4.1\"><library_visual_scenes><visual_scene id=\"s\">";
   for (int i = 0; i < 100000; ++i) deep += "<node>";
+  const auto collada = [](const char* corners) {
+    return std::string(
+               "<COLLADA version=\"1.4.1\"><asset/><library_geometries><geometry id=\"g\"><mesh><source "
+               "id=\"s\">"
+               "<float_array id=\"f\" count=\"9\">0 0 0 1 0 0 0 1 0</float_array><technique_common><accessor "
+               "source=\"#f\" count=\"3\" stride=\"3\"><param name=\"X\" type=\"float\"/><param name=\"Y\" "
+               "type=\"float\"/><param name=\"Z\" type=\"float\"/></accessor></technique_common></source>"
+               "<vertices id=\"v\"><input semantic=\"POSITION\" source=\"#s\"/></vertices><triangles "
+               "count=\"1\"><input semantic=\"VERTEX\" source=\"#v\" offset=\"0\"/><!-- <p>-1</p> --><p>") +
+           corners +
+           "</p></triangles></mesh></geometry></library_geometries><library_visual_scenes><visual_scene "
+           "id=\"s\">"
+           "<node name=\"n\"><instance_geometry url=\"#g\"/></node></visual_scene></library_visual_scenes>"
+           "<scene><instance_visual_scene url=\"#s\"/></scene></COLLADA>";
+  };
+  EXPECT_EQ(CountPolygons(*Import(folder_.Write("right.dae", collada("0 1 2")))), 1u);
+  // Two faces, of which the second has one corner that is no point.
+  const float places[9] = {0, 0, 0, 1, 0, 0, 1, 1, 0};
+  const uint32_t corners[6] = {0, 1, 2, 0, 1, UINT32_MAX};
+  folder_.Write("faces.bin", std::string(reinterpret_cast<const char*>(places), sizeof places) +
+                                 std::string(reinterpret_cast<const char*>(corners), sizeof corners));
+  const std::string faces =
+      R"({"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},"indices":1}]}],"accessors":[)"
+      R"({"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"},)"
+      R"({"bufferView":1,"componentType":5125,"count":6,"type":"SCALAR"}],)"
+      R"("bufferViews":[{"buffer":0,"byteLength":36},{"buffer":0,"byteOffset":36,"byteLength":24}],)"
+      R"("buffers":[{"byteLength":60,"uri":"faces.bin"}]})";
+  const std::string noPoint = "a face with a corner that is no point";
+  std::string points = ply.substr(0, ply.find("element face")) + "end_header\n";
+  points.replace(points.find("ascii"), 5, "binary_little_endian");
+  points.append(3 * sizeof(Vector32), '\0');
+  EXPECT_EQ(CountPoints(*Import(folder_.Write("points.ply", points))), 3u);
   const struct {
     const char* name;
     std::string content, reason;
@@ -547,6 +668,12 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"chunk.glb", whole.substr(0, 12) + "\xff\xff\xff\xbf" + whole.substr(16), "it is no whole .glb file"},
       {"cut line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1", "it is no whole .ply file"},
       {"missing line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n\n", "it is no whole .ply file"},
+      {"cut points.ply", points.substr(0, points.size() - 1), "it is no whole .ply file"},
+      {"empty.stl", "solid x\nendsolid x\n", "there is nothing in it"},
+      {"points.obj", "o One\nv 0 0 0\nv 1 0 0\n", "none of its objects has a face"},
+      {"below.dae", collada("0 1 -1"), noPoint},
+      {"beyond.dae", collada("0 1 4294967295"), noPoint},
+      {"faces.gltf", gltf + faces, noPoint},
       {"text.obj", "hello world, this is a text", "there is nothing in it"},
       {"cut text.stl", "solid a\n facet normal 0 0 1\n  outer loop\n   vertex 0 0 0\n",
        "it is no whole .stl file"},

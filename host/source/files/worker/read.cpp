@@ -75,7 +75,10 @@ void ReadTexture(const aiScene& scene, const aiMaterial& material, std::initiali
     made.textures[slot] = TextOf(path);
     if (const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str())) {
       made.embedded[slot] = 1;
-      if (embedded->mFilename.length > 0) made.textures[slot] = TextOf(embedded->mFilename);
+      if (embedded->mFilename.length > 0)
+        made.textures[slot] = TextOf(embedded->mFilename);
+      else
+        made.textures[slot].replace(0, 1, "picture ");  // "*0" is the first
     }
     return;
   }
@@ -138,6 +141,21 @@ bool IsRootMadeUp(const aiNode& root, const std::string& loader) {
   return (loader != "glb" && loader != "gltf") || std::strcmp(root.mName.C_Str(), "ROOT") == 0;
 }
 
+bool IsNumbered(std::string_view name, std::string_view before, std::string_view behind) {
+  if (!name.starts_with(before) || !name.ends_with(behind) || name.size() <= before.size() + behind.size())
+    return false;
+  name.remove_prefix(before.size());
+  name.remove_suffix(behind.size());
+  return name.find_first_not_of("0123456789") == name.npos;
+}
+
+// What the library calls a node that has no name; an OBJ's root, which holds what is in no object, as the file.
+bool IsNameMadeUp(std::string_view name, bool isRoot, const std::string& loader) {
+  if (loader == "obj") return isRoot || name == "defaultobject";
+  if (loader == "dae") return IsNumbered(name, "$ColladaAutoName$_", "");
+  return (loader == "glb" || loader == "gltf") && IsNumbered(name, "nodes[", "]");
+}
+
 // What a made-up root says of the system of the file. In Collada it scales to metres too; numbers stay as they
 // are.
 aiMatrix4x4 SystemOf(aiMatrix4x4 matrix, const std::string& loader) {
@@ -175,6 +193,7 @@ NodeNumbers ReadNodes(const aiScene& scene, const std::string& loader, FileScene
       one.matrix = MatrixOf(above * node->mTransformation);
       one.meshes.assign(node->mMeshes, node->mMeshes + node->mNumMeshes);
       numbers.emplace(one.name, number);
+      if (IsNameMadeUp(one.name, node == scene.mRootNode, loader)) one.name.clear();
     }
     for (unsigned i = node->mNumChildren; i-- > 0;) pending.push_back({node->mChildren[i], number, below});
   }
@@ -236,9 +255,17 @@ FileScene ReadScene(const FileRequest& request) {
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ANIMATIONS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_WEIGHTS, false);
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+  importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+  if (HasUris(request.loader)) ListenForDroppedFaces();
 
   const aiScene* scene = importer.ReadFile(std::filesystem::absolute(request.path).string(), 0);
   if (!scene || !scene->mRootNode) throw std::runtime_error(importer.GetErrorString());
+
+  if (HasDroppedFaces() || (request.loader == "dae" && HasColladaWrongCorners(request.path)))
+    throw std::runtime_error("there is a face with a corner that is no point");
+  // The library keeps points without faces only where there are no names of objects.
+  if (request.loader == "obj" && scene->mNumMeshes == 0 && scene->mRootNode->mNumChildren > 0)
+    throw std::runtime_error("none of its objects has a face");
 
   FileScene made;
   std::vector<int32_t> materials;
@@ -254,6 +281,8 @@ FileScene ReadScene(const FileRequest& request) {
     if (HasUris(request.loader))
       for (std::string& texture : material.textures) texture = Unescaped(texture);
   }
+  if (request.loader == "ply" && HasPlyManyPictures(request.path))
+    for (FileMaterial& material : made.materials) material.textures.assign(kTextureSlots, {});
   for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
     FileMesh& mesh = made.meshes.emplace_back(ReadMesh(*scene->mMeshes[i]));
     if (const unsigned material = scene->mMeshes[i]->mMaterialIndex; material < materials.size())
