@@ -105,9 +105,9 @@ struct BaseObject : BaseList2D {
   host::ObjectPlace place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  int64_t inputOf = 0;  // the number of a generator above that it is the input of, in place of being seen
-  bool turnsShortest = false;                    // IsQuaternionRotationMode
-  const int64_t number;                          // GetGUID
+  int64_t inputOf = 0;         // the generator above that it is the input of, in place of being seen; 0: none
+  bool turnsShortest = false;  // IsQuaternionRotationMode
+  const int64_t number;        // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
 };
 
