@@ -11,7 +11,7 @@ REFUSED = "the object cannot be inserted there"
 DEAD = "the object 'qlx.BaseObject' is not alive"
 NONE_SET = "returned NULL without setting"  # the interpreter's words for null alone
 DIRTY = "BaseObject.GetHierarchyClone expected bool 'dirty' argument, not "
-ASIS = 1 << 0
+ASIS = qlx.HIERARCHYCLONEFLAGS_ASIS
 
 GETTERS = ("GetAbsPos GetAbsScale GetAbsRot GetFrozenPos GetFrozenScale GetFrozenRot GetRelPos GetRelScale GetRelRot GetMl "
            "GetFrozenMln GetRelMln GetRelMl GetMg GetMln GetMgn GetUpMg GetMp GetRad GetEditorMode GetRenderMode "
@@ -148,6 +148,9 @@ class PlaceTest(unittest.TestCase):
                 self.assertIsNone(getattr(op, "Set" + name)(value))
                 self.assertIs(type(getattr(op, "Get" + name)()), type(value))
                 self.assertEqual(getattr(op, "Get" + name)(), value)
+        for order, said in ((99, 6), (-3, 0)):
+            op.SetRotationOrder(order)
+            self.assertEqual(op.GetRotationOrder(), said)
         op.SetEditorMode(2)
         self.assertEqual(op.GetVisibility(0.25), 0.25)
         op.SetQuaternionRotationMode(True, False)
@@ -186,8 +189,10 @@ class TagTest(unittest.TestCase):
         self.assertEqual((type(uvw), op.GetTagDataCount(UVW), op.GetLastTag()), (qlx.UVWTag, 3, uvw))
         op.KillTag(TEXTURE, 1)
         self.assertEqual((op.GetTags(), second()), ([texture, phong, uvw], None))
-        self.assertIs(op.CopyTagsTo(other, 1, 0, 0), True)
-        self.assertEqual([tag.GetType() for tag in other.GetTags()], [TEXTURE, PHONG])
+        for visible, there in ((0, []), (1, [TEXTURE, PHONG]), (qlx.NOTOK, [TEXTURE, PHONG]), (-5, [TEXTURE, PHONG] * 2)):
+            self.assertIs(op.CopyTagsTo(other, visible, 0, 0), True)
+            self.assertEqual([tag.GetType() for tag in other.GetTags()], there)
+        other.KillTag(PHONG)
         self.assertEqual([other.SetPhong(False, False, 0), other.GetTag(PHONG), other.SetPhong(True, True, 0.5)],
                          [True, None, True])
         self.assertIsNotNone(other.GetTag(PHONG))
@@ -299,7 +304,7 @@ class CacheTest(unittest.TestCase):
             error = outcome(call)
             self.assertIs(error[0], SystemError)
             self.assertIn(NONE_SET, error[1])
-        for dirty, name in (("1", "str"), ([], "list"), (V, "qlx.Vector")):
+        for dirty, name in (("1", "str"), ([], "list"), (V, "qlx.Vector"), (float("nan"), "float"), (float("-inf"), "float")):
             self.assertEqual(outcome(self.clone, op, cube, 0, dirty), (TypeError, DIRTY + name))
 
     def test_clones(self):
@@ -315,6 +320,9 @@ class CacheTest(unittest.TestCase):
         again = self.clone(op, cube, ASIS, True, qlx.AliasTrans(), 6)
         self.assertIsNot(again["clone"], None)
         self.assertNotEqual(again["clone"], cube)
+        for flags, kind in ((qlx.HIERARCHYCLONEFLAGS_ASPOLY, qlx.PolygonObject), (qlx.HIERARCHYCLONEFLAGS_ASLINE, qlx.PolygonObject),
+                            (qlx.HIERARCHYCLONEFLAGS_ASSPLINE, type(None)), (ASIS, qlx.BaseObject)):
+            self.assertIs(type(self.clone(op, cube, flags, True)["clone"]), kind)
         seen = witness(again["clone"])
         again.clear()
         self.assertIsNone(seen())  # it was the script's
@@ -330,11 +338,11 @@ class CacheTest(unittest.TestCase):
             pair = [witness(node) for node in gone]
             self.assertEqual(outcome(self.clone, pair[0], pair[1], 0, Destroys()), (ReferenceError, DEAD))
 
-        class Fails:
+        class Fails(float):
             def __int__(self):
                 raise KeyError(1)
 
-        self.assertEqual(outcome(self.clone, qlx.BaseObject(NULL), qlx.BaseObject(CUBE), 0, Fails()), (KeyError, "1"))
+        self.assertEqual(outcome(self.clone, qlx.BaseObject(NULL), qlx.BaseObject(CUBE), 0, Fails("nan")), (KeyError, "1"))
 
     def test_dependences(self):
         op, cube = qlx.BaseObject(NULL), qlx.BaseObject(CUBE)

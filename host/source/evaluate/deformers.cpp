@@ -11,6 +11,7 @@ namespace {
 
 enum DeformerType : int32_t { kBend = 5128, kTaper = 5133, kTwist = 5134 };
 enum DeformerParameter : int32_t { kSize = 1000, kMode, kStrength, kDirection };
+constexpr double kNormalOne = 32000;              // of the numbers of normals
 constexpr double kUnlimited = 1, kWithinBox = 2;  // modes; others stay in the box along its axis only
 
 // Along y of its box, from `low` on for `height`; `strength` is what happens over all of it.
@@ -66,24 +67,77 @@ Vector Bend(const Deformer& deformer, const Vector& p) {
   return {c * bent - s * across, y, s * bent + c * across};
 }
 
+// In the system of the shape.
+struct Deformation {
+  bool Moves(const Vector& point) const {
+    return deformer.mode != kWithinBox || deformer.Holds(kelvar::Transformed(into, point));
+  }
+  Vector Moved(const Vector& point) const {
+    const Vector p = kelvar::Transformed(into, point);
+    return kelvar::Transformed(back, deformer.type == kBend    ? Bend(deformer, p)
+                                     : deformer.type == kTaper ? Taper(deformer, p)
+                                                               : Twist(deformer, p));
+  }
+  // Of what stands at a point.
+  Vector MovedWay(const Vector& point, const Vector& way) const { return Moved(point + way) - Moved(point); }
+
+  Deformer deformer;
+  Matrix into, back;
+};
+
+// Ways on the surface beside a corner tell how its normal turns; so short that they are straight.
+void DeformNormals(const Deformation& deformation, PolygonObject& mesh) {
+  VariableTag* tag = FindBlock(mesh, kDataNormal);
+  const auto numbers = tag ? tag->Items<int16_t>() : std::span<int16_t>();
+  const auto polygons = mesh.Polygons();
+  if (numbers.size() != 12 * polygons.size()) return;
+  const Box box = mesh.OwnBox();
+  const Vector size = box.high - box.low;
+  const double longest = std::max({size.x, size.y, size.z}), step = 1e-5 * (longest > 0 ? longest : 1);
+  for (size_t i = 0; i < 4 * polygons.size(); ++i) {
+    if (!IsValid(polygons[i / 4], mesh.Points().size())) continue;
+    const Vector& point = mesh.Points()[size_t(Corners(polygons[i / 4])[i % 4])];
+    const auto at = numbers.subspan(3 * i, 3);
+    const Vector normal = kelvar::Normalized(Vector{double(at[0]), double(at[1]), double(at[2])});
+    if (normal == Vector{} || !deformation.Moves(point)) continue;
+    const Vector axis = std::abs(normal.x) < 0.9 ? Vector{1, 0, 0} : Vector{0, 1, 0};
+    const Vector u = kelvar::Normalized(kelvar::Cross(normal, axis)), v = kelvar::Cross(normal, u);
+    const Vector along = kelvar::Normalized(deformation.MovedWay(point, u * step));
+    const Vector across = kelvar::Normalized(deformation.MovedWay(point, v * step));
+    const Vector moved = kelvar::Normalized(kelvar::Cross(along, across));
+    const bool isFinite = std::isfinite(moved.x + moved.y + moved.z);
+    at[0] = at[1] = at[2] = 0;
+    if (isFinite) {
+      at[0] = int16_t(std::lround(kNormalOne * moved.x));
+      at[1] = int16_t(std::lround(kNormalOne * moved.y));
+      at[2] = int16_t(std::lround(kNormalOne * moved.z));
+    }
+  }
+}
+
+void DeformTangents(const Deformation& deformation, SplineObject& spline) {
+  VariableTag* tag = FindBlock(spline, kDataTangent);
+  const auto tangents = tag ? tag->Items<Tangent>() : std::span<Tangent>();
+  for (size_t i = 0; i < std::min(tangents.size(), spline.Points().size()); ++i) {
+    const Vector& point = spline.Points()[i];
+    if (!deformation.Moves(point)) continue;
+    for (Vector* way : {&tangents[i].vl, &tangents[i].vr}) *way = deformation.MovedWay(point, *way);
+  }
+}
+
 }  // namespace
 
 bool IsBuiltInDeformer(int32_t type) { return type == kBend || type == kTaper || type == kTwist; }
 
 void Deform(const BaseObject& deformer, const Matrix& deformerGlobal, const Matrix& global,
-            std::span<Vector> points) {
-  const Deformer read = Read(deformer);
-  if (!(read.height > 0)) return;
-  const Matrix into = kelvar::Product(kelvar::Inverse(deformerGlobal), global);
-  const Matrix back = kelvar::Product(kelvar::Inverse(global), deformerGlobal);
-  for (Vector& point : points) {
-    const Vector p = kelvar::Transformed(into, point);
-    if (read.mode == kWithinBox && !read.Holds(p)) continue;
-    const Vector moved = read.type == kBend    ? Bend(read, p)
-                         : read.type == kTaper ? Taper(read, p)
-                                               : Twist(read, p);
-    point = kelvar::Transformed(back, moved);
-  }
+            PointObject& shape) {
+  const Deformation deformation{Read(deformer), kelvar::Product(kelvar::Inverse(deformerGlobal), global),
+                                kelvar::Product(kelvar::Inverse(global), deformerGlobal)};
+  if (!(deformation.deformer.height > 0)) return;
+  if (auto* mesh = As<PolygonObject>(&shape)) DeformNormals(deformation, *mesh);
+  if (auto* spline = As<SplineObject>(&shape)) DeformTangents(deformation, *spline);
+  for (Vector& point : shape.Points())
+    if (deformation.Moves(point)) point = deformation.Moved(point);
 }
 
 }  // namespace host

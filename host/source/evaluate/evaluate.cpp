@@ -74,6 +74,11 @@ const std::vector<BaseObject*>& DeformersBelow(BaseObject& object) {
   return evaluation.deformers;
 }
 
+// Of points that are going to move nobody knows where.
+void DropNormals(const PointObject& shape) {
+  for (VariableTag* tag; (tag = FindBlock(shape, kDataNormal)) && !tag->isEnding;) DestroyNow(tag);
+}
+
 // What the turns of one evaluation share.
 struct Pass {
   const uint64_t number = ++g_passes;
@@ -180,10 +185,12 @@ class Evaluator {
     const Deformers* outer = deformers.outer;
     deformers.state = outer ? outer->state : 0;
     deformers.haveOthersCode = outer && outer->haveOthersCode;
+    bool isFirst = true;  // of its level: what acts first depends on it
     for (BaseObject* deformer : *deformers.own) {
       if (!object::GetDeformMode(deformer)) continue;
       State state;
       state.Add(deformers.state);
+      state.Add(std::exchange(isFirst, false));
       deformers.haveOthersCode |= RecordOf(*deformer) != nullptr;
       state.Add(deformer->number);
       state.Add(ContentOf(*deformer));
@@ -208,6 +215,17 @@ class Evaluator {
     ++evaluation.version;
     if (made && made == FirstIn(&object, kCacheBranch)) return;  // a plug-in's, as good as new
     Replace(object, kCacheBranch, made);
+  }
+
+  // What a plug-in's generator took for its input last is seen, unless it takes it again.
+  static void FreeInputs(BaseObject& generator) {
+    Walk(
+        generator,
+        [&](GeListNode& node) {
+          if (auto* input = As<BaseObject>(&node); input && input->inputOf == generator.number)
+            input->inputOf = 0;
+        },
+        true, false);
   }
 
   // What the object's cache is made from; 0 when it makes nothing.
@@ -288,8 +306,7 @@ class Evaluator {
   // What it answers has to be new, or the cache that it has.
   BaseObject* MakeByPlugin(BaseObject& object, const NodeRecord& record) {
     const Hold hold(object);
-    for (GeListNode* child = object.down; child; child = child->next)
-      if (auto* input = As<BaseObject>(child)) input->isInput = false;
+    FreeInputs(object);
     isStale_ = true;
     BaseObject* made = nullptr;
     HierarchyHelp help{document_};
@@ -367,11 +384,11 @@ class Evaluator {
       const Matrix its = SurroundingsOf(*deformer).global;
       const NodeRecord* record = RecordOf(*deformer);
       isStale_ = isStale_ || record;
-      if (!record)
-        Deform(*deformer, its, global, copy->Points());
-      else if (record->ModifyObject)
-        record->ModifyObject(PluginData(*deformer), deformer, document_, copy, &global, &its, 1, 0,
-                             CurrentThread());
+      if (!record) Deform(*deformer, its, global, *copy);
+      if (!record || !record->ModifyObject) continue;
+      DropNormals(*copy);
+      record->ModifyObject(PluginData(*deformer), deformer, document_, copy, &global, &its, 1, 0,
+                           CurrentThread());
     }
     if (!hold.IsAlive()) return DestroyNow(copy);
     Replace(*shape, kDeformBranch, copy);

@@ -43,8 +43,10 @@ uint64_t& StateOfClone(BaseObject& generator, BaseObject& op) {
   return clones.emplace_back(Evaluation::Cloned{link, 0}).state;
 }
 
+// Only of what frees it again when it is evaluated anew.
 void UseAsInput(BaseObject& op, const BaseObject& generator) {
-  if (&op != &generator && IsInside(op, generator)) op.isInput = true;
+  const bool isPlugin = PluginOf(generator) && IsGenerator(generator);
+  if (isPlugin && &op != &generator && IsInside(op, generator)) op.inputOf = generator.number;
 }
 
 }  // namespace

@@ -72,6 +72,14 @@ class Profile {
     return *this;
   }
 
+  // What is all in one place, or on the axis, has none.
+  bool HasSurface() const {
+    const auto isAway = [&](const Ring& ring) {
+      return ring.radius != rings[0].radius || ring.height != rings[0].height;
+    };
+    return std::any_of(rings.begin(), rings.end(), [](const Ring& ring) { return ring.radius != 0; }) &&
+           std::any_of(rings.begin(), rings.end(), isAway);
+  }
   bool IsSolid() const { return isClosed || (rings.front().isPole && rings.back().isPole); }
 
   std::vector<Ring> rings;
@@ -138,6 +146,7 @@ class Lathe {
     for (int32_t i = 0; i < turn.Columns(); ++i)
       directions_.push_back({std::cos(turn.Angle(i)), 0, std::sin(turn.Angle(i))});
     AddPoints();
+    if (!profile.HasSurface()) return;
     for (size_t i = 0; i < profile.pictures.size(); ++i) AddBand(i);
     if (!turn.isWhole && profile.IsSolid()) {
       AddCut(false);
@@ -334,10 +343,14 @@ Mesh MakeTube(const Settings& settings) {
   const double fillet = settings.Flag(1186) ? std::min({settings.Length(1188), (outer - inner) / 2, half}) : 0;
   const bool hasSides = fillet < half || fillet == 0, hasCaps = fillet < (outer - inner) / 2 || fillet == 0;
   const double high = half - fillet, far = outer - fillet, near = inner + fillet;
-  Profile profile = Profile(far, -half).Sharp(fillet == 0);
+  const bool isFilled = inner == 0;
+  Profile profile =
+      isFilled ? Profile(0, -half).Pole().Line(far, -half, caps, Picture::kBottom) : Profile(far, -half);
+  profile.Sharp(fillet == 0);
   if (fillet > 0) profile.Quarter(outer, -high, rounds, true);
   if (hasSides) profile.Line(outer, high, sides, Picture::kSide).Sharp(fillet == 0);
   if (fillet > 0) profile.Quarter(far, half, rounds, false);
+  if (isFilled) return Turned(profile.Line(0, half, caps, Picture::kTop).Pole(), Turn(settings, 1184));
   if (hasCaps) profile.Line(near, half, caps, Picture::kTop).Sharp(fillet == 0);
   if (fillet > 0) profile.Quarter(inner, high, rounds, true, Picture::kInside);
   if (hasSides) profile.Line(inner, -high, sides, Picture::kInside).Sharp(fillet == 0);

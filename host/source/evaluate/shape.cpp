@@ -54,6 +54,13 @@ const BaseObject& MadeOf(const BaseObject& object) {
   return *made;
 }
 
+// Whether a generator above took it for its input, and is evaluated.
+bool IsInput(const BaseObject& object) {
+  const BaseObject* above = object.inputOf ? As<BaseObject>(object.up) : nullptr;
+  while (above && above->number != object.inputOf) above = As<BaseObject>(above->up);
+  return above && above->evaluation && (above->evaluation->cached || above->evaluation->isRunning);
+}
+
 struct EndObject {
   void operator()(BaseObject* object) const { DestroyNow(object); }
 };
@@ -77,7 +84,7 @@ BaseObject* NewShape(const BaseObject& root, bool children, size_t most, size_t*
       if (!parent || (parent == &root && !children)) continue;
       for (GeListNode* child = parent->down; child; child = child->next) {
         const auto* object = As<BaseObject>(child);
-        if (!object || object->isInput || IsDeformer(*object)) continue;
+        if (!object || IsInput(*object) || IsDeformer(*object)) continue;
         child->Link(below.emplace_back(Pending{{}, &to}).from);
       }
     }
@@ -103,6 +110,7 @@ uint64_t StateOf(const BaseObject& root, int32_t dirtyFlags, bool below, bool se
   State state;
   const auto add = [&](const BaseObject& object, bool isRoot) {
     state.Add(uint64_t(object.number));
+    if (const auto* parent = As<BaseObject>(object.up); parent && !isRoot) state.Add(parent->number);
     state.Add(atom::GetDirty(&object, dirtyFlags & ~DIRTYFLAGS_MATRIX));
     if (!isRoot || dirtyFlags & DIRTYFLAGS_MATRIX) state.Add(object.place.Local());
     if (object.evaluation) state.Add(object.evaluation->version);

@@ -105,7 +105,7 @@ struct BaseObject : BaseList2D {
   host::ObjectPlace place;
   std::unique_ptr<Matrix> axis;  // of tools, in the object's system
   uint32_t uniqueIP = 0;
-  bool isInput = false;        // a generator above it takes it for its input, in place of being seen
+  int64_t inputOf = 0;         // the generator above that it is the input of, in place of being seen; 0: none
   bool turnsShortest = false;  // IsQuaternionRotationMode
   const int64_t number;        // GetGUID
   std::unique_ptr<host::Evaluation> evaluation;  // null while it was not evaluated
@@ -146,6 +146,8 @@ struct PolygonObject : PointObject {
 // The tangents are a tag of the type kDataTangent that is there for a Bezier spline only.
 struct SplineObject : PointObject {
   explicit SplineObject(const host::NodeType& ofType);
+
+  host::Box OwnBox() const override;  // of the curve
 
   bool WriteOwn(HyperFile& file) const override;
   bool ReadOwn(HyperFile& file) override;

@@ -137,12 +137,12 @@ Matrix GetUpMg(const BaseObject* self) { return self ? UpMatrix(*self) : kIdenti
 
 Vector GetMp(const BaseObject* self) {
   const Box box = self ? BoxOf(*self) : Box();
-  return box.IsEmpty() ? Vector{} : (box.low + box.high) * 0.5;
+  return box.IsEmpty() ? Vector{} : box.low * 0.5 + box.high * 0.5;
 }
 
 Vector GetRad(const BaseObject* self) {
   const Box box = self ? BoxOf(*self) : Box();
-  return box.IsEmpty() ? Vector{} : (box.high - box.low) * 0.5;
+  return box.IsEmpty() ? Vector{} : box.high * 0.5 - box.low * 0.5;
 }
 
 double GetVisibility(const BaseObject* self, double parent) {

@@ -149,9 +149,21 @@ void ObjectPlace::SetRelative(const Placement& relative) {
   data.local.off = data.frozen ? kelvar::Transformed(FrozenMatrix(), relative.position) : relative.position;
 }
 
+// The relative matrix stays. Without shear it is that of the relative placement, which comes through frozen
+// matrices that have no inverse.
 void ObjectPlace::SetFrozen(const Placement& frozen) {
-  Change().frozen = std::make_unique<Placement>(frozen);
+  Data& data = Change();
+  const Matrix before = data.local;
+  Matrix relative = RelativeMatrix();
+  relative.off = data.relative.position;
   Compose();
+  const bool isFinite =
+      std::isfinite(kelvar::Length(before.v1) + kelvar::Length(before.v2) + kelvar::Length(before.v3));
+  const bool isSheared =
+      isFinite && !(data.local.v1 == before.v1 && data.local.v2 == before.v2 && data.local.v3 == before.v3);
+  data.frozen = std::make_unique<Placement>(frozen);
+  Compose();
+  if (isSheared) data.local = kelvar::Product(FrozenMatrix(), relative);
 }
 
 void ObjectPlace::SetAbsolute(const Placement& absolute) {

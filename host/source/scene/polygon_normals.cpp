@@ -135,14 +135,19 @@ Vector32 Narrow(const Vector& v) { return {float(v.x), float(v.y), float(v.z)}; 
 
 namespace host::polygonobject {
 
-// The sums of the polygons' normals, each as much as its angle at the corner.
+// The sums of the polygons' normals, each as much as its angle at the corner. Where they have no direction, and
+// where a normal of its own has none, that of the polygon.
 Vector32* CreatePhongNormals(const PolygonObject* self) {
   const auto* object = As<PolygonObject>(self);
   if (!object) return nullptr;
   const size_t count = 4 * object->Polygons().size();
   if (const auto own = OwnNormals(*object); !own.empty()) {
+    const Surface surface(*object);
     auto* made = AllocItems<Vector32>(count);
-    for (size_t i = 0; i < count; ++i) made[i] = Narrow(OwnNormal(own, i));
+    for (size_t i = 0; i < count; ++i) {
+      const Vector normal = OwnNormal(own, i);
+      made[i] = Narrow(normal == Vector{} ? surface.normals[i / 4] : normal);
+    }
     return made;
   }
   const auto* phong = static_cast<BaseList2D*>(host::object::GetTag(object, kTypePhong, 0));

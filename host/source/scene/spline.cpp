@@ -75,6 +75,19 @@ double LengthOf(const Cubic& c) {
   return size * LengthOf(scaled, 0, 1, Integrate(scaled, 0, 1), kTolerance, kDepth);
 }
 
+// Where it turns back along an axis, besides its ends. The formula of the roots that doesn't cancel.
+void AddTurns(const Cubic& c, double Vector::*axis, Box& box) {
+  double a = c[1].*axis - c[0].*axis, b = c[2].*axis - c[1].*axis, d = c[3].*axis - c[2].*axis;
+  const double size = std::max({std::abs(a), std::abs(b), std::abs(d)});
+  if (!(size > 0)) return;
+  a /= size, b /= size, d /= size;
+  const double square = a - 2 * b + d, half = b - a, under = half * half - square * a;
+  if (!(under >= 0)) return;
+  const double sum = -half - std::copysign(std::sqrt(under), half);
+  for (const double t : {sum / square, a / sum})
+    if (t > 0 && t < 1) box.Add(PointOf(c, t));
+}
+
 // From points and the velocities there.
 Cubic Hermite(const Vector& a, const Vector& va, const Vector& b, const Vector& vb) {
   return {a, a + va * (1.0 / 3), b - vb * (1.0 / 3), b};
@@ -176,6 +189,19 @@ Vector Curve::TangentAt(double t) const {
   const Place place = PlaceOf(t, spans);
   const Vector direction = kelvar::Normalized(DirectionOf(Span(place.span), place.t));
   return std::isfinite(kelvar::Length(direction)) ? direction : Vector{};
+}
+
+Box Curve::Bounds() const {
+  Box box;
+  if (SpanCount() == 0)
+    for (const Vector& point : points) box.Add(point);
+  for (int32_t i = 0; i < SpanCount(); ++i) {
+    const Cubic span = Span(i);
+    box.Add(span[0]);
+    box.Add(span[3]);
+    for (const auto axis : {&Vector::x, &Vector::y, &Vector::z}) AddTurns(span, axis, box);
+  }
+  return box;
 }
 
 double Curve::Length() const {

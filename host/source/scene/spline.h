@@ -6,6 +6,7 @@
 #include <span>
 
 #include "kelvar.framework/source/tables/t_splineobject.h"
+#include "scene/object.h"
 
 namespace host {
 
@@ -32,6 +33,8 @@ struct Curve {
   Vector PointAt(double t) const;
   // Of length 1; zero where there is no direction.
   Vector TangentAt(double t) const;
+  // Exact; of a curve without spans that of its points.
+  Box Bounds() const;
   // To nine digits.
   double Length() const;
 

@@ -73,6 +73,13 @@ Curve CurveOf(const SplineObject& spline, int32_t segment) {
 
 }  // namespace host
 
+host::Box SplineObject::OwnBox() const {
+  host::Box box;
+  host::ForEachCurve(*this,
+                     [&](size_t, const host::Curve& curve) { box.Add(curve.Bounds(), kIdentityMatrix); });
+  return box;
+}
+
 namespace host::splineobject {
 
 SplineObject* Alloc(int32_t pcnt, int32_t type) {

@@ -13,7 +13,8 @@ namespace {
 namespace object = host::object;
 using host::listnode::InsertUnderLast;
 
-constexpr int32_t kInstance = 5126, kTwist = 5134, kMaker = 2000101, kMover = 2000102, kLast = 2000103;
+constexpr int32_t kInstance = 5126, kBend = 5128, kTwist = 5134, kMaker = 2000101, kMover = 2000102,
+                  kLast = 2000103;
 constexpr int32_t kCubeSize = 1100, kTwistAngle = 1002, kInstanceLink = 1000;
 
 // What the plug-ins of the tests do, and how often they were asked.
@@ -155,6 +156,59 @@ TEST_F(Evaluation, DeformersActOnWhatIsAboveAndBesideThem) {
   ASSERT_NE(object::GetDeformCache(mesh), nullptr);
   EXPECT_EQ(static_cast<PolygonObject*>(object::GetDeformCache(mesh))->Points()[0].y, 126);
   EXPECT_EQ(g_plugins.moved, 1);
+}
+
+TEST_F(Evaluation, DeformersThatChangeTheirLevelAreSeen) {
+  BaseObject *outer = Add(kNull), *inner = Add(kNull, outer);
+  auto* mesh = host::NewPolygonObject(1, 0);
+  mesh->Points()[0] = {10, 125, 0};
+  host::Place(*mesh, *inner, nullptr);
+  BaseObject *bend = Add(kBend, outer), *twist = Add(kTwist, inner);
+  for (BaseObject* deformer : {bend, twist}) SetNumber(deformer, kTwistAngle, 1);
+  const auto deformed = [&] {
+    Evaluate();
+    return static_cast<PolygonObject*>(object::GetDeformCache(mesh))->Points()[0];
+  };
+  const Vector twistedFirst = deformed();
+  host::Place(*bend, *inner, nullptr);
+  const Vector bentFirst = deformed();
+  EXPECT_NE(bentFirst.z, twistedFirst.z);
+  object::Touch(mesh);
+  EXPECT_EQ(deformed(), bentFirst);
+}
+
+TEST_F(Evaluation, DeformersTakeTangentsAndNormalsAlong) {
+  BaseObject *group = Add(kNull), *twist = Add(kTwist, group);
+  SetNumber(twist, kTwistAngle, 1.5707963267948966);
+  auto* spline = host::NewSplineObject(1, host::kSplineBezier);
+  auto* mesh = host::NewPolygonObject(4, 1);
+  host::Place(*spline, *group, nullptr);
+  host::Place(*mesh, *group, nullptr);
+  spline->Points()[0] = {100, 125, 0};
+  host::FindBlock(*spline, host::kDataTangent)->Items<Tangent>()[0] = {{-5, 0, 0}, {50, 5, 0}};
+  const Vector corners[] = {{0, -125, 0}, {0, 125, 0}, {0, 125, 10}, {0, -125, 10}};
+  std::copy(std::begin(corners), std::end(corners), mesh->Points().begin());
+  mesh->Polygons()[0] = {0, 1, 2, 3};
+  const auto normals = host::AddBlock(*mesh, host::kDataNormal, 1).Items<int16_t>();
+  for (size_t corner = 0; corner < 4; ++corner) normals[3 * corner] = 32000;
+  for (const int mode : {0, 1, 2}) {  // of all modes the point is in the box, and what stands at it turns
+    Set(twist, 1001, host::Value::Int32(mode));
+    Evaluate();
+    const auto* shape = static_cast<SplineObject*>(object::GetDeformCache(spline));
+    const Tangent& tangent = host::FindBlock(*shape, host::kDataTangent)->Items<Tangent>()[0];
+    EXPECT_LT(kelvar::Distance(tangent.vl, {0, 0, 5}), 1e-9);
+    EXPECT_NEAR(kelvar::Length(tangent.vr), std::hypot(50, 5), mode == 1 ? 10 : 1e-9);
+    auto* deformed = static_cast<PolygonObject*>(object::GetDeformCache(mesh));
+    auto* tag = host::FindBlock(*deformed, host::kDataNormal);
+    ASSERT_NE(tag, nullptr);
+    const auto turned = tag->Items<int16_t>();
+    EXPECT_EQ(std::vector(turned.begin(), turned.begin() + 6),
+              (std::vector<int16_t>{32000, 0, 0, 0, 0, -32000}));
+  }
+  EXPECT_EQ(normals[3], 32000);
+  Add(kMover, group);
+  Evaluate();
+  EXPECT_EQ(object::GetTag(object::GetDeformCache(mesh), host::kDataNormal, 0), nullptr);
 }
 
 TEST_F(Evaluation, InstancesShowWhatTheirTargetsShow) {
@@ -346,7 +400,7 @@ TEST_F(Evaluation, ClonesTellWhetherTheirOriginalsHaveChanged) {
   Element first = clone();
   EXPECT_TRUE(dirty);
   EXPECT_NE(host::As<PolygonObject>(first.get()), nullptr);
-  EXPECT_TRUE(cube->isInput);
+  EXPECT_EQ(cube->inputOf, generator->number);
   dirty = 0;
   EXPECT_EQ(clone(), nullptr);
   EXPECT_FALSE(dirty);
@@ -359,6 +413,54 @@ TEST_F(Evaluation, ClonesTellWhetherTheirOriginalsHaveChanged) {
   EXPECT_TRUE(object::CompareDependenceList(generator));
   object::TouchDependenceList(generator);
   EXPECT_FALSE(object::CompareDependenceList(generator));
+}
+
+TEST_F(Evaluation, MovesWithinATreeAreChangesOfIt) {
+  BaseObject *root = Add(kNull), *cube = Add(kCube, root), *group = Add(kNull, root);
+  const Vector place{1000, 0, 0};
+  object::SetAbsPos(group, &place);
+  BaseObject *instance = Add(kInstance), *generator = Add(kMaker);
+  SetLinkEntry(instance->data, kInstanceLink, root);
+  const auto changes = [&] {
+    HostBool isDirty = 0;
+    object::NewDependenceList(generator);
+    object::AddDependence(generator, nullptr, root, DIRTYFLAGS_DATA);
+    Element(object::GetHierarchyClone(generator, nullptr, root, 0, &isDirty, nullptr, DIRTYFLAGS_DATA));
+    Evaluate();
+    return std::tuple(object::GetMp(instance).x, object::CompareDependenceList(generator), isDirty);
+  };
+  EXPECT_EQ(changes(), std::tuple(0, 0, 1));
+  EXPECT_EQ(changes(), std::tuple(0, 1, 0));
+  InsertUnderLast(cube, group);  // the next of the tree's objects as before
+  EXPECT_EQ(changes(), std::tuple(1000, 0, 1));
+}
+
+TEST_F(Evaluation, OnlyGeneratorsThatAreOnHideTheirInput) {
+  const auto shown = [](const BaseObject* root) {
+    size_t count = 0;
+    Element(host::NewShape(*root, true, SIZE_MAX, &count));
+    return count;
+  };
+  BaseObject *null = Add(kNull), *cube = Add(kCube, null);
+  object::AddDependence(null, nullptr, cube, DIRTYFLAGS_DATA);
+  EXPECT_EQ(shown(null), 2u);
+  BaseObject *maker = Add(kMaker), *input = Add(kCube, Add(kNull, maker));
+  g_plugins.make = [&](BaseObject* op) -> BaseObject* {
+    object::AddDependence(op, nullptr, input, DIRTYFLAGS_DATA);
+    return nullptr;
+  };
+  for (const bool isOn : {true, false, true}) {
+    object::SetDeformMode(maker, isOn);
+    Evaluate();
+    EXPECT_EQ(shown(maker), isOn ? 2u : 3u);
+  }
+  InsertUnderLast(input, null);
+  EXPECT_EQ(shown(null), 3u);
+  InsertUnderLast(input, maker->down);
+  g_plugins.make = nullptr;
+  host::atom::SetDirty(maker, DIRTYFLAGS_DATA);
+  Evaluate();
+  EXPECT_EQ(shown(maker), 3u);
 }
 
 TEST_F(Evaluation, ADocumentOfShapesHasNothingLeftToEvaluate) {

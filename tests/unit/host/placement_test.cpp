@@ -113,4 +113,24 @@ TEST(Placement, ShearAndWholeTurnsStayUntilTheyAreChanged) {
   EXPECT_NEAR(kelvar::Dot(place.Local().v1, place.Local().v2), 0, 1e-12);
 }
 
+TEST(Placement, TheRelativePartStaysWhereTheFrozenOneIsSet) {
+  const Matrix sheared = {{1, 2, 3}, {1, 0.5, 0}, {0, 2, 0}, {0.25, 0, 1}};
+  ObjectPlace place;
+  place.SetLocal(sheared);
+  const Placement turned = {{1, 0, 0}, {1, 2, 3}, {2, 2, 2}};
+  place.SetFrozen(turned);
+  ExpectNear(place.Local(), kelvar::Product(MatrixOf(turned, host::kOrderHPB), sheared), 1e-12);
+  place.SetFrozen({{5, 0, 0}});
+  ExpectNear(place.Local(), {{6, 2, 3}, sheared.v1, sheared.v2, sheared.v3}, 1e-12);
+  // Frozen parts that nothing comes back from.
+  place.SetRelative({{1, 2, 3}, {0.1, 0.2, 0.3}, {1, 2, 3}});
+  const Matrix before = place.RelativeMatrix();
+  for (const Placement& lost :
+       {Placement{{}, {}, {}}, {{NAN, 0, 0}}, {{}, {NAN, 0, 0}}, {{}, {}, {HUGE_VAL, 1, 1}}}) {
+    place.SetFrozen(lost);
+    place.SetFrozen({});
+    ExpectNear(place.Local(), before, 1e-12);
+  }
+}
+
 }  // namespace

@@ -195,11 +195,12 @@ TEST_F(Polygons, AreSmoothAroundTheEndOfABreak) {
 }
 
 TEST_F(Polygons, MayHaveNormalsOfTheirOwn) {
-  PolygonObject* object = Make({{}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}});
-  auto& tag = host::AddBlock(*object, host::kDataNormal, 1);
+  PolygonObject* object = Make({{}, {1, 0, 0}, {1, 1, 0}}, {{0, 1, 2, 2}, {0, 0, 0, 0}});
+  auto& tag = host::AddBlock(*object, host::kDataNormal, 2);
   tag.Items<int16_t>()[3] = -32000;
   ExpectNear(Normals(object)[1], {-1, 0, 0});
-  EXPECT_EQ(Normals(object)[0], Vector{});
+  ExpectNear(Normals(object)[0], {0, 0, 1});  // the polygon's, in place of none
+  EXPECT_EQ(Normals(object)[4], Vector{});
 }
 
 TEST_F(Polygons, TellWhereTheShadingBreaks) {

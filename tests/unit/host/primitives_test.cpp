@@ -213,6 +213,8 @@ TEST_F(Primitives, TurnedOnesAreClosedAndOfTheRightSize) {
               {torus.area / 2 + 2 * kPi * 400, torus.volume / 2}, 1e-3);
   const Size tube{2 * disc * 7500 + rim * 150 * 100, disc * 7500 * 100};
   ExpectSolid("tube", kTube, {{1185, 2}}, 0, 36 * 6, tube);
+  ExpectSolid("filled", kTube, {{1180, 0.0}, {1181, 100.0}, {1182, 200.0}}, 2, 36 * 3,
+              {2 * NgonArea(36) * 1e4 + NgonLength(36) * 100 * 200, NgonArea(36) * 1e4 * 200});
   ExpectSolid("quarter", kTube, {{1184, 9}, sliced, toQuarter}, 2, 9 * 4 + 8,
               {tube.area / 4 + 2 * 5000, tube.volume / 4});
   ExpectSolid("round", kTube, {{1184, 400}, {1186, 1}, {1187, 40}, {1188, 500.0}}, 0, 400 * 162,
@@ -337,6 +339,22 @@ TEST_F(Primitives, OpenOnesHaveTheRightEdges) {
   }
 }
 
+TEST_F(Primitives, WhatHasNoSurfaceHasNoPolygons) {
+  const struct {
+    int32_t type;
+    Parameters parameters;
+  } cases[] = {{kCone, {{1140, 0.0}, {1141, 0.0}}},
+               {kCone, {{1140, 0.0}, {1141, 0.0}, {1145, 0}, {1001, 1}}},
+               {kDisc, {{1160, 100.0}, {1161, 100.0}}},
+               {kTube, {{1180, 0.0}, {1181, 0.0}}},
+               {kCylinder, {{1131, 0.0}, {1134, 0}}}};
+  for (const auto& c : cases) {
+    const Mesh mesh = MeshOf(c.type, c.parameters);
+    EXPECT_TRUE(mesh.polygons.empty() && mesh.uvw.empty() && mesh.breaks.empty()) << c.type;
+    EXPECT_FALSE(mesh.points.empty()) << c.type;
+  }
+}
+
 // Whatever the container holds: corners are points, points are numbers.
 TEST_F(Primitives, SenselessParametersAreLimited) {
   const double nan = std::nan("");
@@ -358,8 +376,8 @@ TEST_F(Primitives, SenselessParametersAreLimited) {
         std::vector<Vector> points;
         if (const auto mesh = host::MakePrimitive(object)) {
           const Figures f = FiguresOf(*mesh);
-          EXPECT_FALSE(mesh->polygons.empty());
-          EXPECT_EQ(f.unused, 0);
+          EXPECT_TRUE(!mesh->polygons.empty() || type == kDisc || !(number > 0));
+          EXPECT_EQ(mesh->polygons.empty() ? 0 : f.unused, 0);
           EXPECT_EQ(f.crooked, 0);
           EXPECT_TRUE(std::isfinite(f.area) && std::isfinite(f.volume));
           EXPECT_TRUE(f.leastUV > -1 && f.mostUV < 2);

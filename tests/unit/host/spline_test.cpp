@@ -227,6 +227,33 @@ TEST_F(Splines, MayBeEmptyOrNoNumbers) {
   for (const auto& [count, type] : {std::pair(-1, 0), {1, -1}, {1, 5}}) EXPECT_EQ(Alloc(count, type), nullptr);
 }
 
+// Those of the curve, which goes beyond its points, or less far.
+TEST_F(Splines, HaveBoxes) {
+  for (int32_t type = 0; type <= 4; ++type)
+    for (const bool isClosed : {false, true}) {
+      SplineObject* spline = Make(type, kZigzag);
+      host::Put(spline->data, host::kSplineClosed, host::Value::Int32(isClosed));
+      SetDefaultCoeff(spline);
+      host::Box steps;
+      for (int i = 0; i <= 20000; ++i) steps.Add(GetSplinePoint(spline, i / 20000.0, 0));
+      const Vector low = host::object::GetMp(spline) - host::object::GetRad(spline);
+      const Vector high = host::object::GetMp(spline) + host::object::GetRad(spline);
+      EXPECT_LT(kelvar::Distance(low, steps.low), 1e-6) << type << isClosed;
+      EXPECT_LT(kelvar::Distance(high, steps.high), 1e-6) << type << isClosed;
+    }
+  const double k = 4.0 / 3 * std::tan(1.4 / 4) * 10, c = 10 * std::cos(0.7), s = 10 * std::sin(0.7);
+  SplineObject* arc = Make(4, {{c, -s, 0}, {c, s, 0}});
+  const Vector way = Vector{s, c, 0} * (k / 10);
+  const Tangent tangents[] = {{{}, way}, {{way.x, -way.y, 0}, {}}};
+  for (int32_t i = 0; i < 2; ++i) EXPECT_TRUE(SetTangent(arc, i, &tangents[i]));
+  EXPECT_NEAR(host::object::GetMp(arc).x + host::object::GetRad(arc).x, 10, 1e-3);
+  SplineObject* odd = Make(1, {{kNaN, 0, 0}, {1, 2, 3}});
+  EXPECT_EQ(host::object::GetMp(odd), (Vector{1, 2, 3}));
+  SplineObject* far = Make(0, {{1e308, -1e308, 0}, {1e308, 1e308, 0}});
+  EXPECT_EQ(host::object::GetMp(far), (Vector{1e308, 0, 0}));
+  EXPECT_EQ(host::object::GetRad(far), (Vector{0, 1e308, 0}));
+}
+
 // What triangles cover together.
 double AreaOf(const LineObject* triangles) {
   double area = 0;

@@ -16,7 +16,8 @@ typedef struct BaseObject BaseObject;
 /* What makes sense in some calls of a generator only; opaque. */
 typedef struct HierarchyHelp HierarchyHelp;
 
-/* How GetHierarchyClone makes its copies: as they are, or as what they show. */
+/* How GetHierarchyClone makes its copies: as they are, as the first spline that they are or made, or as what
+ * they show. A host without lines of polygons takes ASLINE as ASPOLY. */
 enum {
   HIERARCHYCLONEFLAGS_ASIS = 1 << 0,
   HIERARCHYCLONEFLAGS_ASPOLY = 1 << 1,
@@ -193,7 +194,7 @@ typedef struct HostObjectGroup {
   Matrix (*GetMl)(const BaseObject* self);
 
   /* Sets it; the frozen part stays, and the relative one follows. A matrix with shear is kept as it is
-   * until the scale or the rotation is set.
+   * until the scale or the rotation is set, the absolute or the relative one.
    * owner   -
    * thread  any
    * waits   no
@@ -273,8 +274,8 @@ typedef struct HostObjectGroup {
    * fails   empty */
   Matrix (*GetUpMg)(const BaseObject* self);
 
-  /* The middle of the bounding box of the object's own geometry, as it was evaluated last, in the object's
-   * system.
+  /* The middle of the bounding box of the object's own geometry, of splines of the curve, as it was evaluated
+   * last, in the object's system.
    * owner   -
    * thread  any
    * waits   no
@@ -501,9 +502,9 @@ typedef struct HostObjectGroup {
    * fails   nothing */
   void (*SetIsoparm)(BaseObject* self, LineObject* lines);
 
-  /* Copies tags to another object: those that users see, those with data for each point or polygon, and
-   * those that act on what is below; 0, 1, or 2 for the visible ones only where none of that type
-   * is there.
+  /* Copies tags to another object: those that users see by `visible`, the others, with data for each point or
+   * polygon, by `variable`: 0 for none of them, 2 for those of whose type the other object has none, any other
+   * number for all. Tags of a host that act on what is below their object go by `hierarchical` in the same way.
    * owner   -
    * thread  any
    * waits   no
@@ -554,8 +555,8 @@ typedef struct HostObjectGroup {
 
   /* For a generator `self`: a clone of what `op` and those below it make, with HIERARCHYCLONEFLAGS, in the
    * system of `op`'s parent, and `*dirty` set to 1 when any of them changed since the last call, by those
-   * DIRTYFLAGS; where `dirty` is 1 on entry they are cloned in any case, else only when they changed. The
-   * originals count as used by the generator.
+   * DIRTYFLAGS; where `dirty` is 1 on entry they are cloned in any case, else only when they changed. Originals
+   * below the generator of a plug-in count as used by it until it is evaluated anew.
    * owner   the caller
    * thread  any
    * waits   no
@@ -606,7 +607,8 @@ typedef struct HostObjectGroup {
    * fails   nothing */
   void (*AddDependence)(BaseObject* self, HierarchyHelp* hh, BaseObject* op, int32_t dirtyflags);
 
-  /* Sets the order of the rotation's angles, ROTATIONORDER; the matrices stay.
+  /* Sets the order of the rotation's angles, ROTATIONORDER from 0 to 6; the matrices stay. What is out of range
+   * is brought to its end.
    * owner   -
    * thread  any
    * waits   no

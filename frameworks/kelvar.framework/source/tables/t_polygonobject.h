@@ -122,8 +122,8 @@ typedef struct HostPolygonObjectGroup {
    * fails   0 */
   HostBool (*SetSelectedEdges)(PolygonObject* self, Neighbor* e, const BaseSelect* sel, int32_t type);
 
-  /* A normal for each corner of each polygon, four a polygon, by the phong tag and the breaks; null without
-   * a phong tag and normals of its own. Freed by Free.
+  /* A normal for each corner of each polygon, four a polygon: its own ones, where it has a tag of them, else by
+   * the phong tag and the breaks; zero where there is no direction. Null without both. Freed by Free.
    * owner   the caller
    * thread  any
    * waits   no

@@ -1,5 +1,6 @@
 // qlx.BaseObject: an object of the scene, with its place, its tags and its caches.
 
+#include <cmath>
 #include <initializer_list>
 
 #include "kit/i_cpython.h"
@@ -99,12 +100,16 @@ PyObject* CloneToPython(BaseObject* clone, bool dirty) {
 bool ReadDirty(PyObject* dirty, HostBool& value) {
   value = 0;
   if (!dirty || dirty == Py_None) return true;
-  const Reference number(ToInteger(dirty));
+  // What has no integer raises others than TypeError.
+  const bool isFloat =
+      PyFloat_Check(dirty) && Py_TYPE(dirty)->tp_as_number->nb_int == PyFloat_Type.tp_as_number->nb_int;
+  const bool isNone = isFloat && !std::isfinite(PyFloat_AsDouble(dirty));
+  const Reference number(isNone ? nullptr : ToInteger(dirty));
   if (number) {
     value = PyObject_IsTrue(number.get());
     return true;
   }
-  if (PyErr_ExceptionMatches(PyExc_TypeError))
+  if (isNone || PyErr_ExceptionMatches(PyExc_TypeError))
     RaiseExpectedTypeFor("BaseObject.GetHierarchyClone", "bool 'dirty' argument", dirty);
   return false;
 }
@@ -215,7 +220,9 @@ PyMethodDef g_methods[] = {
     Method<&BaseObject::GetUpMg>(
         "GetUpMg", "GetUpMg() -> qlx.Matrix\n\nThe global matrix of the parent; the identity without one."),
     Method<&BaseObject::GetMp>(
-        "GetMp", "GetMp() -> qlx.Vector\n\nThe middle of the bounding box, in the object's system."),
+        "GetMp",
+        "GetMp() -> qlx.Vector\n\nThe middle of the bounding box, of splines of the curve, in the object's "
+        "system."),
     Method<&BaseObject::GetRad>("GetRad", "GetRad() -> qlx.Vector\n\nHalf of the sides of the bounding box."),
     Method<&BaseObject::GetVisibility, "f", "parent">("GetVisibility",
                                                       "GetVisibility(parent) -> float\n\nHow visible it is, 0 "
@@ -266,8 +273,9 @@ PyMethodDef g_methods[] = {
     Method<&BaseObject::CopyTagsTo, "A!iii", "dest", "visible", "variable", "hierarchical">(
         "CopyTagsTo",
         "CopyTagsTo(dest, visible, variable, hierarchical) -> bool\n\n"
-        "Copies tags to another object: those that users see, those with data for each point or polygon, and "
-        "those that act on what is below; 0, 1, or NOTOK for those of which there is none."),
+        "Copies tags to another object: by `visible` those that users see, by `variable` those with data for "
+        "each point or polygon, by `hierarchical` those that act on what is below. 0 for none of them, NOTOK "
+        "for those of whose type the other object has none, any other number for all."),
     Method<&BaseObject::SetPhong, "bbf", "on", "anglelimit", "angle">(
         "SetPhong",
         "SetPhong(on, anglelimit, angle) -> bool\n\n"
@@ -303,7 +311,8 @@ PyMethodDef g_methods[] = {
         "GetHierarchyClone",
         "GetHierarchyClone(hh, op, flags, dirty=None, trans=None, dirtyflags=6) -> dict\n\n"
         "For a generator: \"clone\", a clone of what another object and those below it make, or None, by "
-        "HIERARCHYCLONEFLAGS; and \"dirty\", whether what the DIRTYFLAGS name of them has changed. They are "
+        "HIERARCHYCLONEFLAGS (ASLINE as ASPOLY in this host); and \"dirty\", whether what the DIRTYFLAGS name "
+        "of them has changed. They are "
         "cloned "
         "in any case where dirty is true, else when they have changed. Raises SystemError for the object "
         "itself."),
@@ -327,9 +336,10 @@ PyMethodDef g_methods[] = {
         "AddDependence(hh, op, dirtyflags=DIRTYFLAGS_MATRIX|DIRTYFLAGS_DATA|DIRTYFLAGS_CACHE) -> None\n\n"
         "Adds an object, with all below it, and what of it matters, to the list."),
     // Rotations.
-    Method<&BaseObject::SetRotationOrder, "i", "order">(
-        "SetRotationOrder",
-        "SetRotationOrder(order) -> None\n\nSets the order of the angles, ROTATIONORDER; the matrices stay."),
+    Method<&BaseObject::SetRotationOrder, "i", "order">("SetRotationOrder",
+                                                        "SetRotationOrder(order) -> None\n\nSets the order of "
+                                                        "the angles, ROTATIONORDER from 0 to 6; the matrices "
+                                                        "stay. What is out of range is brought to its end."),
     Method<&BaseObject::GetRotationOrder>("GetRotationOrder", "GetRotationOrder() -> int\n\nThe order."),
     Method<&BaseObject::SetQuaternionRotationMode, "bb", "active", "undo">(
         "SetQuaternionRotationMode",

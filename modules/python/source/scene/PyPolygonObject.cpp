@@ -93,7 +93,8 @@ PyMethodDef g_methods[] = {
     Method<&polygons::CreatePhongNormals>(
         "CreatePhongNormals",
         "CreatePhongNormals() -> list of qlx.Vector or None\n\n"
-        "Four normals of length 1 for each polygon, of its corners. None without a phong tag and normals."),
+        "Four normals of length 1 for each polygon, of its corners; zero where there is no direction. None "
+        "without a phong tag and normals."),
     Method<&polygons::GetPolygonTranslationMap>(
         "GetPolygonTranslationMap",
         "GetPolygonTranslationMap() -> (int, list of int) or None\n\n"
