@@ -35,7 +35,7 @@ class Program {
  public:
   Program(const uint8_t* data, size_t size) : data_(data, size) {
     for (auto& one : polygons_) one.reset(polygonobject::Alloc(Count(), Count()));
-    spline_.reset(splineobject::Alloc(Count(), Small()));
+    spline_.reset(splineobject::Alloc(Count(), data_.ConsumeIntegralInRange(0, 4)));
     lines_.reset(lineobject::Alloc(Count(), Count()));
     for (const auto& [object, type] : {std::pair{Polygons(), host::kDataVertexMap},
                                        {Polygons(), host::kDataUVW},
