@@ -40,8 +40,7 @@ inline constexpr int32_t kThreadNode = 1026947;
 // On the main thread, without the lock.
 void RegisterThreadNode();
 
-// No thread begins from here. Those that run are asked to stop, and what goes on after two seconds is left
-// behind.
+// No thread begins from here. Those that run are asked to stop, and waited for until a signal ends the wait.
 void StopPythonThreads();
 void FreeThreadList();
 bool MayThreadsStart();
