@@ -260,6 +260,8 @@ class ValueTest(ElementTest):
             self.assertIs(element.SetAnimatedParameter(track, DescID(id), first, second, mix, 0), True)
             self.assertEqual(element.GetAnimatedParameter(DescID(id), 0), (result, result, 0.0))
         self.assertIs(op.SetAnimatedParameter(track, DescID(SIZE), "a", "b", 0.5, 0), False)
+        for pair in ((None, 1.0), (1.0, None)):
+            self.assertIs(op.SetAnimatedParameter(track, DescID(RADIUS), *pair, 0.5, 0), False)
         self.assertIs(op.SetAnimatedParameter(track, DescID(99999), 1.0, 2.0, 0.5, 0), False)
         self.assertIs(op.SetAnimatedParameter(track, key, 1.0, 2.0, float("nan"), 0), False)
         self.assertIs(op.GetAnimatedParameter(DescID(99999), 0), False)
@@ -327,17 +329,17 @@ class UserDataTest(ElementTest):
         self.assertTrue(op.SetUserDataContainer((700, 1), user_data(qlx.DTYPE_STRING, "s"), op))
         self.assertEqual(op[id], "s")
         self.assertIsNone(op.AddUserData(BaseContainer()))
-        for key, settings in ((id, BaseContainer()), (5, copy), (DescID(), copy)):
+        for key, settings in ((id, BaseContainer()), (5, copy), (DescID(), copy), ((700, 0), copy), ((700, -5), copy)):
             self.assertIs(op.SetUserDataContainer(key, settings), False)
         self.assert_raises(TypeError, "argument 2 must be qlx.BaseContainer, not int", op.SetUserDataContainer, id, 5)
-        # New numbers stand behind all others, as long as there are such; a number that comes again has no old value.
+        # New numbers stand behind all others, as long as there are such, else in the first gap; a number that comes again has no old value.
         settings = user_data(qlx.DTYPE_LONG, 3)
         self.assertTrue(op.SetUserDataContainer((700, 40), settings))
         op[700, 40] = 7
         self.assertEqual((op.RemoveUserData(40), op.SetUserDataContainer((700, 40), settings), op[700, 40]), (True, True, 3))
         self.assertEqual(op.AddUserData(settings)[1].id, 41)
         self.assertTrue(op.SetUserDataContainer((700, 2 ** 31 - 1), settings))
-        self.assertIsNone(op.AddUserData(settings))
+        self.assertEqual(op.AddUserData(settings)[1].id, 2)
         clone = op.GetClone()
         self.assertEqual(clone[id], "s")
         clone[id] = "t"

@@ -84,7 +84,9 @@ HostBool Alloc(DynamicDescription* self, const BaseContainer* settings, HostDesc
   if (!self || !settings || !id) return 0;
   int32_t last = 0;
   for (const Parameter& parameter : *self->entries) last = std::max(last, parameter.Number());
-  if (last == std::numeric_limits<int32_t>::max() || !Store(*self, last + 1, *settings)) return 0;
+  int32_t number = last < std::numeric_limits<int32_t>::max() ? last + 1 : 1;
+  while (self->Find(number)) ++number;
+  if (!Store(*self, number, *settings)) return 0;
   *id = self->entries->back().Id();
   return 1;
 }
@@ -92,6 +94,7 @@ HostBool Alloc(DynamicDescription* self, const BaseContainer* settings, HostDesc
 HostBool Set(DynamicDescription* self, const HostDescID* id, const BaseContainer* settings, BaseList2D* node) {
   if (!self || !IsUserData(id) || !settings) return 0;
   const int32_t number = id->level[1].id;
+  if (number < 1) return 0;
   const Parameter* known = self->Find(number);
   const int32_t before = known ? known->valueType : HOST_DATA_NONE;
   if (!Store(*self, number, *settings)) return 0;

@@ -258,6 +258,8 @@ namespace host::baselist {
 HostBool SetAnimatedParameter(BaseList2D* self, BaseList2D*, const HostDescID* id, const HostGeData* data1,
                               const HostGeData* data2, double mix, int32_t flags) {
   if (!data1 || !data2 || std::isnan(mix)) return 0;
+  // Nothing is between a value and none, which resets.
+  if ((data1->type == HOST_DATA_NONE) != (data2->type == HOST_DATA_NONE)) return 0;
   mix = std::clamp(mix, 0.0, 1.0);
   HostGeData mixed{};
   if (Mix(*data1, *data2, mix, mixed)) return atom::SetParameter(self, id, &mixed, flags);

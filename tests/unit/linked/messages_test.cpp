@@ -316,6 +316,8 @@ TEST_F(MessageTest, OtherMessagesCarryAValueOrTheObject) {
   receive = [](GeListNode*, int32_t, void* data) { return data == nullptr; };
   EXPECT_EQ(Eval("[op.Message(type) for type in (1, 9, 22, 23, 4711, 1021339)], op.Message(22, None)"),
             "([True, True, True, True, True, True], True)");
+  EXPECT_EQ(Eval("all(op.Message(type, d) for type in (5, 1001077, 1023742, 1026945) for d in (5, {}, print))"),
+            "True");
   receive = [](GeListNode*, int32_t, void* data) { return data == ReceiverTest::Named<BaseDocument>("doc"); };
   EXPECT_EQ(Eval("op.Message(22, doc), op.MultiMessage(0, 22, doc)"), "(True, True)");
   // The receiver changes a script's container, that of another element, and only a copy of an entry.

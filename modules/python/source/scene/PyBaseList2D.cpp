@@ -219,7 +219,9 @@ PyMethodDef g_methods[] = {
         "RemoveUserData", "RemoveUserData(descid) -> bool\n\nRemoves a user's parameter, by its number or id."),
     Method<&userdata::Set, "OC|A!", "descid", "datadescription", "bl">(
         "SetUserDataContainer",
-        "SetUserDataContainer(descid, datadescription, bl=None) -> bool\n\nReplaces its settings."),
+        "SetUserDataContainer(descid, datadescription, bl=None) -> bool\n\n"
+        "Replaces the settings of a user's parameter, or adds one of that number, which is 1 at least. The\n"
+        "value that `bl` has for it is reset when its type changes."),
     Method<Row<WhileAlive>, &userdata::GetAll>(
         "GetUserDataContainer",
         "GetUserDataContainer() -> list of (qlx.DescID, qlx.BaseContainer)\n\n"

@@ -169,9 +169,15 @@ PyMethodDef g_methods[] = {
         "GetParameter(id, flags) -> object or None\n\n"
         "The value of a parameter: by an int, a qlx.DescID, or a tuple of ints and qlx.DescLevel."),
     Method<&SetParameter, "OGi", "id", "data", "flags">(
-        "SetParameter", "SetParameter(id, data, flags) -> bool\n\nSets a parameter, if its type fits."),
+        "SetParameter",
+        "SetParameter(id, data, flags) -> bool\n\n"
+        "Sets a parameter, if its type fits; numbers are brought into its range. None resets it to the "
+        "default."),
     Method<Row<WhileAlive>, &Message, "i|O", "type", "data">(
-        "Message", "Message(type, data=None) -> bool\n\nSends a message to the object."),
+        "Message",
+        "Message(type, data=None) -> bool\n\n"
+        "Sends a message to the object, with a dictionary or a value. 5, 1001077, 1023742 and 1026945 are the\n"
+        "application's own: what scripts send goes without data."),
     Method<Row<WhileAlive>, &MultiMessage, "ii|O", "flags", "type", "data">(
         "MultiMessage",
         "MultiMessage(flags, type, data=None) -> bool\n\n"

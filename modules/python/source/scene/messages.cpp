@@ -394,13 +394,14 @@ PyObject* SendPrivateData(const Call& call, PyObject* data) {
   return SendItems<HostPrivateData>(call, data);
 }
 
-// A value of the host's where there is one, else the object itself, which the element is told ahead.
 // Messages of the host's and of this module's own: receivers trust that their data is what they sent.
 bool IsInternal(int32_t type) {
   return type == HOST_MSG_CHANGE || type == HOST_MSG_EVENT_NOTIFICATION || type == HOST_MSG_PYTHON_DATA ||
          type == HOST_MSG_PYTHON_INSTANCE;
 }
 
+// A value of the host's where there is one, else the object itself, a dead wrapper as well, which the element
+// is told ahead.
 PyObject* SendAny(const Call& call, PyObject* object) {
   if (IsInternal(call.type)) return call.Answer(nullptr);
   GeData data;

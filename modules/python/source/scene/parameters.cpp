@@ -33,7 +33,7 @@ bool LevelFromPython(PyObject* item, Py_ssize_t position, DescID& id) {
 PyObject* ItemAt(PyObject* dictionary, Py_ssize_t position) {
   PyObject *key, *value;
   for (Py_ssize_t at = 0; PyDict_Next(dictionary, &at, &key, &value);)
-    if (PyLong_CheckExact(key) && PyLong_AsSsize_t(key) == position) return value;
+    if (PyLong_Check(key) && PyLong_AsSsize_t(key) == position) return value;
   PyErr_Clear();  // a key that is no size
   return nullptr;
 }
