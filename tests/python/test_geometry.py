@@ -2,8 +2,10 @@
 import copy
 import gc
 import itertools
+import os
 import pickle
 import random
+import tempfile
 import unittest
 
 import qlx
@@ -408,6 +410,19 @@ class PolygonTest(unittest.TestCase):
         op.GetPolygonS().SelectAll(1, 3)
         op.GetPolygonH().Select(5)
         self.assertEqual((op.GetSelectedNgons(select), numbers(select)), (True, [1, 2, 3]))
+        document, solid = qlx.documents.BaseDocument(), qlx.BaseObject(5161)
+        solid[qlx.PRIM_PLATONIC_TYPE] = 3  # of pentagons
+        document.InsertObject(solid)
+        document.ExecutePasses(None, False, True, True, 0)
+        grown = solid.GetCache().GetClone()
+        edges = grown.GetNgonEdgesCompact()
+        self.assertEqual((grown.GetNgonCount(), grown.ResizeObject(grown.GetPointCount(), len(edges) + 3, 1, 0)), (12, 1))
+        with tempfile.TemporaryDirectory() as folder:
+            path, file = os.path.join(folder, "solid"), qlx.storage.HyperFile()
+            self.assertTrue(file.Open(1, path, qlx.HYPERFILE_WRITE, 0) and grown.WriteObject(file) and file.Close())
+            again = qlx.PolygonObject(0, 0)
+            self.assertTrue(file.Open(1, path, qlx.HYPERFILE_READ, 0) and again.ReadObject(file, True) and file.Close())
+        self.assertEqual(again.GetNgonEdgesCompact(), edges + [0] * 3)
         self.assertEqual((op.GetHiddenNgons(sel=select), numbers(select)), (True, [5]))
 
     def test_normals(self):

@@ -272,6 +272,15 @@ class TagTest(unittest.TestCase):
             self.assertEqual(outcome(call, child if call == doc.InsertObject else mine), (AssertionError, REFUSED))
         cache.GetListHead().FlushAll()
         self.assertEqual((op.GetCache().GetPointCount(), op.GetRad()), (8, qlx.Vector(100, 100, 100)))
+        tags, tag = cache.GetTags(), qlx.BaseTag(5612)
+        uvw = cache.GetTag(5671)
+        uvw.Remove()
+        cache.KillTag(5671)
+        uvw.GetListHead().FlushAll()
+        for insert in (lambda: mine.InsertTag(uvw), lambda: cache.InsertTag(tag), lambda: tag.InsertAfter(uvw)):
+            self.assertEqual(outcome(insert), (AssertionError, REFUSED))
+        clone = cache.GetClone()
+        self.assertEqual((cache.GetTags(), [node.GetType() for node in clone.GetTags()]), (tags, [node.GetType() for node in tags]))
         self.assertEqual(group.GetCache().GetChildren(), [child])
 
     def test_data_counts(self):
@@ -317,6 +326,8 @@ class CacheTest(unittest.TestCase):
         self.assertEqual(outcome(self.clone, op, cube, 0, dirtyflags=6), (  # no name leads over `trans`
             TypeError, "argument 6 must be impossible<bad format char>, not int"))
         self.assertEqual((cube.GetMp(), cube.GetRad()), (qlx.Vector(), qlx.Vector(100)))
+        dirty = [self.clone(op, cube, flags, None, None, flag)["dirty"] for flags, flag in ((0, 4), (0, 6), (0, 4), (8, 6), (8, 6))]
+        self.assertEqual(dirty, [True, False, False, True, False])  # each form by itself
         again = self.clone(op, cube, ASIS, True, qlx.AliasTrans(), 6)
         self.assertIsNot(again["clone"], None)
         self.assertNotEqual(again["clone"], cube)
@@ -402,5 +413,24 @@ class CacheTest(unittest.TestCase):
         real = spline.GetRealSpline()
         self.assertEqual((type(real), real), (qlx.SplineObject, spline.GetDeformCache()))
         self.assertNotEqual(real.GetPoint(1), spline.GetPoint(1))
+        # It stands where the object does, also when only the parent moves.
+        group = qlx.BaseObject(NULL)
+        document.InsertObject(group)
+        spline.InsertUnder(group)
+        for x in (0, 5):
+            group.SetAbsPos(qlx.Vector(x, 0, 0))
+            spline.SetAbsPos(qlx.Vector(7 - x, 0, 0))
+            document.ExecutePasses(None, False, True, True, 0)
+            real = spline.GetRealSpline()
+            self.assertEqual((real.GetMg(), real.GetUpMg(), real.GetMl()), (spline.GetMg(), spline.GetUpMg(), spline.GetMl()))
+        cube, below = qlx.BaseObject(CUBE), qlx.BaseObject(TWIST)
+        below.InsertUnder(cube)
+        cube.InsertUnder(group)
+        document.ExecutePasses(None, False, True, True, 0)
+        self.assertEqual(cube.GetCache().GetDeformCache().GetMg(), cube.GetMg())
+        # A deformer without extension deforms nothing.
+        below.SetAbsScale(qlx.Vector(1, 0, 1))
+        document.ExecutePasses(None, False, True, True, 0)
+        self.assertEqual(cube.GetCache().GetDeformCache().GetAllPoints(), cube.GetCache().GetAllPoints())
 
 

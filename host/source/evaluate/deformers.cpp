@@ -133,7 +133,9 @@ void Deform(const BaseObject& deformer, const Matrix& deformerGlobal, const Matr
             PointObject& shape) {
   const Deformation deformation{Read(deformer), kelvar::Product(kelvar::Inverse(deformerGlobal), global),
                                 kelvar::Product(kelvar::Inverse(global), deformerGlobal)};
-  if (!(deformation.deformer.height > 0)) return;
+  const auto isFlat = [](const Matrix& m) { return kelvar::Dot(m.v1, kelvar::Cross(m.v2, m.v3)) == 0; };
+  // There is no way into such a system, and all would become as flat on the way back.
+  if (!(deformation.deformer.height > 0) || isFlat(deformerGlobal) || isFlat(global)) return;
   if (auto* mesh = As<PolygonObject>(&shape)) DeformNormals(deformation, *mesh);
   if (auto* spline = As<SplineObject>(&shape)) DeformTangents(deformation, *spline);
   for (Vector& point : shape.Points())

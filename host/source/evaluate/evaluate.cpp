@@ -338,8 +338,10 @@ class Evaluator {
     }
     const uint64_t wanted = deformers ? state.Sum() : 0;
     if (wanted == evaluation.deformed) {
-      auto* copy = shape && evaluation.contentAt != knownAt ? FirstIn(&object, kDeformBranch) : nullptr;
+      auto* copy = shape ? FirstIn(&object, kDeformBranch) : nullptr;
       if (!copy) return;
+      copy->place = object.place;  // the parent may have moved the other way
+      if (evaluation.contentAt == knownAt) return;
       copy->name = object.name;
       copy->data = object.data;
       return;

@@ -35,6 +35,7 @@ struct Evaluation {
   // What GetHierarchyClone was asked for, and what that was like; the dead ones go when there are many.
   struct Cloned {
     HostLink object;
+    int32_t flags, dirtyFlags;
     uint64_t state;
   };
   std::vector<Cloned> clones;

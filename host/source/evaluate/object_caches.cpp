@@ -31,16 +31,18 @@ BaseObject* CloneOf(const BaseObject& op, int32_t flags, AliasTrans* trans) {
   return spline ? As<BaseObject>(atom::GetClone(spline, COPYFLAGS_NO_HIERARCHY, trans)) : nullptr;
 }
 
-// 0 for what was never asked for.
-uint64_t& StateOfClone(BaseObject& generator, BaseObject& op) {
+// 0 for what was never asked for, in that form.
+uint64_t& StateOfClone(BaseObject& generator, BaseObject& op, int32_t flags, int32_t dirtyFlags) {
   auto& clones = EvaluationOf(generator).clones;
   HostLink link{};
   op.Link(link);
   for (auto& known : clones)
-    if (known.object.slot == link.slot && known.object.generation == link.generation) return known.state;
+    if (known.object.slot == link.slot && known.object.generation == link.generation && known.flags == flags &&
+        known.dirtyFlags == dirtyFlags)
+      return known.state;
   constexpr size_t kMany = 64;
   if (clones.size() >= kMany) std::erase_if(clones, [](const auto& one) { return !link::GetLink(one.object); });
-  return clones.emplace_back(Evaluation::Cloned{link, 0}).state;
+  return clones.emplace_back(Evaluation::Cloned{link, flags, dirtyFlags, 0}).state;
 }
 
 // Only of what frees it again when it is evaluated anew.
@@ -98,7 +100,7 @@ BaseObject* GetHierarchyClone(BaseObject* self, HierarchyHelp*, BaseObject* op, 
   EvaluateTree(*op);
   if (!hold.IsAlive() || !opHold.IsAlive()) return nullptr;
   const uint64_t state = StateOf(*op, dirtyflags, true);
-  uint64_t& known = StateOfClone(*self, *op);
+  uint64_t& known = StateOfClone(*self, *op, flags, dirtyflags);
   const bool isWanted = known != state || (dirty && *dirty);
   known = state;
   if (dirty) *dirty = isWanted;

@@ -55,7 +55,7 @@ Notification* FindNotification(const BaseList2D* self, const BaseList2D* node, i
 BaseList2D* Alloc(int32_t id) { return MakeElement(id); }
 
 void Free(BaseList2D* self) {
-  if (self && !self->isFixed) DestroyNow(self);
+  if (self && !IsKept(*self)) DestroyNow(self);
 }
 
 HostString GetName(const BaseList2D* self) noexcept { return self ? Share(&self->name.Word()) : HostString{}; }

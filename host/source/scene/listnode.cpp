@@ -62,7 +62,7 @@ HostBool InsertUnderLast(GeListNode* self, GeListNode* parent) {
 }
 
 void Remove(GeListNode* self) {
-  if (self && !self->isFixed) TakeOut(*self);
+  if (self && !IsKept(*self)) TakeOut(*self);
 }
 
 GeListHead* GetListHead(const GeListNode* self) { return self ? HeadOf(*self) : nullptr; }

@@ -139,9 +139,12 @@ Matrix UpMatrix(const BaseObject& object) {
   // From the outermost one inwards would need a list of them; the product is the same.
   Matrix matrix = kIdentityMatrix;
   const auto above = [](const GeListNode& node) -> const BaseObject* {
-    if (node.up) return As<BaseObject>(node.up);
-    const bool isCached = node.list && node.list->branch == kCacheBranch;
-    return isCached ? As<BaseObject>(node.list->owner) : nullptr;
+    // What deformers left stands where the shape does.
+    const GeListNode* at = &node;
+    while (!at->up && at->list && at->list->branch == kDeformBranch) at = at->list->owner;
+    if (at->up) return As<BaseObject>(at->up);
+    const bool isCached = at->list && at->list->branch == kCacheBranch;
+    return isCached ? As<BaseObject>(at->list->owner) : nullptr;
   };
   for (const BaseObject* at = above(object); at; at = above(*at))
     matrix = kelvar::Product(at->place.Local(), matrix);

@@ -85,7 +85,8 @@ bool PolygonObject::ReadOwn(HyperFile& file) {
     if (!ReadSelection(file, *one)) return false;
   std::vector<uint8_t> edges;
   if (!file.ReadArray(edges)) return false;
-  if (!edges.empty() && edges.size() != Polygons().size()) return file.Fail(HYPERFILE_ERROR_FORMAT);
+  if (edges.size() > Polygons().size()) return file.Fail(HYPERFILE_ERROR_FORMAT);
+  if (!edges.empty()) edges.resize(Polygons().size());  // files of earlier versions leave out what has none
   ngonEdges = std::move(edges);
   return true;
 }

@@ -52,9 +52,9 @@ void SetAbsolute(BaseObject* self, Part part, const Vector* value) {
   if (!self || !value) return;
   Move(self, [&](ObjectPlace& place) {
     if (part == &Placement::position) return place.SetPosition(*value);
-    Placement changed = place.Absolute();
+    Placement changed = place.IsFrozenUpright() ? place.Relative() : place.Absolute();
     changed.*part = *value;
-    place.SetAbsolute(changed);
+    place.IsFrozenUpright() ? place.SetRelative(changed) : place.SetAbsolute(changed);
   });
 }
 
@@ -234,7 +234,7 @@ HostBool InsertTag(BaseObject* self, BaseTag* tag, BaseTag* pred) {
 
 void KillTag(BaseObject* self, int32_t type, int32_t nr) {
   BaseTag* tag = GetTag(self, type, nr);
-  if (tag && !tag->isFixed) DestroyNow(tag);
+  if (tag && !IsKept(*tag)) DestroyNow(tag);
 }
 
 LineObject* GetIsoparm(const BaseObject* self) {

@@ -82,7 +82,7 @@ Vector RotationAngles(const Matrix& matrix, int32_t order) {
   } else {  // the outer angles turn about one axis: the last one gets all of it
     AngleAt(angles, i, order) = std::atan2(sign * Element(m, k, j), Element(m, j, j));
   }
-  return angles;
+  return angles + Vector{};  // no -0
 }
 
 Matrix MatrixOf(const Placement& placement, int32_t order) {
@@ -115,6 +115,15 @@ ObjectPlace& ObjectPlace::operator=(const ObjectPlace& other) {
   to.frozen = from.frozen ? std::make_unique<Placement>(*from.frozen) : nullptr;
   to.order = from.order;
   return *this;
+}
+
+bool ObjectPlace::IsFrozenUpright() const {
+  return Frozen().rotation == kNowhere.rotation && Frozen().scale == kNowhere.scale;
+}
+
+Placement ObjectPlace::Absolute() const {
+  if (!IsFrozenUpright()) return PlacementOf(Local(), Order());
+  return {Local().off, Relative().rotation, Relative().scale};
 }
 
 Matrix ObjectPlace::RelativeMatrix() const {
@@ -162,6 +171,7 @@ void ObjectPlace::SetFrozen(const Placement& frozen) {
   const bool isSheared =
       isFinite && !(data.local.v1 == before.v1 && data.local.v2 == before.v2 && data.local.v3 == before.v3);
   data.frozen = std::make_unique<Placement>(frozen);
+  if (IsFrozenUpright() && frozen.position == Vector{}) data.frozen.reset();
   Compose();
   if (isSheared) data.local = kelvar::Product(FrozenMatrix(), relative);
 }

@@ -50,7 +50,9 @@ class ObjectPlace {
 
   const Placement& Relative() const { return data_ ? data_->relative : kNowhere; }
   const Placement& Frozen() const { return IsFrozen() ? *data_->frozen : kNowhere; }
-  Placement Absolute() const { return IsFrozen() ? PlacementOf(Local(), Order()) : Relative(); }
+  Placement Absolute() const;
+  // Whether nothing or only the position is frozen: the relative rotation and scale are the absolute ones then.
+  bool IsFrozenUpright() const;
 
   void SetRelative(const Placement& relative);
   void SetFrozen(const Placement& frozen);

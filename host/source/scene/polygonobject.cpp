@@ -94,7 +94,7 @@ HostBool ResizeNgons(PolygonObject* self, int32_t pcnt, int32_t vcnt, int32_t nv
   if (!ResizeBlocks(*object, {.points = pcnt, .polygons = vcnt})) return 0;
   if (nvcnt == 0)
     object->ngonEdges.clear();
-  else if (object->ngonEdges.size() > size_t(vcnt))
+  else if (!object->ngonEdges.empty())
     object->ngonEdges.resize(size_t(vcnt));
   return 1;
 }

@@ -81,6 +81,10 @@ bool IsInside(const GeListNode& node, const GeListNode& outer) {
   return false;
 }
 
+bool IsMade(const GeListNode* node) { return node && node->isFixed && node->kind == Kind::kObject; }
+
+bool IsKept(const GeListNode& node) { return node.isFixed || (node.list && IsMade(node.list->owner)); }
+
 bool MayStand(const NodeType& type, const GeListNode& parent) {
   if (parent.IsDead()) return false;
   const Kind kind = KindOf(type);
@@ -90,7 +94,7 @@ bool MayStand(const NodeType& type, const GeListNode& parent) {
   }
   const auto& head = static_cast<const GeListHead&>(parent);
   if (!head.owner) return true;
-  if (head.branch < 0 || kind == Kind::kDocument) return false;
+  if (head.branch < 0 || IsMade(head.owner) || kind == Kind::kDocument) return false;
   if (head.kind != Kind::kNone && head.kind != kind) return false;
   return kind != Kind::kTag || !HasFixedBlock(*head.owner, type.id);
 }
@@ -101,7 +105,7 @@ bool Place(GeListNode& node, GeListNode& parent, GeListNode* pred) {
 
 bool PutIn(GeListNode& node, GeListNode& parent, GeListNode* pred) {
   const ChangeScene changes;
-  if (node.isFixed || node.IsDead() || parent.IsDead() || IsHead(node) || &node == &parent) return false;
+  if (IsKept(node) || node.IsDead() || parent.IsDead() || IsHead(node) || &node == &parent) return false;
   const bool isLeaf = !node.down && !node.hasFreeHeads && (!node.extras || node.extras->branches.empty());
   if (!isLeaf && IsInside(parent, node)) return false;
   if (pred == &node) return true;  // it stands there

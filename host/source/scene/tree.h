@@ -23,6 +23,12 @@ GeListHead* HeadOf(const GeListNode& node);
 // Whether `node` is `outer`, or stands somewhere below it, in its branches or in those below it.
 bool IsInside(const GeListNode& node, const GeListNode& outer);
 
+// Whether evaluation made it: the lists of such an object are the host's as well.
+bool IsMade(const GeListNode* node);
+
+// Whether others may neither move nor free it.
+bool IsKept(const GeListNode& node);
+
 // Whether others may put a node of that type below `parent`. Branches take elements of their own kind, and no
 // second block of those that stay with the object; what the host made takes nothing. Documents stand in free
 // heads only, and nothing stands below them beside their branches.

@@ -122,6 +122,14 @@ TEST(Placement, TheRelativePartStaysWhereTheFrozenOneIsSet) {
   ExpectNear(place.Local(), kelvar::Product(MatrixOf(turned, host::kOrderHPB), sheared), 1e-12);
   place.SetFrozen({{5, 0, 0}});
   ExpectNear(place.Local(), {{6, 2, 3}, sheared.v1, sheared.v2, sheared.v3}, 1e-12);
+  // What is frozen in place alone leaves angles beyond a turn, and an identity nothing.
+  place.SetFrozen({});
+  place.SetRelative({{}, {7, 0, 0}, {-1, -1, 1}});
+  place.SetFrozen({{1, 0, 0}});
+  EXPECT_EQ(place.Absolute().rotation, (Vector{7, 0, 0}));
+  EXPECT_EQ(place.Absolute().scale, (Vector{-1, -1, 1}));
+  place.SetFrozen({});
+  EXPECT_EQ(place.Local().off, Vector{});
   // Frozen parts that nothing comes back from.
   place.SetRelative({{1, 2, 3}, {0.1, 0.2, 0.3}, {1, 2, 3}});
   const Matrix before = place.RelativeMatrix();

@@ -599,7 +599,8 @@ typedef struct HostObjectGroup {
    * fails   nothing */
   void (*TouchDependenceList)(BaseObject* self);
 
-  /* Adds an object, with all below it, and what of it matters, to the list.
+  /* Adds an object, with all below it, and what of it matters, to the list. Where what is below stands, and
+   * what deformers make of it, matters in any case.
    * owner   -
    * thread  any
    * waits   no

@@ -334,7 +334,9 @@ PyMethodDef g_methods[] = {
     Method<&AddDependence, "O!A!|i", "hh", "op", "dirtyflags=22">(
         "AddDependence",
         "AddDependence(hh, op, dirtyflags=DIRTYFLAGS_MATRIX|DIRTYFLAGS_DATA|DIRTYFLAGS_CACHE) -> None\n\n"
-        "Adds an object, with all below it, and what of it matters, to the list."),
+        "Adds an object, with all below it, and what of it matters, to the list. Where what is below stands, "
+        "and what "
+        "deformers make of it, matters in any case."),
     // Rotations.
     Method<&BaseObject::SetRotationOrder, "i", "order">("SetRotationOrder",
                                                         "SetRotationOrder(order) -> None\n\nSets the order of "
