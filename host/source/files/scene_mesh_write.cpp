@@ -165,7 +165,9 @@ bool IsColorOfPoints(const VariableTag* colors) {
 }  // namespace
 
 std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<int32_t>& materials,
-                                 MeshStyle style) {
+                                 MeshStyle style, const std::function<void()>& turn) {
+  constexpr size_t kBetweenTurns = 4096;  // faces
+  turn();
   Check(object);
   const int32_t count = object.polygons.Count();
   std::vector<Corner> corners;
@@ -174,11 +176,13 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
     for (int32_t i = 0; i < count; ++i) AddTriangles(object, i, corners, sizes);
   else
     JoinNgons(object.Polygons(), object.ngonEdges, corners, sizes);
+  turn();
 
   Attributes attributes{.uvw = BlockOf(object, kDataUVW, count),
                         .colors = FindBlock(object, kDataVertexColor),
                         .normals = PhongNormals(polygonobject::CreatePhongNormals(&object)),
                         .isColorOfPoints = false};
+  turn();
   attributes.isColorOfPoints = IsColorOfPoints(attributes.colors);
   if (attributes.colors &&
       attributes.colors->Count() < (attributes.isColorOfPoints ? object.points.Count() : count))
@@ -196,7 +200,8 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
     size_t total = 0;
     for (const auto& [first, size] : some) total += size;
     Writer writer(object, attributes, style.normals, total);
-    for (const auto& [first, size] : some) {
+    for (size_t done = 0; const auto& [first, size] : some) {
+      if (++done % kBetweenTurns == 0) turn();
       writer.EndFace(size);
       // The other way round from the same corner.
       writer.Add(corners[first]);
