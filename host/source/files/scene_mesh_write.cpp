@@ -15,6 +15,8 @@
 namespace host {
 namespace {
 
+constexpr size_t kBetweenTurns = 4096;  // faces or points
+
 struct GiveBack {
   void operator()(Vector32* items) const { general::Free(items); }
 };
@@ -74,13 +76,14 @@ class Writer {
   void EndFace(uint32_t size) { sizes_.push_back(size); }
 
   // Vertices stand in the order of their points, so that a reader finds that again.
-  FileMesh Finish() {
+  FileMesh Finish(const std::function<void()>& turn) {
     std::vector<Vector32> points, uvw, normals;
     std::vector<ColorA32> colors;
     std::vector<uint32_t> order(made_.size()), place(made_.size());
     for (size_t i = 0; i < order.size(); ++i) order[i] = uint32_t(i);
     std::ranges::stable_sort(order, {}, [&](uint32_t i) { return made_[i].point; });
     for (size_t i = 0; i < order.size(); ++i) {
+      if (i % kBetweenTurns == 0) turn();
       const Vertex& vertex = made_[order[i]];
       place[order[i]] = uint32_t(i);
       const Vector& point = object_.Points()[size_t(vertex.point)];
@@ -166,7 +169,6 @@ bool IsColorOfPoints(const VariableTag* colors) {
 
 std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<int32_t>& materials,
                                  MeshStyle style, const std::function<void()>& turn) {
-  constexpr size_t kBetweenTurns = 4096;  // faces
   turn();
   Check(object);
   const int32_t count = object.polygons.Count();
@@ -207,7 +209,7 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
       writer.Add(corners[first]);
       for (size_t i = size; i-- > 1;) writer.Add(corners[first + i]);
     }
-    meshes.push_back(writer.Finish());
+    meshes.push_back(writer.Finish(turn));
     meshes.back().material = material;
   }
   return meshes;
