@@ -10,6 +10,8 @@
 #include <fstream>
 #include <span>
 
+#include "files/scene_names.h"
+
 namespace host {
 namespace fs = std::filesystem;
 namespace {
@@ -92,13 +94,45 @@ uint64_t PlySize(std::string_view type) {
   return at == std::end(kSizes) ? 0 : at->second;
 }
 
-// Whether a PLY text has a line for each of its elements, and the last one is whole, or a binary one room for
-// them, with lists of nothing: the library makes up what is missing.
+struct PlyProperty {
+  bool isList, hasCorners;           // points of faces
+  uint64_t countLimit, cornerLimit;  // what their types hold no more
+};
+
+struct PlyElement {
+  uint64_t count;
+  bool isStrip;  // -1 begins another one there
+  std::vector<PlyProperty> properties;
+};
+
+// Whether a line of a PLY text has all that its element has; the library takes other words for a number, too.
+bool IsPlyRowWhole(std::string_view line, const PlyElement& element) {
+  const auto takeNumber = [&](uint64_t& number, uint64_t limit) {
+    const std::string_view word = TakeWord(line);
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    return error == std::errc() && end == word.data() + word.size() && number < limit;
+  };
+  for (const PlyProperty& property : element.properties) {
+    uint64_t left = 1, corner = 0;
+    if (property.isList && !takeNumber(left, property.countLimit)) return false;
+    for (; left > 0; --left) {
+      std::string_view rest = line;
+      if (!property.hasCorners || (element.isStrip && TakeWord(rest) == "-1")) {
+        if (TakeWord(line).empty()) return false;
+      } else if (!takeNumber(corner, property.cornerLimit)) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+// Whether a PLY text has a line for each of its elements, and faces and the last one are whole, or a binary one
+// room for them, with lists of nothing: the library makes up what is missing.
 bool IsPlyWhole(std::istream& stream, uint64_t size) {
-  uint64_t rows = 0, rowsUnderWay = 0, bytes = 0;
+  uint64_t bytes = 0;
   bool isBinary = false;
-  std::vector<bool> areLists, lastLists;  // the properties of the element under way, and of the last with rows
-  bool hasRows = false;
+  std::vector<PlyElement> elements;
   std::string text;
   while (std::getline(stream, text)) {
     std::string_view line = text;
@@ -106,32 +140,37 @@ bool IsPlyWhole(std::istream& stream, uint64_t size) {
     if (word == "end_header") break;
     if (word == "format") isBinary = TakeWord(line) != "ascii";
     if (word == "element") {
-      if (hasRows) lastLists = areLists;
-      areLists.clear();
-      TakeWord(line);
-      const uint64_t count = NumberIn(TakeWord(line));
-      hasRows = count > 0;
-      rows += rowsUnderWay = std::min<uint64_t>(count, kLargestFile);
-    } else if (word == "property") {
-      const std::string_view type = TakeWord(line);
-      areLists.push_back(type == "list");
-      bytes += rowsUnderWay * PlySize(type == "list" ? TakeWord(line) : type);
+      const bool isStrip = TakeWord(line) == "tristrips";
+      elements.push_back({std::min<uint64_t>(NumberIn(TakeWord(line)), kLargestFile), isStrip, {}});
+    } else if (word == "property" && !elements.empty()) {
+      const auto limit = [](std::string_view type) {
+        const uint64_t size = PlySize(type);
+        return uint64_t(1) << (size == 1 ? 8 : size == 2 ? 16 : 32);
+      };
+      std::string_view type = TakeWord(line);
+      const bool isList = type == "list";
+      if (isList) type = TakeWord(line);
+      bytes += elements.back().count * PlySize(type);
+      PlyProperty& property = elements.back().properties.emplace_back(isList, false, limit(type), 0);
+      if (!isList) continue;
+      type = TakeWord(line);
+      property.cornerLimit = limit(type);
+      property.hasCorners =
+          !type.starts_with("float") && type != "double" && TakeWord(line).starts_with("vertex_ind");
     }
   }
   if (isBinary) return stream.good() && uint64_t(stream.tellg()) + bytes <= size;
-  if (hasRows) lastLists = areLists;
-  std::string_view last;
-  while (rows > 0 && std::getline(stream, text)) {
-    last = text;
-    if (!TakeWord(last).empty()) --rows;
-  }
-  if (rows > 0) return false;
-  last = text;
-  for (const bool isList : lastLists) {
-    const std::string_view word = TakeWord(last);
-    if (word.empty()) return false;
-    for (uint64_t left = isList ? NumberIn(word) : 0; left > 0; --left)
-      if (TakeWord(last).empty()) return false;
+  std::erase_if(elements, [](const PlyElement& element) { return element.count == 0; });
+  for (const PlyElement& element : elements) {
+    const bool areFaces = std::ranges::any_of(element.properties, &PlyProperty::hasCorners);
+    for (uint64_t left = element.count; left > 0;) {
+      if (!std::getline(stream, text)) return false;
+      std::string_view line = text;
+      if (TakeWord(line).empty()) continue;
+      --left;
+      const bool isLast = left == 0 && &element == &elements.back();
+      if ((areFaces || isLast) && !IsPlyRowWhole(text, element)) return false;
+    }
   }
   return true;
 }
@@ -186,7 +225,10 @@ void CheckMesh(const FileMesh& mesh, size_t materials) {
 }  // namespace
 
 FileFault FaultOf(const fs::path& file, std::string_view reason) {
-  return FileFault(file.empty() ? "a file without a name" : fmt::format("{}: {}", file.native(), reason));
+  constexpr size_t kLongest = 200;
+  return FileFault(file.empty() ? "a file without a name"
+                                : fmt::format("{}: {}{}", file.native(), FirstOf(reason, kLongest),
+                                              reason.size() > kLongest ? "..." : ""));
 }
 
 void CheckName(const fs::path& file) {

@@ -78,22 +78,21 @@ std::string LineOf(std::string_view name) {
   return line;
 }
 
-// One that readers keep: neither blank nor longer than their buffers.
+// One that readers keep: neither blank nor longer than their buffers, nor with blanks at its ends.
 std::string NameOf(std::string_view name, const char* otherwise) {
   constexpr size_t kLongest = 255;
   std::string line = LineOf(name);
-  if (line.find_first_not_of(' ') == line.npos) return otherwise;
-  if (line.size() <= kLongest) return line;
-  size_t size = kLongest;
-  while ((uint8_t(line[size]) & 0xc0) == 0x80) --size;  // within a character
-  return line.substr(0, size);
+  line.erase(0, line.find_first_not_of(' '));
+  line.resize(FirstOf(line, kLongest).size());
+  line.erase(line.find_last_not_of(' ') + 1);
+  return line.empty() ? otherwise : line;
 }
 
-// In files names are what tells objects apart, and materials. The first one of a name keeps it.
+// In files names are what tells objects apart, and materials. The first one of a name keeps it, unless that is
+// the library's own.
 template <class Item>
-void TellApart(std::vector<Item>& items) {
+void TellApart(std::vector<Item>& items, std::unordered_set<std::string> seen = {}) {
   TakenNames names(items);
-  std::unordered_set<std::string> seen;
   for (Item& item : items)
     if (!seen.insert(item.name).second) item.name = names.Take(item.name);
 }
@@ -104,7 +103,8 @@ struct EndObject {
 
 class Builder {
  public:
-  Builder(const SceneFormat& format, const fs::path& folder) : format_(format), folder_(folder) {
+  Builder(const SceneFormat& format, const fs::path& folder, Progress* progress)
+      : format_(format), folder_(folder), progress_(progress) {
     const std::string_view extension = format.extension;
     style_.triangles = extension == "glb" || extension == "stl";
     style_.normals = extension == "obj";
@@ -126,7 +126,8 @@ class Builder {
       if (!shape) throw std::bad_alloc();
       AddNodes(*shape);
     }
-    TellApart(scene_.materials);
+    if (!std::strcmp(format_.extension, "obj")) EndLines();
+    TellApart(scene_.materials, {"DefaultMaterial"});
     TellApart(scene_.nodes);
     for (const FileNode& node : scene_.nodes)
       for (const int32_t mesh : node.meshes) scene_.meshes[size_t(mesh)].name = node.name;
@@ -135,6 +136,10 @@ class Builder {
   }
 
  private:
+  void Report() const {
+    if (progress_ && !progress_->Report(0, "writing")) throw Stopped("stopped");
+  }
+
   void AddNodes(const BaseObject& root) {
     struct Pending {
       const GeListNode* node;
@@ -147,6 +152,7 @@ class Builder {
     while (!pending.empty()) {
       const auto [node, parent, depth, above, system] = pending.back();
       pending.pop_back();
+      Report();
       if (node->next) pending.push_back({node->next, parent, depth, above, system});
       const auto& object = static_cast<const BaseObject&>(*node);
       const BaseObject* textured = HasTexture(object) ? &object : above;
@@ -156,6 +162,16 @@ class Builder {
       AddNode(object, parent, textured, matrix);
       if (object.down) pending.push_back({object.down, number, depth + 1, textured, isFlat_ ? matrix : system});
     }
+  }
+
+  // There a line goes on behind a backslash at its end.
+  void EndLines() {
+    const auto end = [](auto& items) {
+      for (auto& item : items)
+        if (item.name.ends_with('\\')) item.name.back() = '_';
+    };
+    end(scene_.materials);
+    end(scene_.nodes);
   }
 
   template <class Item>
@@ -201,7 +217,7 @@ class Builder {
     } else if (const auto* polygons = As<PolygonObject>(&object)) {
       std::vector<int32_t> materials;
       if (textured) materials = MaterialsOf(*polygons, *textured);
-      for (FileMesh& mesh : MakeMeshes(*polygons, materials, style_)) {
+      for (FileMesh& mesh : MakeMeshes(*polygons, materials, style_, [this] { Report(); })) {
         node.meshes.push_back(int32_t(scene_.meshes.size()));
         scene_.meshes.push_back(std::move(mesh));
       }
@@ -268,13 +284,14 @@ class Builder {
       const fs::path path = View(&file->value.filename);
       std::string& texture = made.textures[slot];
       texture = LineOf(path.is_absolute() ? path.lexically_proximate(folder_).native() : path.native());
-      // These would be a picture of the scene itself, an option, or left out.
-      if (texture.find_first_of("*- ") == 0) texture.insert(0, "./");
+      // These would be a picture of the scene itself or within its file, an option, or left out.
+      if (texture.find_first_of("*- ") == 0 || texture.starts_with("data:")) texture.insert(0, "./");
     }
   }
 
   const SceneFormat& format_;
   const fs::path folder_;
+  Progress* const progress_;
   MeshStyle style_;
   bool isFlat_;  // the format has no hierarchy
   FileScene scene_;
@@ -368,7 +385,7 @@ void ExportScene(const BaseDocument& document, const fs::path& to, int32_t forma
     if (error) Refuse(error.message());
     if (fs::exists(file) && !fs::is_regular_file(file)) Refuse("there is something else of that name");
     if (fs::exists(file) && access(file.c_str(), W_OK)) RefuseSystem(errno);
-    FileScene scene = Builder(*format, file.parent_path()).Build(document);
+    FileScene scene = Builder(*format, file.parent_path(), progress).Build(document);
     if (scene.meshes.empty()) Refuse("there are no polygons to save");
     const NewFiles files(file);
     const FileRequest request{.path = files.File().native(),

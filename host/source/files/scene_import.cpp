@@ -217,12 +217,15 @@ class Importer {
   // In the file's folder, or that of the file that it is a link to, also where the file names a place on
   // another machine.
   fs::path PathOf(std::string text) const {
-    std::ranges::replace(text, '\\', '/');
     std::erase(text, '\0');
-    if (text.starts_with("file://")) text.erase(0, 7);
+    std::string plain = text;  // a backslash may be a name's own
+    std::ranges::replace(text, '\\', '/');
+    if (text.starts_with("file://"))
+      for (std::string* one : {&text, &plain}) one->erase(0, 7);
     std::error_code error;
     for (const fs::path& folder : {folder_, goalFolder_})
-      for (const fs::path& path : {(folder / text).lexically_normal(), folder / fs::path(text).filename()})
+      for (const fs::path& path : {(folder / plain).lexically_normal(), (folder / text).lexically_normal(),
+                                   folder / fs::path(text).filename()})
         if (fs::exists(path, error)) return path;
     return (folder_ / text).lexically_normal();
   }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -73,9 +74,11 @@ struct MeshStyle {
 };
 
 // The meshes of an object, one for each of the materials that its polygons have: `materials` has one a polygon,
-// or is empty for -1. Throws std::runtime_error with the reason.
-std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<int32_t>& materials,
-                                 MeshStyle style);
+// or is empty for -1. `turn` is called every now and then and may throw. Throws std::runtime_error with the
+// reason.
+std::vector<FileMesh> MakeMeshes(
+    const PolygonObject& object, const std::vector<int32_t>& materials, MeshStyle style,
+    const std::function<void()>& turn = [] {});
 
 }  // namespace host
 

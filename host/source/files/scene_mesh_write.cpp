@@ -15,6 +15,8 @@
 namespace host {
 namespace {
 
+constexpr size_t kBetweenTurns = 4096;  // faces or points
+
 struct GiveBack {
   void operator()(Vector32* items) const { general::Free(items); }
 };
@@ -74,13 +76,14 @@ class Writer {
   void EndFace(uint32_t size) { sizes_.push_back(size); }
 
   // Vertices stand in the order of their points, so that a reader finds that again.
-  FileMesh Finish() {
+  FileMesh Finish(const std::function<void()>& turn) {
     std::vector<Vector32> points, uvw, normals;
     std::vector<ColorA32> colors;
     std::vector<uint32_t> order(made_.size()), place(made_.size());
     for (size_t i = 0; i < order.size(); ++i) order[i] = uint32_t(i);
     std::ranges::stable_sort(order, {}, [&](uint32_t i) { return made_[i].point; });
     for (size_t i = 0; i < order.size(); ++i) {
+      if (i % kBetweenTurns == 0) turn();
       const Vertex& vertex = made_[order[i]];
       place[order[i]] = uint32_t(i);
       const Vector& point = object_.Points()[size_t(vertex.point)];
@@ -165,7 +168,8 @@ bool IsColorOfPoints(const VariableTag* colors) {
 }  // namespace
 
 std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<int32_t>& materials,
-                                 MeshStyle style) {
+                                 MeshStyle style, const std::function<void()>& turn) {
+  turn();
   Check(object);
   const int32_t count = object.polygons.Count();
   std::vector<Corner> corners;
@@ -174,11 +178,13 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
     for (int32_t i = 0; i < count; ++i) AddTriangles(object, i, corners, sizes);
   else
     JoinNgons(object.Polygons(), object.ngonEdges, corners, sizes);
+  turn();
 
   Attributes attributes{.uvw = BlockOf(object, kDataUVW, count),
                         .colors = FindBlock(object, kDataVertexColor),
                         .normals = PhongNormals(polygonobject::CreatePhongNormals(&object)),
                         .isColorOfPoints = false};
+  turn();
   attributes.isColorOfPoints = IsColorOfPoints(attributes.colors);
   if (attributes.colors &&
       attributes.colors->Count() < (attributes.isColorOfPoints ? object.points.Count() : count))
@@ -196,13 +202,14 @@ std::vector<FileMesh> MakeMeshes(const PolygonObject& object, const std::vector<
     size_t total = 0;
     for (const auto& [first, size] : some) total += size;
     Writer writer(object, attributes, style.normals, total);
-    for (const auto& [first, size] : some) {
+    for (size_t done = 0; const auto& [first, size] : some) {
+      if (++done % kBetweenTurns == 0) turn();
       writer.EndFace(size);
       // The other way round from the same corner.
       writer.Add(corners[first]);
       for (size_t i = size; i-- > 1;) writer.Add(corners[first + i]);
     }
-    meshes.push_back(writer.Finish());
+    meshes.push_back(writer.Finish(turn));
     meshes.back().material = material;
   }
   return meshes;

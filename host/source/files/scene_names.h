@@ -4,11 +4,20 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
 namespace host {
+
+// As many whole characters as fit.
+inline std::string_view FirstOf(std::string_view text, size_t longest) {
+  if (text.size() <= longest) return text;
+  while (longest > 0 && (uint8_t(text[longest]) & 0xc0) == 0x80) --longest;
+  return text.substr(0, longest);
+}
 
 class TakenNames {
  public:

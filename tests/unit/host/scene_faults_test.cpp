@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include "files/scene_check.h"
+#include "files/scene_mesh.h"
 #include "scene_files_support.h"
 
 using namespace scene_files;
@@ -32,7 +33,8 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
            "</p></triangles></mesh></geometry></library_geometries><library_visual_scenes><visual_scene "
            "id=\"s\">"
            "<node name=\"n\"><instance_geometry url=\"#g\"/></node></visual_scene></library_visual_scenes>"
-           "<scene><instance_visual_scene url=\"#s\"/></scene></COLLADA>";
+           "<scene><instance_visual_scene url=\"#s\"/></scene><extra><technique "
+           "profile=\"x\"><p>-1</p></technique></extra></COLLADA>";
   };
   EXPECT_EQ(CountPolygons(*Import(folder_.Write("right.dae", collada("0 1 2")))), 1u);
   // Two faces, of which the second has one corner that is no point.
@@ -69,10 +71,17 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"cut line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1", "it is no whole .ply file"},
       {"missing line.ply", ply + "0 0 0\n1 0 0\n1 1 0\n\n", "it is no whole .ply file"},
       {"cut points.ply", points.substr(0, points.size() - 1), "it is no whole .ply file"},
+      {"word.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 x\n", "it is no whole .ply file"},
+      {"beyond.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 4294967298\n", "it is no whole .ply file"},
+      {"version.glb", whole.substr(0, 4) + "\x09" + whole.substr(5), "it is no whole .glb file"},
       {"empty.stl", "solid x\nendsolid x\n", "there is nothing in it"},
       {"points.obj", "o One\nv 0 0 0\nv 1 0 0\n", "none of its objects has a face"},
       {"below.dae", collada("0 1 -1"), noPoint},
       {"beyond.dae", collada("0 1 4294967295"), noPoint},
+      {"comment.dae", collada("<!-- x -->0 1 -1"), noPoint},
+      {"data.dae", collada("<![CDATA[0 1 -1]]>"), noPoint},
+      {"entity.dae", collada("0 1 &#45;1"), noPoint},
+      {"word.dae", collada("0 1 x"), noPoint},
       {"faces.gltf", gltf + faces, noPoint},
       {"text.obj", "hello world, this is a text", "there is nothing in it"},
       {"cut text.stl", "solid a\n facet normal 0 0 1\n  outer loop\n   vertex 0 0 0\n",
@@ -102,6 +111,8 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
     EXPECT_NE(fault.find(one.reason), fault.npos) << fault;
   }
   EXPECT_EQ(FaultOf([&] { Import("/missing.obj"); }), "/missing.obj: there is no such file");
+  const std::string longest(199, 'x');
+  EXPECT_EQ(host::FaultOf("a", longest + "\u20ac").what(), "a: " + longest + "...");
 }
 
 // The program that reads files may be wrong as well.
@@ -173,6 +184,14 @@ TEST_F(SceneFiles, LoadingAndSavingCanBeStopped) {
   StopAt progress(1);
   EXPECT_THROW(ExportScene(*small, file, Format("dae").id, 0, &progress), Stopped);
   EXPECT_EQ(ReadAll(file), before);
+  // While the scene is built, too: nobody comes to the fault in it.
+  PolygonObject& large =
+      AddPolygons(*Branch(*small, kTypeObject), "Large", {{std::nan(""), 0, 0}}, std::vector<CPolygon>(10000));
+  EXPECT_THROW(ExportScene(*small, file, Format("dae").id, 0, &(progress = StopAt(1))), Stopped);
+  large.Points()[0].x = 0;
+  int turns = 0;
+  MakeMeshes(large, {}, {}, [&] { ++turns; });
+  EXPECT_GE(turns, 5);
 }
 
 // A disk that is full, told by a limit of this process that the writer inherits.

@@ -210,14 +210,15 @@ TEST_F(SceneFiles, NamesThatAFileCannotTellApartAreChanged) {
   Document document = EmptyDocument();
   std::string longest = ".";
   for (int i = 0; i < 100; ++i) longest += "\u20ac";
-  for (const std::string& name : {"Twin"s, "Twin"s, "Twin.1"s, "a\nv 9 9 9"s, " "s, ""s, longest})
+  for (const std::string& name :
+       {"Twin"s, "Twin"s, "Twin.1"s, "a\nv 9 9 9"s, " "s, ""s, longest, " Twin "s, "Box\\"s})
     AddPolygons(*Branch(*document, kTypeObject), name.c_str(), {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}},
                 {{0, 1, 2, 2}});
   Document again = Import(Save(*document, Format("obj")));
   std::vector<std::string> names;
   for (const BaseObject* object : ObjectsOf(*again)) names.push_back(NameOf(*object));
   EXPECT_EQ(names, (std::vector<std::string>{"Twin", "Twin.2", "Twin.1", "a_v 9 9 9", "Object", "Object.1",
-                                             longest.substr(0, 1 + 84 * 3)}));
+                                             longest.substr(0, 1 + 84 * 3), "Twin.3", "Box_"}));
 }
 
 // Where a file has no names, the library makes some up, and for Collada without meshes those, too.
@@ -231,6 +232,7 @@ TEST_F(SceneFiles, WhatTheLibraryMakesUpIsLeftOut) {
   } cases[] = {
       {"a.obj", triangle + "f 1 2 3\n", {"a"}, 3},
       {"b.obj", triangle, {"b"}, 3},
+      {"mark.obj", "\xef\xbb\xbf" + triangle + "f 1 2 3\n", {"mark"}, 3},
       {"c.dae",
        "<COLLADA version=\"1.4.1\"><asset/><library_visual_scenes><visual_scene id=\"s\"><node><node "
        "name=\"c.1\"/><node/></node></visual_scene></library_visual_scenes><scene>"
@@ -254,7 +256,8 @@ TEST_F(SceneFiles, WhatTheLibraryMakesUpIsLeftOut) {
 
 // Names that mean something else to the library, or to a format.
 TEST_F(SceneFiles, PicturesKeepTheirNames) {
-  for (const char* name : {"*0", "-s 3 1 1.jpg", " leading.jpg"}) {
+  folder_.Write("back\\slash.png");
+  for (const char* name : {"*0", "-s 3 1 1.jpg", " leading.jpg", "data:x.png", "back\\slash.png"}) {
     Document small = Small();
     Walk(*FindBranch(*small, kTypeMaterial), [&](GeListNode& node) {
       if (node.type.id != id::kBitmap) return;

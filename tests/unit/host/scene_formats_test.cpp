@@ -63,12 +63,16 @@ TEST_P(SceneFormats, ComesBackAsItWent) {
 TEST_P(SceneFormats, KeepsMaterials) {
   if (!GetParam().names) return;
   Document document = EmptyDocument();
-  const Vector colors[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-  for (const Vector& color : colors) {
-    BaseMaterial& material = AddMaterial(*document, color.z > 0 ? " " : "Paint", color);
+  const std::pair<const char*, Vector> materials[] = {{"Paint", {1, 0, 0}},
+                                                      {" Paint ", {0, 1, 0}},
+                                                      {" ", {0, 0, 1}},
+                                                      {"DefaultMaterial", {1, 1, 0}},
+                                                      {"Wood\\", {1, 0, 1}}};
+  for (const auto& [name, color] : materials) {
+    BaseMaterial& material = AddMaterial(*document, name, color);
     Put(material.data, id::kMaterialUseTransparency, Value::Int32(1));
     Put(material.data, id::kMaterialTransparencyBrightness, Value::Float(0.25));
-    const double x = color.x + 2 * color.y;
+    const double x = color.x + 2 * color.y + 4 * color.z;
     AddTexture(AddPolygons(*Branch(*document, kTypeObject), "One", {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0}},
                            {{0, 1, 2, 2}}),
                material, "");
@@ -82,8 +86,13 @@ TEST_P(SceneFormats, KeepsMaterials) {
     found[NameOf(material)] = container::FindData(&material.data, id::kMaterialColor)->value.vector;
     EXPECT_EQ(Number(material, id::kMaterialTransparencyBrightness), 0.25) << NameOf(material);
   }
-  EXPECT_EQ(found, (std::map<std::string, Vector>{
-                       {"Paint", colors[0]}, {"Paint.1", colors[1]}, {"Material", colors[2]}}));
+  const char* wood = GetParam().extension == "obj"s ? "Wood_" : "Wood\\";
+  EXPECT_EQ(found, (std::map<std::string, Vector>{{"Paint", {1, 0, 0}},
+                                                  {"Paint.1", {0, 1, 0}},
+                                                  {"Material", {0, 0, 1}},
+                                                  {"DefaultMaterial.1", {1, 1, 0}},
+                                                  {wood, {1, 0, 1}}}));
+  EXPECT_EQ(CountPolygons(*again), std::size(materials));
 }
 
 // Numbers of any size are kept in single precision, and points that are close together stay apart.

@@ -258,11 +258,15 @@ FileScene ReadScene(const FileRequest& request) {
   importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
   if (HasUris(request.loader)) ListenForDroppedFaces();
 
+  const std::runtime_error wrongCorners("there is a face with a corner that is no point");
+  if (request.loader == "dae" && HasColladaWrongCorners(request.path)) throw wrongCorners;
   const aiScene* scene = importer.ReadFile(std::filesystem::absolute(request.path).string(), 0);
-  if (!scene || !scene->mRootNode) throw std::runtime_error(importer.GetErrorString());
-
-  if (HasDroppedFaces() || (request.loader == "dae" && HasColladaWrongCorners(request.path)))
-    throw std::runtime_error("there is a face with a corner that is no point");
+  if (!scene || !scene->mRootNode) {
+    const std::string reason = importer.GetErrorString();
+    throw std::runtime_error(
+        reason.starts_with("No suitable reader") ? "it is no whole ." + request.loader + " file" : reason);
+  }
+  if (HasDroppedFaces()) throw wrongCorners;
   // The library keeps points without faces only where there are no names of objects.
   if (request.loader == "obj" && scene->mNumMeshes == 0 && scene->mRootNode->mNumChildren > 0)
     throw std::runtime_error("none of its objects has a face");

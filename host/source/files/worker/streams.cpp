@@ -1,6 +1,7 @@
 #include "files/worker/streams.h"
 
 #include <fcntl.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,8 +20,11 @@ namespace {
 
 class Stream : public Assimp::IOStream {
  public:
-  Stream(FileFolder& folder, FILE* file, size_t size, bool writes)
-      : folder_(folder), file_(file), size_(size), writes_(writes) {}
+  // What stands ahead of `begin` is not seen.
+  Stream(FileFolder& folder, FILE* file, size_t begin, size_t size, bool writes)
+      : folder_(folder), file_(file), begin_(begin), size_(size), writes_(writes) {
+    if (begin_ > 0) Seek(0, aiOrigin_SET);
+  }
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
   ~Stream() override {
@@ -40,18 +44,29 @@ class Stream : public Assimp::IOStream {
   }
   aiReturn Seek(size_t offset, aiOrigin origin) override {
     const int whence = origin == aiOrigin_SET ? SEEK_SET : origin == aiOrigin_CUR ? SEEK_CUR : SEEK_END;
+    if (origin == aiOrigin_SET) offset += begin_;
     return std::fseek(file_, long(offset), whence) ? aiReturn_FAILURE : aiReturn_SUCCESS;
   }
-  size_t Tell() const override { return size_t(std::max(0l, std::ftell(file_))); }
+  size_t Tell() const override { return size_t(std::max(0l, std::ftell(file_) - long(begin_))); }
   size_t FileSize() const override { return size_; }
   void Flush() override { std::fflush(file_); }
 
  private:
   FileFolder& folder_;
   FILE* file_;
-  size_t size_;
+  size_t begin_, size_;
   bool writes_;
 };
+
+// The library takes a byte order mark for a part of the first line of an OBJ, or of its materials.
+size_t MarkLength(const fs::path& scene, FILE* file) {
+  const std::string extension = scene.extension().native();
+  if (strcasecmp(extension.c_str(), ".obj")) return 0;
+  char mark[4] = {};
+  const bool hasMark = std::fread(mark, 1, 3, file) == 3 && !std::strcmp(mark, "\xef\xbb\xbf");
+  std::rewind(file);
+  return hasMark ? 3 : 0;
+}
 
 }  // namespace
 
@@ -106,8 +121,9 @@ Assimp::IOStream* FileFolder::Open(const char* name, const char* mode) {
     return nullptr;
   }
   std::error_code error;
+  const size_t begin = writes ? 0 : MarkLength(file_, file);
   const auto size = writes ? 0 : fs::file_size(path, error);
-  return new Stream(*this, file, error ? 0 : size_t(size), writes);
+  return new Stream(*this, file, begin, error ? 0 : size_t(size) - begin, writes);
 }
 
 void FileFolder::Close(Assimp::IOStream* stream) { delete stream; }

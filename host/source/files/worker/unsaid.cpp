@@ -1,5 +1,6 @@
 // What files say and the library doesn't.
 
+#include <algorithm>
 #include <assimp/DefaultLogger.hpp>
 #include <assimp/LogStream.hpp>
 #include <charconv>
@@ -23,11 +24,26 @@ struct Warnings : Assimp::LogStream {
   }
 };
 
-// Whether a number is one that the library makes a 0 of.
-bool IsNoIndex(std::string_view word) {
-  int32_t number = 0;
-  const std::errc error = std::from_chars(word.data(), word.data() + word.size(), number).ec;
-  return error == std::errc::result_out_of_range || (error == std::errc() && number < 0);
+// Whether all words are numbers of points as the library takes them: it finds no end of others.
+bool AreCorners(std::string_view text) {
+  constexpr std::string_view kSpaces = " \t\r\n";
+  for (size_t at; (at = text.find_first_not_of(kSpaces)) != text.npos;) {
+    text.remove_prefix(at);
+    const std::string_view word = text.substr(0, text.find_first_of(kSpaces));
+    int32_t number = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (word.starts_with('-') || error != std::errc() || end != word.data() + word.size()) return false;
+    text.remove_prefix(word.size());
+  }
+  return true;
+}
+
+// The length of a tag up to its end, which lies outside of quotes.
+size_t TagLength(std::string_view tag) {
+  size_t length = 0;
+  for (char quote = 0; length < tag.size() && (quote || tag[length] != '>'); ++length)
+    if (const char c = tag[length]; quote ? c == quote : c == '"' || c == '\'') quote = quote ? '\0' : c;
+  return length;
 }
 
 }  // namespace
@@ -40,21 +56,39 @@ void ListenForDroppedFaces() {
 bool HasDroppedFaces() { return hasDroppedFaces; }
 
 bool HasColladaWrongCorners(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  bool isComment = false;
-  for (std::string tag; std::getline(stream, tag, '<');) {
-    isComment = isComment || tag.starts_with("!--");
-    if (isComment) {
-      isComment = tag.find("-->") == tag.npos;
-    } else if (tag.starts_with('p') && tag.find_first_of("> \t\r\n") == 1) {
-      std::string_view words = tag;
-      for (size_t end = tag.find('>'); end < words.size(); end = words.find_first_of(" \t\r\n")) {
-        words.remove_prefix(end + 1);
-        if (IsNoIndex(words)) return true;
-      }
+  std::ostringstream file;
+  file << std::ifstream(path, std::ios::binary).rdbuf();
+  std::string_view left = file.view();
+  // What is left up to `end`, which goes as well.
+  const auto take = [&](std::string_view end) {
+    const std::string_view taken = left.substr(0, left.find(end));
+    left.remove_prefix(std::min(taken.size() + end.size(), left.size()));
+    return taken;
+  };
+  bool isInCorners = false;
+  size_t extras = 0;  // what other programs have for themselves
+  for (;;) {
+    if (const std::string_view text = take("<"); isInCorners && !AreCorners(text)) return true;
+    if (left.empty()) return false;
+    if (left.starts_with("!--")) {
+      take("--");
+      take("-->");
+    } else if (left.starts_with("![CDATA[")) {
+      take("A[");
+      if (const std::string_view text = take("]]>"); isInCorners && !AreCorners(text)) return true;
+    } else if (left.starts_with('?') || left.starts_with('!')) {
+      take(left.starts_with('?') ? "?>" : ">");
+    } else {
+      const std::string_view tag = left.substr(0, TagLength(left));
+      left.remove_prefix(std::min(tag.size() + 1, left.size()));
+      const std::string_view name = tag.substr(0, tag.find_first_of("/ \t\r\n", 1));
+      const bool isBegun = !tag.ends_with('/');
+      if (name == "extra") extras += isBegun;
+      if (name == "/extra" && extras > 0) --extras;
+      if (name == "p") isInCorners = isBegun && extras == 0;
+      if (name == "/p") isInCorners = false;
     }
   }
-  return false;
 }
 
 bool HasPlyManyPictures(const std::string& path) {

@@ -17,7 +17,8 @@ void WriteScene(const FileRequest& request);
 // Of glTF: whether faces were left out since then, because a corner of theirs is no point.
 void ListenForDroppedFaces();
 bool HasDroppedFaces();
-// Whether a face has a corner that the library takes for the first point, because it is no number of one.
+// Whether a face has a corner that is no number of a point: the library takes it for the first one, or never
+// comes to its end.
 bool HasColladaWrongCorners(const std::string& path);
 // Whether there are several, of which the library would put the last one on all faces.
 bool HasPlyManyPictures(const std::string& path);
