@@ -151,7 +151,8 @@ bool IsPlyWhole(std::istream& stream, uint64_t size) {
       const bool isList = type == "list";
       if (isList) type = TakeWord(line);
       bytes += elements.back().count * PlySize(type);
-      PlyProperty& property = elements.back().properties.emplace_back(isList, false, limit(type), 0);
+      PlyProperty& property =
+          elements.back().properties.emplace_back(PlyProperty{isList, false, limit(type), 0});
       if (!isList) continue;
       type = TakeWord(line);
       property.cornerLimit = limit(type);
