@@ -263,6 +263,12 @@ class TagTest(unittest.TestCase):
         qlx.BaseObject(CUBE).InsertUnder(shown)
         doc.InsertObject(group)
         doc.ExecutePasses(None, True, True, True, 0)
+        # What a link in a clone of a document leads to stands in the other one.
+        group[1000] = op
+        copy = doc.GetClone()
+        copy.ExecutePasses(None, True, True, True, 0)
+        self.assertEqual((copy.GetFirstObject()[1000], copy.GetFirstObject().GetCache()), (None, None))
+        group[1000] = shown
         child = group.GetCache().GetDown()
         child.Remove()
         for goal in (cache, child):
@@ -279,6 +285,8 @@ class TagTest(unittest.TestCase):
         uvw.GetListHead().FlushAll()
         for insert in (lambda: mine.InsertTag(uvw), lambda: cache.InsertTag(tag), lambda: tag.InsertAfter(uvw)):
             self.assertEqual(outcome(insert), (AssertionError, REFUSED))
+        self.assertIs(qlx.PolygonObject(3, 0).CopyTo(cache, 0), False)
+        self.assertIs(uvw.GetClone().CopyTo(uvw, 0), False)
         clone = cache.GetClone()
         self.assertEqual((cache.GetTags(), [node.GetType() for node in clone.GetTags()]), (tags, [node.GetType() for node in tags]))
         self.assertEqual(group.GetCache().GetChildren(), [child])
@@ -428,9 +436,16 @@ class CacheTest(unittest.TestCase):
         cube.InsertUnder(group)
         document.ExecutePasses(None, False, True, True, 0)
         self.assertEqual(cube.GetCache().GetDeformCache().GetMg(), cube.GetMg())
-        # A deformer without extension deforms nothing.
-        below.SetAbsScale(qlx.Vector(1, 0, 1))
-        document.ExecutePasses(None, False, True, True, 0)
-        self.assertEqual(cube.GetCache().GetDeformCache().GetAllPoints(), cube.GetCache().GetAllPoints())
+        # A system without extension deforms nothing, also where it is turned and rounding gives it some.
+        below[qlx.TWISTOBJECT_ANGLE] = 1.0
+        for group_scale, scale in (((1, 1, 1), (1, 0, 1)), ((1, 0, 1), (1, 1, 1)), ((1, 1, 1), (1e-60, 1e-60, 1e-60)), ((1, 1, 1), (1, 1, 1))):
+            group.SetAbsScale(qlx.Vector(*group_scale))
+            group.SetAbsRot(qlx.Vector(0.2, 0.1, 0.7))
+            cube.SetAbsRot(qlx.Vector(0.3, 0.4, 0.5))
+            below.SetAbsScale(qlx.Vector(*scale))
+            below.SetAbsRot(qlx.Vector(0.5, 0.1, 0.2))
+            document.ExecutePasses(None, False, True, True, 0)
+            deformed = cube.GetCache().GetDeformCache().GetAllPoints()
+            self.assertEqual(deformed == cube.GetCache().GetAllPoints(), 0 in group_scale + scale)
 
 

@@ -85,6 +85,16 @@ struct Deformation {
   Matrix into, back;
 };
 
+// Whether there is no way into the system, and back from it all would be as flat.
+bool IsFlat(const Matrix& m) {
+  const Vector lengths{kelvar::Length(m.v1), kelvar::Length(m.v2), kelvar::Length(m.v3)};
+  const double longest = std::max({lengths.x, lengths.y, lengths.z});
+  if (!(longest > 0 && std::isfinite(lengths.x + lengths.y + lengths.z))) return true;
+  const double unit = 1 / longest;
+  const double volume = kelvar::Dot(m.v1 * unit, kelvar::Cross(m.v2 * unit, m.v3 * unit));
+  return !(std::abs(volume) > 1e-12 * (lengths.x * unit) * (lengths.y * unit) * (lengths.z * unit));
+}
+
 // Ways on the surface beside a corner tell how its normal turns; so short that they are straight.
 void DeformNormals(const Deformation& deformation, PolygonObject& mesh) {
   VariableTag* tag = FindBlock(mesh, kDataNormal);
@@ -93,13 +103,16 @@ void DeformNormals(const Deformation& deformation, PolygonObject& mesh) {
   if (numbers.size() != 12 * polygons.size()) return;
   const Box box = mesh.OwnBox();
   const Vector size = box.high - box.low;
-  const double longest = std::max({size.x, size.y, size.z}), step = 1e-5 * (longest > 0 ? longest : 1);
+  // Points far away don't make the ways longer than the deformer's own shape allows.
+  const double height = kelvar::Length(deformation.back.v2 * deformation.deformer.height);
+  const double longest = std::min(std::max({size.x, size.y, size.z}), height);
   for (size_t i = 0; i < 4 * polygons.size(); ++i) {
     if (!IsValid(polygons[i / 4], mesh.Points().size())) continue;
     const Vector& point = mesh.Points()[size_t(Corners(polygons[i / 4])[i % 4])];
     const auto at = numbers.subspan(3 * i, 3);
     const Vector normal = kelvar::Normalized(Vector{double(at[0]), double(at[1]), double(at[2])});
     if (normal == Vector{} || !deformation.Moves(point)) continue;
+    const double step = std::max(1e-5 * (longest > 0 ? longest : 1), 1e-9 * kelvar::Length(point));
     const Vector axis = std::abs(normal.x) < 0.9 ? Vector{1, 0, 0} : Vector{0, 1, 0};
     const Vector u = kelvar::Normalized(kelvar::Cross(normal, axis)), v = kelvar::Cross(normal, u);
     const Vector along = kelvar::Normalized(deformation.MovedWay(point, u * step));
@@ -133,9 +146,7 @@ void Deform(const BaseObject& deformer, const Matrix& deformerGlobal, const Matr
             PointObject& shape) {
   const Deformation deformation{Read(deformer), kelvar::Product(kelvar::Inverse(deformerGlobal), global),
                                 kelvar::Product(kelvar::Inverse(global), deformerGlobal)};
-  const auto isFlat = [](const Matrix& m) { return kelvar::Dot(m.v1, kelvar::Cross(m.v2, m.v3)) == 0; };
-  // There is no way into such a system, and all would become as flat on the way back.
-  if (!(deformation.deformer.height > 0) || isFlat(deformerGlobal) || isFlat(global)) return;
+  if (!(deformation.deformer.height > 0) || IsFlat(deformerGlobal) || IsFlat(global)) return;
   if (auto* mesh = As<PolygonObject>(&shape)) DeformNormals(deformation, *mesh);
   if (auto* spline = As<SplineObject>(&shape)) DeformTangents(deformation, *spline);
   for (Vector& point : shape.Points())

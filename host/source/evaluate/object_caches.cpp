@@ -33,6 +33,9 @@ BaseObject* CloneOf(const BaseObject& op, int32_t flags, AliasTrans* trans) {
 
 // 0 for what was never asked for, in that form.
 uint64_t& StateOfClone(BaseObject& generator, BaseObject& op, int32_t flags, int32_t dirtyFlags) {
+  flags &= HIERARCHYCLONEFLAGS_ASIS | HIERARCHYCLONEFLAGS_ASPOLY | HIERARCHYCLONEFLAGS_ASLINE |
+           HIERARCHYCLONEFLAGS_ASSPLINE;
+  dirtyFlags &= 0x7e;  // DIRTYFLAGS
   auto& clones = EvaluationOf(generator).clones;
   HostLink link{};
   op.Link(link);

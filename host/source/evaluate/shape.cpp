@@ -106,13 +106,21 @@ BaseObject* NewShape(const BaseObject& root, bool children, size_t most, size_t*
   return made.release();
 }
 
+// How it is split, too: what is made of the object tells it.
+static void AddPlace(State& state, const ObjectPlace& place) {
+  state.Add(place.Local());
+  state.Add(place.Order());
+  for (const Vector& part : {place.Frozen().position, place.Frozen().rotation, place.Frozen().scale})
+    state.Add(part);
+}
+
 uint64_t StateOf(const BaseObject& root, int32_t dirtyFlags, bool below, bool selections) {
   State state;
   const auto add = [&](const BaseObject& object, bool isRoot) {
     state.Add(uint64_t(object.number));
     if (const auto* parent = As<BaseObject>(object.up); parent && !isRoot) state.Add(parent->number);
     state.Add(atom::GetDirty(&object, dirtyFlags & ~DIRTYFLAGS_MATRIX));
-    if (!isRoot || dirtyFlags & DIRTYFLAGS_MATRIX) state.Add(object.place.Local());
+    if (!isRoot || dirtyFlags & DIRTYFLAGS_MATRIX) AddPlace(state, object.place);
     if (object.evaluation) state.Add(object.evaluation->version);
     if (selections) state.Add(object.SelectionChanges());
     AddTags(state, object);

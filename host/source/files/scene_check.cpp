@@ -101,7 +101,6 @@ struct PlyProperty {
 
 struct PlyElement {
   uint64_t count;
-  bool isStrip;  // -1 begins another one there
   std::vector<PlyProperty> properties;
 };
 
@@ -115,36 +114,37 @@ bool IsPlyRowWhole(std::string_view line, const PlyElement& element) {
   for (const PlyProperty& property : element.properties) {
     uint64_t left = 1, corner = 0;
     if (property.isList && !takeNumber(left, property.countLimit)) return false;
-    for (; left > 0; --left) {
-      std::string_view rest = line;
-      if (!property.hasCorners || (element.isStrip && TakeWord(rest) == "-1")) {
-        if (TakeWord(line).empty()) return false;
-      } else if (!takeNumber(corner, property.cornerLimit)) {
+    for (; left > 0; --left)
+      if (property.hasCorners ? !takeNumber(corner, property.cornerLimit) : TakeWord(line).empty())
         return false;
-      }
-    }
   }
   return true;
 }
 
-// Whether a PLY text has a line for each of its elements, and faces and the last one are whole, or a binary one
-// room for them, with lists of nothing: the library makes up what is missing.
+// Whether a PLY text has a whole line for each of its elements, or a binary one room for them, with lists of
+// nothing: the library makes up what is missing. Refused is also what it leaves out in silence.
 bool IsPlyWhole(std::istream& stream, uint64_t size) {
   uint64_t bytes = 0;
   bool isBinary = false;
   std::vector<PlyElement> elements;
   std::string text;
-  while (std::getline(stream, text)) {
+  char ends[5] = {};
+  stream.read(ends, sizeof ends);
+  stream.seekg(0);
+  const char end = ends[3] == '\r' && ends[4] != '\n' ? '\r' : '\n';
+  while (std::getline(stream, text, end)) {
     std::string_view line = text;
     const std::string_view word = TakeWord(line);
     if (word == "end_header") break;
     if (word == "format") isBinary = TakeWord(line) != "ascii";
     if (word == "element") {
-      const bool isStrip = TakeWord(line) == "tristrips";
-      elements.push_back({std::min<uint64_t>(NumberIn(TakeWord(line)), kLargestFile), isStrip, {}});
+      const bool areStrips = TakeWord(line) == "tristrips";
+      elements.push_back({std::min<uint64_t>(NumberIn(TakeWord(line)), kLargestFile), {}});
+      if (areStrips && elements.back().count > 0) Refuse("its triangle strips can't be read");
     } else if (word == "property" && !elements.empty()) {
       const auto limit = [](std::string_view type) {
         const uint64_t size = PlySize(type);
+        if (size == 0) Refuse(fmt::format("its numbers of type '{}' can't be read", type));
         return uint64_t(1) << (size == 1 ? 8 : size == 2 ? 16 : 32);
       };
       std::string_view type = TakeWord(line);
@@ -163,14 +163,12 @@ bool IsPlyWhole(std::istream& stream, uint64_t size) {
   if (isBinary) return stream.good() && uint64_t(stream.tellg()) + bytes <= size;
   std::erase_if(elements, [](const PlyElement& element) { return element.count == 0; });
   for (const PlyElement& element : elements) {
-    const bool areFaces = std::ranges::any_of(element.properties, &PlyProperty::hasCorners);
     for (uint64_t left = element.count; left > 0;) {
-      if (!std::getline(stream, text)) return false;
+      if (!std::getline(stream, text, end)) return false;
       std::string_view line = text;
       if (TakeWord(line).empty()) continue;
       --left;
-      const bool isLast = left == 0 && &element == &elements.back();
-      if ((areFaces || isLast) && !IsPlyRowWhole(text, element)) return false;
+      if (!IsPlyRowWhole(text, element)) return false;
     }
   }
   return true;
@@ -183,7 +181,7 @@ bool IsStlWhole(std::istream& stream, uint64_t size) {
   stream.read(end.data(), std::streamsize(end.size()));
   std::ranges::transform(end, end.begin(), [](unsigned char c) { return std::tolower(c); });
   const size_t at = end.rfind("endsolid");
-  return at != end.npos && end.find("facet", at) == end.npos;
+  return at != end.npos && end.find("facet", end.find_first_of("\r\n", at)) == end.npos;
 }
 
 bool IsFinite(const Vector32& vector) {

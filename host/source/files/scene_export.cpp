@@ -314,10 +314,11 @@ class NewFiles {
   }
 
   // To write. The library calls an OBJ's materials by what stands ahead of the last dot, which is the folder's
-  // where the name has none.
+  // where the name has none, with .mtl behind it.
   fs::path File() const {
     const fs::path file = folder_ / file_.filename();
-    return file.has_extension() ? file : fs::path(file).concat(".file");
+    const bool isTaken = !file.has_extension() || !strcasecmp(file.extension().c_str(), ".mtl");
+    return isTaken ? fs::path(file).concat(".file") : file;
   }
 
   // Their contents are on the disk; the file itself comes last, because it names the others.

@@ -216,7 +216,20 @@ class Places {
 bool ArePointsOwn(const FileScene& scene, const FileNode& node) {
   if (node.meshes.size() != 1) return false;
   const FileMesh& mesh = scene.meshes[size_t(node.meshes[0])];
-  return !mesh.isInOrder && mesh.normals.empty() && mesh.uvw.empty() && mesh.colors.empty();
+  if (mesh.isInOrder || !mesh.normals.empty() || !mesh.uvw.empty() || !mesh.colors.empty()) return false;
+  // Lines share points in any case.
+  std::vector<bool> isUsed(mesh.points.size());
+  bool hasFaces = false;
+  size_t first = 0;
+  for (size_t face = 0; face < mesh.FaceCount(); ++face) {
+    const size_t size = mesh.sizes.empty() ? mesh.faceSize : mesh.sizes[face];
+    for (size_t i = first; size > 2 && i < first + size; ++i) {
+      if (isUsed[mesh.corners[i]]) return true;
+      hasFaces = isUsed[mesh.corners[i]] = true;
+    }
+    first += size;
+  }
+  return !hasFaces;
 }
 
 }  // namespace

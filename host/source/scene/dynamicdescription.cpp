@@ -1,6 +1,7 @@
 #include "scene/dynamicdescription.h"
 
 #include <algorithm>
+#include <set>
 #include <stdexcept>
 
 #include "boundary/host.h"
@@ -85,7 +86,11 @@ HostBool Alloc(DynamicDescription* self, const BaseContainer* settings, HostDesc
   int32_t last = 0;
   for (const Parameter& parameter : *self->entries) last = std::max(last, parameter.Number());
   int32_t number = last < std::numeric_limits<int32_t>::max() ? last + 1 : 1;
-  while (self->Find(number)) ++number;
+  if (number == 1 && last > 0) {  // the first that is free
+    std::set<int32_t> taken;
+    for (const Parameter& parameter : *self->entries) taken.insert(parameter.Number());
+    while (taken.contains(number)) ++number;
+  }
   if (!Store(*self, number, *settings)) return 0;
   *id = self->entries->back().Id();
   return 1;

@@ -3,20 +3,23 @@
 #include "scene/tree.h"
 #include "tables/values.h"
 
-namespace host::listnode {
-namespace {
+namespace host {
 
-constexpr int kBits = 64;
-
-// Not of the node itself: a plug-in may tell another.
-BaseDocument* DocumentAround(const GeListNode* at) {
-  while (at) {
+BaseDocument* DocumentAround(const GeListNode* node) {
+  for (const GeListNode* at = node; at;) {
     if (at->kind == Kind::kDocument && !IsHead(*at))
       return static_cast<BaseDocument*>(const_cast<GeListNode*>(at));
     at = IsHead(*at) ? OwnerOf(static_cast<const GeListHead&>(*at)) : ParentOf(*at);
   }
   return nullptr;
 }
+
+}  // namespace host
+
+namespace host::listnode {
+namespace {
+
+constexpr int kBits = 64;
 
 }  // namespace
 

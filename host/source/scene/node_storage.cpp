@@ -372,8 +372,10 @@ bool Load(QLXAtom* self, HyperFile* file, bool below, Header header) {
   if (!self || !file) return false;
   const std::lock_guard guard(file->turn);
   if (!file->CanRead()) return false;
-  // What belongs to an object for good is read with it.
-  if (!IsStored(*self) || (self->isFixed && self->kind == Kind::kTag)) return file->Fail(HYPERFILE_ERROR_NODE);
+  // What belongs to an object for good is read with it, and caches are not read.
+  const auto* node = static_cast<const GeListNode*>(self);
+  if (!IsStored(*self) || IsMade(node) || (IsKept(*node) && self->kind == Kind::kTag))
+    return file->Fail(HYPERFILE_ERROR_NODE);
   Return back{*file};
   const bool isAhead = header != Header::kIsRead && IsAhead(*file, self->type.id);
   if (header == Header::kIsAhead && !isAhead)

@@ -23,6 +23,9 @@ GeListHead* HeadOf(const GeListNode& node);
 // Whether `node` is `outer`, or stands somewhere below it, in its branches or in those below it.
 bool IsInside(const GeListNode& node, const GeListNode& outer);
 
+// The document that the node stands in, or is; null for none. A plug-in may tell another one of its elements.
+BaseDocument* DocumentAround(const GeListNode* node);
+
 // Whether evaluation made it: the lists of such an object are the host's as well.
 bool IsMade(const GeListNode* node);
 

@@ -53,6 +53,12 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
   points.replace(points.find("ascii"), 5, "binary_little_endian");
   points.append(3 * sizeof(Vector32), '\0');
   EXPECT_EQ(CountPoints(*Import(folder_.Write("points.ply", points))), 3u);
+  std::string returns = ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 x\n";
+  std::ranges::replace(returns, '\n', '\r');
+  const std::string named =
+      "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
+      "endsolid facet\n";
+  EXPECT_EQ(CountPolygons(*Import(folder_.Write("named.stl", named))), 1u);
   const struct {
     const char* name;
     std::string content, reason;
@@ -73,6 +79,14 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"cut points.ply", points.substr(0, points.size() - 1), "it is no whole .ply file"},
       {"word.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 x\n", "it is no whole .ply file"},
       {"beyond.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 4294967298\n", "it is no whole .ply file"},
+      {"row.ply", ply + "0 0 0\n1 0\n1 1 0\n3 0 1 2\n", "it is no whole .ply file"},
+      {"returns.ply", returns, "it is no whole .ply file"},
+      {"strips.ply",
+       points.substr(0, points.find("end_header")) +
+           "element tristrips 1\nproperty list int int vertex_indices\nend_header\n",
+       "triangle strips"},
+      {"types.ply", "ply\nformat ascii 1.0\nelement vertex 1\nproperty int64 x\nend_header\n1\n",
+       "type 'int64'"},
       {"version.glb", whole.substr(0, 4) + "\x09" + whole.substr(5), "it is no whole .glb file"},
       {"empty.stl", "solid x\nendsolid x\n", "there is nothing in it"},
       {"points.obj", "o One\nv 0 0 0\nv 1 0 0\n", "none of its objects has a face"},

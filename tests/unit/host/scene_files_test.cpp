@@ -77,6 +77,7 @@ TEST_F(SceneFiles, PointsAtOnePlaceAreOneUnlessTheFacesShareThem) {
            "0 0 0 1 2 3\n1 0 0 4 5 6\n1 1 0 7 8 9\n0 1 0 1 1 1\n0 0 0 9 9 9\n3 0 1 2\n3 4 2 3\n",
        4},
       {"numbered", "obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3\nf 1 3 4\n", 4},
+      {"with a line", "obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3\nf 1 3 4\nl 1 2 3\n", 4},
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.name);
@@ -299,6 +300,8 @@ TEST_F(SceneFiles, SavingFollowsLinksAndTakesNamesWithoutExtension) {
   fs::create_symlink("loop.obj", folder_.Path() / "loop.obj");
   fs::create_symlink("missing/a.obj", folder_.Path() / "nowhere.obj");
   for (const char* name : {"loop.obj", "nowhere.obj", "goal/"}) EXPECT_NE(save(name), "no fault") << name;
+  EXPECT_EQ(save("named.mtl"), "no fault");
+  EXPECT_NE(ReadAll(folder_.Path() / "named.mtl").find("\nv "), std::string::npos);
   EXPECT_NE(save("other/").find("ends in a slash"), std::string::npos);
 }
 

@@ -263,8 +263,9 @@ FileScene ReadScene(const FileRequest& request) {
   const aiScene* scene = importer.ReadFile(std::filesystem::absolute(request.path).string(), 0);
   if (!scene || !scene->mRootNode) {
     const std::string reason = importer.GetErrorString();
-    throw std::runtime_error(
-        reason.starts_with("No suitable reader") ? "it is no whole ." + request.loader + " file" : reason);
+    throw std::runtime_error(reason.starts_with("No suitable reader")
+                                 ? "it is no whole ." + request.loader + " file, or of another version"
+                                 : reason);
   }
   if (HasDroppedFaces()) throw wrongCorners;
   // The library keeps points without faces only where there are no names of objects.
