@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <fstream>
+#include <set>
 #include <thread>
 
 #include "session.h"
@@ -305,14 +306,14 @@ TEST_F(AbsentTest, BringUpOnTwoThreadsYields) {
   EXPECT_EQ(BringUp(), "");
   second.join();
   EXPECT_EQ(foreign.starts, 1);
-  ASSERT_FALSE(yields.empty());
-  EXPECT_EQ(yields[0].first.count, 0) << "the host's flag asks for one call ahead of the first turn";
   EXPECT_TRUE(YieldedLong());
   EXPECT_TRUE(Yielded([](int32_t count) { return count == INT32_MAX; })) << "the unlock wakes the waiter";
+  std::set<void*> locks;  // there are others, which are held for a moment only
   for (const auto& [record, address] : yields) {
-    EXPECT_EQ(address, yields[0].second);
     EXPECT_EQ(record.address, uint32_t(uintptr_t(address)));
     EXPECT_LE(record.step, 512);
+    const bool isFirst = record.count != INT32_MAX && locks.insert(address).second;
+    EXPECT_TRUE(!isFirst || record.count == 0) << "the host's flag asks for one call ahead of the first turn";
   }
   End(-1);
 }

@@ -130,17 +130,20 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
 // The choice may run the code of a plug-in's type, which may destroy the element; its memory stays meanwhile.
 [[gnu::noinline]] PyObject* WrapChosen(QLXAtom* host, bool owned) {
   HostLink link{};
-  const Pin<QLXAtom> pin(host);
-  if (!pin.held || !SetLink(host, link)) {
-    if (owned) FreeUnlessListed(host);
-    return PyErr_NoMemory();
-  }
+  bool hasMemory = SetLink(host, link);
   const uintptr_t word = TypeWordOf(host);
   const uintptr_t type = word ? word : uint32_t(host->GetType());
   Remembered& entry = EntryOf(type);
-  if (entry.type != type || type == 0) {  // 0: a host without types
-    const Choice* choice = Choose(host);
-    entry = {type, choice->type, !choice->neverOwned};
+  if (hasMemory && (entry.type != type || type == 0)) {  // 0: a host without types
+    const Pin<QLXAtom> pin(host);
+    hasMemory = pin.held;
+    const Choice* choice = hasMemory ? Choose(host) : nullptr;
+    if (choice) entry = {type, choice->type, !choice->neverOwned};
+  }
+  if (!hasMemory) {
+    FreeLink(link);
+    if (owned) FreeUnlessListed(host);
+    return PyErr_NoMemory();
   }
   return WrapLinkedAtom(entry.presents, link, owned & entry.mayBeOwned);
 }
