@@ -91,6 +91,8 @@ bool IsFlat(const Matrix& m) {
   const double longest = std::max({lengths.x, lengths.y, lengths.z});
   if (!(longest > 0 && std::isfinite(lengths.x + lengths.y + lengths.z))) return true;
   const double unit = 1 / longest;
+  // Of no use either where it is out of the range of numbers.
+  if (!std::isnormal(kelvar::Dot(m.v1, kelvar::Cross(m.v2, m.v3)))) return true;
   const double volume = kelvar::Dot(m.v1 * unit, kelvar::Cross(m.v2 * unit, m.v3 * unit));
   return !(std::abs(volume) > 1e-12 * (lengths.x * unit) * (lengths.y * unit) * (lengths.z * unit));
 }

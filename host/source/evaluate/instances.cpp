@@ -64,9 +64,8 @@ BaseObject* TargetOf(const BaseObject& instance) {
   if (!link || link->type != HOST_DATA_LINK) return nullptr;
   auto* target = As<BaseObject>(static_cast<QLXAtom*>(link::GetLink(link->value.link)));
   if (!target || target == &instance) return target;
-  // As scripts that read the link find it.
-  const BaseDocument* its = DocumentAround(target);
-  if (its && its != DocumentAround(&instance)) return nullptr;
+  const BaseDocument *its = DocumentAround(target), *own = DocumentAround(&instance);
+  if (its && own && its != own) return nullptr;  // as scripts find it that read the link
   const bool holds = IsInside(instance, *target) && !object::SearchHierarchy(target, &instance);
   return holds || IsInside(*target, instance) ? nullptr : target;
 }

@@ -87,9 +87,9 @@ uint64_t NumberIn(std::string_view word) {
 // Of a number in a binary PLY; 0 for an unknown one.
 uint64_t PlySize(std::string_view type) {
   constexpr std::pair<std::string_view, uint64_t> kSizes[] = {
-      {"char", 1},  {"uchar", 1},  {"short", 2},   {"ushort", 2}, {"int", 4},   {"uint", 4},
-      {"float", 4}, {"double", 8}, {"int8", 1},    {"uint8", 1},  {"int16", 2}, {"uint16", 2},
-      {"int32", 4}, {"uint32", 4}, {"float32", 4}, {"float64", 8}};
+      {"char", 1},  {"uchar", 1},  {"short", 2},   {"ushort", 2},  {"int", 4},     {"uint", 4},
+      {"float", 4}, {"double", 8}, {"int8", 1},    {"uint8", 1},   {"int16", 2},   {"uint16", 2},
+      {"int32", 4}, {"uint32", 4}, {"float32", 4}, {"float64", 8}, {"double64", 8}};
   const auto* at = std::ranges::find(kSizes, type, [](const auto& one) { return one.first; });
   return at == std::end(kSizes) ? 0 : at->second;
 }
@@ -128,10 +128,12 @@ bool IsPlyWhole(std::istream& stream, uint64_t size) {
   bool isBinary = false;
   std::vector<PlyElement> elements;
   std::string text;
-  char ends[5] = {};
-  stream.read(ends, sizeof ends);
+  char head[256] = {};
+  stream.read(head, sizeof head - 1);
+  stream.clear();
   stream.seekg(0);
-  const char end = ends[3] == '\r' && ends[4] != '\n' ? '\r' : '\n';
+  const size_t at = std::strcspn(head, "\r\n");
+  const char end = head[at] == '\r' && head[at + 1] != '\n' ? '\r' : '\n';
   while (std::getline(stream, text, end)) {
     std::string_view line = text;
     const std::string_view word = TakeWord(line);
@@ -157,7 +159,7 @@ bool IsPlyWhole(std::istream& stream, uint64_t size) {
       type = TakeWord(line);
       property.cornerLimit = limit(type);
       property.hasCorners =
-          !type.starts_with("float") && type != "double" && TakeWord(line).starts_with("vertex_ind");
+          !type.starts_with("float") && !type.starts_with("double") && TakeWord(line).starts_with("vertex_ind");
     }
   }
   if (isBinary) return stream.good() && uint64_t(stream.tellg()) + bytes <= size;
@@ -181,7 +183,7 @@ bool IsStlWhole(std::istream& stream, uint64_t size) {
   stream.read(end.data(), std::streamsize(end.size()));
   std::ranges::transform(end, end.begin(), [](unsigned char c) { return std::tolower(c); });
   const size_t at = end.rfind("endsolid");
-  return at != end.npos && end.find("facet", end.find_first_of("\r\n", at)) == end.npos;
+  return at != end.npos && end.find("facet normal", at) == end.npos;
 }
 
 bool IsFinite(const Vector32& vector) {

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>

@@ -81,6 +81,7 @@ TEST_F(SceneFiles, WrongFilesAreRefused) {
       {"beyond.ply", ply + "0 0 0\n1 0 0\n1 1 0\n3 0 1 4294967298\n", "it is no whole .ply file"},
       {"row.ply", ply + "0 0 0\n1 0\n1 1 0\n3 0 1 2\n", "it is no whole .ply file"},
       {"returns.ply", returns, "it is no whole .ply file"},
+      {"blank.ply", "ply \r" + returns.substr(4), "it is no whole .ply file"},
       {"strips.ply",
        points.substr(0, points.find("end_header")) +
            "element tristrips 1\nproperty list int int vertex_indices\nend_header\n",

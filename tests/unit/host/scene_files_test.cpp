@@ -301,7 +301,9 @@ TEST_F(SceneFiles, SavingFollowsLinksAndTakesNamesWithoutExtension) {
   fs::create_symlink("missing/a.obj", folder_.Path() / "nowhere.obj");
   for (const char* name : {"loop.obj", "nowhere.obj", "goal/"}) EXPECT_NE(save(name), "no fault") << name;
   EXPECT_EQ(save("named.mtl"), "no fault");
-  EXPECT_NE(ReadAll(folder_.Path() / "named.mtl").find("\nv "), std::string::npos);
+  for (const char* words : {"\nv ", "mtllib named.mtl.mtl"})
+    EXPECT_NE(ReadAll(folder_.Path() / "named.mtl").find(words), std::string::npos) << words;
+  EXPECT_TRUE(fs::is_regular_file(folder_.Path() / "named.mtl.mtl"));
   EXPECT_NE(save("other/").find("ends in a slash"), std::string::npos);
 }
 

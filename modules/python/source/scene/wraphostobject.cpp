@@ -133,12 +133,12 @@ PyObject* Wrap(const Remembered& entry, QLXAtom* host, bool owned) {
   bool hasMemory = SetLink(host, link);
   const uintptr_t word = TypeWordOf(host);
   const uintptr_t type = word ? word : uint32_t(host->GetType());
-  Remembered& entry = EntryOf(type);
+  Remembered entry = EntryOf(type);
   if (hasMemory && (entry.type != type || type == 0)) {  // 0: a host without types
     const Pin<QLXAtom> pin(host);
     hasMemory = pin.held;
     const Choice* choice = hasMemory ? Choose(host) : nullptr;
-    if (choice) entry = {type, choice->type, !choice->neverOwned};
+    if (choice) EntryOf(type) = entry = {type, choice->type, !choice->neverOwned};
   }
   if (!hasMemory) {
     FreeLink(link);
