@@ -162,8 +162,7 @@ namespace host::atom {
 HostBool CopyTo(const QLXAtom* self, QLXAtom* dst, int32_t flags, AliasTrans* trn) {
   if (!self || !dst || &self->type != &dst->type || !IsCopied(*self)) return 0;
   if (self == dst) return 1;
-  const auto* node = static_cast<const GeListNode*>(dst);
-  if (IsMade(node) || (node->list && IsMade(node->list->owner))) return 0;
+  if (IsMade(static_cast<const GeListNode&>(*dst))) return 0;
   // The blocks of an object are as long as it says.
   const auto* block = dst->isFixed ? As<VariableTag>(dst) : nullptr;
   if (block && block->Count() != As<VariableTag>(self)->Count()) return 0;

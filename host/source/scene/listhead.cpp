@@ -45,7 +45,7 @@ GeListNode* GetLast(const GeListHead* self) noexcept { return self ? self->downL
 
 // What the host made, and what belongs to its owner for good, stays.
 void FlushAll(GeListHead* self) {
-  if (!self || self->branch < 0 || IsMade(self->owner)) return;
+  if (!self || self->branch < 0 || (self->owner && IsMade(*self->owner))) return;
   const Hold hold(*self);
   for (GeListNode* node = FirstLoose(*self); node && !node->isEnding; node = FirstLoose(*self))
     DestroyNow(node);

@@ -373,8 +373,8 @@ bool Load(QLXAtom* self, HyperFile* file, bool below, Header header) {
   const std::lock_guard guard(file->turn);
   if (!file->CanRead()) return false;
   // What belongs to an object for good is read with it, and caches are not read.
-  const auto* node = static_cast<const GeListNode*>(self);
-  if (!IsStored(*self) || IsMade(node) || (IsKept(*node) && self->kind == Kind::kTag))
+  const bool isBlock = self->isFixed && self->kind == Kind::kTag;
+  if (!IsStored(*self) || isBlock || IsMade(static_cast<const GeListNode&>(*self)))
     return file->Fail(HYPERFILE_ERROR_NODE);
   Return back{*file};
   const bool isAhead = header != Header::kIsRead && IsAhead(*file, self->type.id);

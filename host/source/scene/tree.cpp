@@ -81,9 +81,12 @@ bool IsInside(const GeListNode& node, const GeListNode& outer) {
   return false;
 }
 
-bool IsMade(const GeListNode* node) { return node && node->isFixed && node->kind == Kind::kObject; }
+bool IsMade(const GeListNode& node) {
+  if (node.isFixed && node.kind == Kind::kObject) return true;
+  return node.list && node.list->owner && node.list->owner->isFixed && node.list->owner->kind == Kind::kObject;
+}
 
-bool IsKept(const GeListNode& node) { return node.isFixed || (node.list && IsMade(node.list->owner)); }
+bool IsKept(const GeListNode& node) { return node.isFixed || IsMade(node); }
 
 bool MayStand(const NodeType& type, const GeListNode& parent) {
   if (parent.IsDead()) return false;
@@ -94,7 +97,7 @@ bool MayStand(const NodeType& type, const GeListNode& parent) {
   }
   const auto& head = static_cast<const GeListHead&>(parent);
   if (!head.owner) return true;
-  if (head.branch < 0 || IsMade(head.owner) || kind == Kind::kDocument) return false;
+  if (head.branch < 0 || IsMade(*head.owner) || kind == Kind::kDocument) return false;
   if (head.kind != Kind::kNone && head.kind != kind) return false;
   return kind != Kind::kTag || !HasFixedBlock(*head.owner, type.id);
 }

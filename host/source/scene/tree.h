@@ -26,8 +26,8 @@ bool IsInside(const GeListNode& node, const GeListNode& outer);
 // The document that the node stands in, or is; null for none. A plug-in may tell another one of its elements.
 BaseDocument* DocumentAround(const GeListNode* node);
 
-// Whether evaluation made it: the lists of such an object are the host's as well.
-bool IsMade(const GeListNode* node);
+// Whether evaluation made it, or the object in whose list it stands: what is in caches is the host's.
+bool IsMade(const GeListNode& node);
 
 // Whether others may neither move nor free it.
 bool IsKept(const GeListNode& node);
